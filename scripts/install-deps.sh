@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Installs every Debian package that building, running and testing Zelmor need.
+# Safe to re-run: apt-get runs only when something is missing.
+set -euo pipefail
+
+packages=(
+  # build
+  g++ make cmake ninja-build ccache pkg-config clang-format git
+  qt6-base-dev qt6-base-dev-tools qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools
+  qt6-svg-dev libqt6svg6 libqt6sql6-sqlite libqt6concurrent6 libgl-dev
+  libxcb1-dev libxcb-xtest0-dev libxcb-record0-dev libxcb-randr0-dev libxcb-xinput-dev
+  libxcb-keysyms1-dev libxcb-shm0-dev libxcb-xkb-dev libx11-dev libx11-xcb-dev
+  libxkbcommon-dev libatspi2.0-dev
+  # run and test
+  fonts-dejavu-core at-spi2-core dbus dbus-x11 xvfb xauth x11-utils openbox trayer
+  xdotool xclip xdg-utils
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+echo "Installing: ${missing[*]}"
+sudo=()
+[ "$(id -u)" -eq 0 ] || sudo=(sudo)
+"${sudo[@]}" apt-get update -q
+"${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"

@@ -1,0 +1,12 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and runs the whole test suite inside a private X test
+# session, with HOME and the XDG folders in a temporary folder.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/install-deps.sh
+scripts/build.sh -DZELMOR_WERROR=ON "$@"
+build=${ZELMOR_BUILD_DIR:-build}
+sandbox=$(mktemp -d /tmp/zelmor-tests.XXXXXX)
+trap 'rm -rf "$sandbox"' EXIT
+export HOME=$sandbox XDG_CONFIG_HOME=$sandbox/config XDG_DATA_HOME=$sandbox/data XDG_CACHE_HOME=$sandbox/cache
+scripts/x-session.sh --timeout 1500 ctest --test-dir "$build" --output-on-failure -j "$(nproc)"

@@ -1,0 +1,70 @@
+#!/usr/bin/env bash
+# Runs a command inside a private X test session: Xvfb 1920x1080x24, the openbox
+# window manager, a trayer tray host, and a D-Bus session with the AT-SPI bus.
+# Everything started here is torn down when the command ends, fails or times out.
+#   scripts/x-session.sh [--timeout SECONDS] COMMAND [ARGS...]
+set -u
+
+limit=1500
+if [ "${1:-}" = "--timeout" ]; then limit=$2; shift 2; fi
+[ $# -gt 0 ] || { echo "usage: $0 [--timeout SECONDS] COMMAND [ARGS...]" >&2; exit 2; }
+
+# A private session bus: the AT-SPI bus and the FileManager1 service are activated on it.
+if [ -z "${ZELMOR_SESSION_BUS:-}" ]; then
+  export ZELMOR_SESSION_BUS=1
+  exec dbus-run-session -- "$0" --timeout "$limit" "$@"
+fi
+
+pids=()
+runtime=$(mktemp -d /tmp/zelmor-xsession.XXXXXX)
+cleanup() {
+  for ((i=${#pids[@]}-1; i>=0; i--)); do kill "${pids[i]}" 2>/dev/null; done
+  for p in "${pids[@]}"; do wait "$p" 2>/dev/null; done
+  rm -rf "$runtime"
+}
+trap cleanup EXIT
+trap 'exit 130' INT TERM
+
+# Waits up to 15 s for a condition; a session that cannot start is an error, not a hang.
+wait_for() {
+  local what=$1; shift
+  for _ in $(seq 300); do "$@" >/dev/null 2>&1 && return 0; sleep 0.05; done
+  echo "x-session: $what did not start" >&2; exit 3
+}
+
+chmod 700 "$runtime"
+export XDG_RUNTIME_DIR=$runtime/run
+mkdir -m 700 "$XDG_RUNTIME_DIR"
+
+# -displayfd picks a free display number, so sessions can run side by side.
+exec {dfd}<> <(:)
+Xvfb -displayfd "$dfd" -screen 0 1920x1080x24 -nolisten tcp -ac >"$runtime/xvfb.log" 2>&1 &
+pids+=($!)
+display=""
+for _ in $(seq 300); do
+  read -r -t 0.05 display <&"$dfd" && break
+  kill -0 "${pids[0]}" 2>/dev/null || break
+done
+exec {dfd}<&-
+[ -n "$display" ] || { echo "x-session: Xvfb did not start" >&2; cat "$runtime/xvfb.log" >&2; exit 3; }
+export DISPLAY=:$display
+wait_for "the X server" xdpyinfo
+
+openbox --sm-disable >"$runtime/openbox.log" 2>&1 &
+pids+=($!)
+wait_for "openbox" sh -c "xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'"
+
+trayer --edge top --align right --widthtype request --height 24 --SetDockType true \
+  --expand false >"$runtime/trayer.log" 2>&1 &
+pids+=($!)
+wait_for "trayer" xdotool search --class trayer
+
+# Starts the accessibility bus, which AT-SPI clients and Qt's bridge expect.
+dbus-send --session --print-reply --dest=org.a11y.Bus /org/a11y/bus org.a11y.Bus.GetAddress \
+  >/dev/null 2>&1 || echo "x-session: the AT-SPI bus did not answer" >&2
+
+export QT_QPA_PLATFORM=xcb QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1 QT_ACCESSIBILITY=1
+timeout --kill-after=10 "$limit" "$@"
+rc=$?
+[ $rc -eq 124 ] && echo "x-session: '$*' timed out after ${limit}s" >&2
+exit $rc

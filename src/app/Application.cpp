@@ -1,0 +1,75 @@
+#include "Application.h"
+
+#include "core/ConfigManager.h"
+#include "core/Log.h"
+
+#include <QFileInfo>
+#include <QStandardPaths>
+#include <QStyleFactory>
+#include <QTranslator>
+
+namespace zelmor::app {
+
+namespace {
+void logI18n(const QString& text)
+{
+    core::writeLogLine(QStringLiteral("[i18n] ") + text);
+}
+} // namespace
+
+Application::Application(int& argc, char** argv) : QApplication(argc, argv)
+{
+    setOrganizationName(QStringLiteral("Zelmor"));
+    setApplicationName(QStringLiteral("Zelmor"));
+    setApplicationVersion(QStringLiteral("1.0.20"));
+    setQuitOnLastWindowClosed(false);
+    if (QStyle* fusion = QStyleFactory::create(QStringLiteral("Fusion"))) setStyle(fusion);
+}
+
+QString Application::translationLocale(const QString& language, const QLocale& system)
+{
+    if (language.isEmpty() || language == QLatin1String("system")) return system.name();
+    return language;
+}
+
+QStringList Application::translationDirectories()
+{
+    return {QStandardPaths::writableLocation(QStandardPaths::AppDataLocation),
+            QCoreApplication::applicationDirPath(), QStringLiteral(":/translations")};
+}
+
+void Application::reloadTranslators()
+{
+    const QString language = core::ConfigManager::instance().language();
+    const QString actual = translationLocale(language, QLocale::system());
+    logI18n(QStringLiteral("--- reloadTranslators --- lang=%1 actualLocale=%2 sysName=%3")
+                .arg(language, actual, QLocale::system().name()));
+
+    if (m_translator) {
+        removeTranslator(m_translator);
+        delete m_translator;
+        m_translator = nullptr;
+    }
+    m_translator = new QTranslator(this);
+
+    const QString fileName = QStringLiteral("zelmor_") + actual + QStringLiteral(".qm");
+    bool loaded = false;
+    for (const QString& dir : translationDirectories()) {
+        // QTranslator would fall back to shorter names (zelmor_de.qm); only the exact file counts.
+        loaded = QFileInfo::exists(dir + QLatin1Char('/') + fileName) &&
+                 m_translator->load(fileName, dir, QString(), QString());
+        logI18n(QStringLiteral("  dir=%1 -> %2")
+                    .arg(dir, loaded ? QStringLiteral("LOADED") : QStringLiteral("miss")));
+        if (loaded) break;
+    }
+    if (!loaded) {
+        logI18n(QStringLiteral("  NO qm loaded"));
+        return;
+    }
+    installTranslator(m_translator);
+    logI18n(QStringLiteral("  tr(Language:)= ") +
+            QCoreApplication::translate("zelmor::widget::SettingsDialog",
+                                        "Language:", "settings.general.language"));
+}
+
+} // namespace zelmor::app

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QApplication>
+
+class QTranslator;
+
+namespace zelmor::app {
+
+class Application : public QApplication
+{
+    Q_OBJECT
+public:
+    Application(int& argc, char** argv);
+
+    // Replaces the translator with one for the configured language; the program runs on
+    // its source texts when no file is found.
+    void reloadTranslators();
+
+    // The locale whose "zelmor_<locale>.qm" is looked for: the configured language, or
+    // the system's full language_COUNTRY name for "system" and empty.
+    static QString translationLocale(const QString& language, const QLocale& system);
+
+    // The folders searched for translations, in order.
+    static QStringList translationDirectories();
+
+private:
+    QTranslator* m_translator = nullptr;
+};
+
+} // namespace zelmor::app

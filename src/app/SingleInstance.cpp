@@ -1,0 +1,71 @@
+#include "SingleInstance.h"
+
+#include "core/EventBus.h"
+#include "core/Log.h"
+
+#include <QCoreApplication>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QStandardPaths>
+
+namespace zelmor::app {
+
+QString SingleInstance::serverName()
+{
+    const QString name = QCoreApplication::organizationName() + QLatin1Char('-') +
+                         QCoreApplication::applicationName();
+    // Qt hands out the runtime folder only when it is owned by this user and private, so
+    // nobody else can plant or reach the socket; a shared folder like /tmp is never used.
+    QString dir = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    if (dir.isEmpty()) dir = core::dataDirectory();
+    return dir + QLatin1Char('/') + name;
+}
+
+bool SingleInstance::tryAcquire()
+{
+    QLocalSocket probe;
+    probe.connectToServer(serverName(), QIODevice::ReadWrite);
+    if (probe.waitForConnected(200)) return false;
+    instance();
+    return true;
+}
+
+bool SingleInstance::notifyRunningInstance()
+{
+    QLocalSocket socket;
+    socket.connectToServer(serverName(), QIODevice::ReadWrite);
+    if (!socket.waitForConnected(500)) return false;
+    socket.write("raise\n");
+    socket.flush();
+    socket.waitForBytesWritten(500);
+    return true;
+}
+
+SingleInstance& SingleInstance::instance()
+{
+    static SingleInstance guard;
+    return guard;
+}
+
+SingleInstance::SingleInstance() : m_server(new QLocalServer(this))
+{
+    const QString name = serverName();
+    QLocalServer::removeServer(name); // a stale socket of a crashed instance
+    m_server->setSocketOptions(QLocalServer::UserAccessOption);
+    if (!m_server->listen(name))
+        core::writeLogLine(QStringLiteral("[instance] cannot listen on ") + name +
+                           QStringLiteral(": ") + m_server->errorString());
+    connect(m_server, &QLocalServer::newConnection, this, &SingleInstance::onNewConnection);
+}
+
+void SingleInstance::onNewConnection()
+{
+    QLocalSocket* socket = m_server->nextPendingConnection();
+    if (!socket) return;
+    socket->waitForReadyRead(200);
+    socket->readAll(); // whatever was sent, a connection means "raise"
+    socket->deleteLater();
+    Q_EMIT core::EventBus::instance().emitted(QStringLiteral("singleInstanceRaiseRequested"), {});
+}
+
+} // namespace zelmor::app

@@ -1,0 +1,17 @@
+#include "EventBus.h"
+
+namespace zelmor::core {
+
+EventBus& EventBus::instance()
+{
+    static EventBus bus;
+    return bus;
+}
+
+CommandBus& CommandBus::instance()
+{
+    static CommandBus bus;
+    return bus;
+}
+
+} // namespace zelmor::core

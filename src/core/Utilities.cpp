@@ -1,0 +1,56 @@
+#include "Utilities.h"
+
+#include <QBuffer>
+#include <QClipboard>
+#include <QDir>
+#include <QGuiApplication>
+#include <QImage>
+#include <QPixmap>
+#include <QTemporaryFile>
+
+namespace zelmor::core {
+
+QString makeTempFilePath(const QString& extension)
+{
+    QTemporaryFile file(QDir::tempPath() + QStringLiteral("/zelmor-XXXXXX.") + extension);
+    file.setAutoRemove(false);
+    file.open();
+    const QString path = file.fileName();
+    file.close();
+    return path;
+}
+
+QString formatFileSize(qint64 bytes)
+{
+    constexpr qint64 KB = 1024, MB = KB * 1024, GB = MB * 1024;
+    if (bytes < KB) return QString::number(bytes) + QStringLiteral(" bytes");
+    const auto scaled = [bytes](qint64 divisor, const char* unit) -> QString {
+        const double value = double(bytes) / double(divisor);
+        return QString::number(value, 'f', value < 10 ? 1 : 0) + QLatin1Char(' ') +
+               QLatin1String(unit);
+    };
+    if (bytes < MB) return scaled(KB, "KB");
+    if (bytes < GB) return scaled(MB, "MB");
+    return scaled(GB, "GB");
+}
+
+QByteArray imageToBase64(const QImage& image)
+{
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG", -1);
+    return png.toBase64();
+}
+
+void copyPixmapToClipboard(const QPixmap& pixmap)
+{
+    QGuiApplication::clipboard()->setPixmap(pixmap, QClipboard::Clipboard);
+}
+
+void copyTextToClipboard(const QString& text)
+{
+    QGuiApplication::clipboard()->setText(text, QClipboard::Clipboard);
+}
+
+} // namespace zelmor::core

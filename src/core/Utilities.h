@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+class QImage;
+class QPixmap;
+
+namespace zelmor::core {
+
+// Path of an empty temporary file that stays on disk; the caller deletes it.
+QString makeTempFilePath(const QString& extension);
+
+// "1023 bytes", "1.5 KB", "10 KB": one decimal below 10 units, none from 10 on.
+QString formatFileSize(qint64 bytes);
+
+// Base64 of the image's PNG encoding.
+QByteArray imageToBase64(const QImage& image);
+
+void copyPixmapToClipboard(const QPixmap& pixmap);
+void copyTextToClipboard(const QString& text);
+
+} // namespace zelmor::core

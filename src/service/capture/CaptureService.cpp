@@ -1,0 +1,37 @@
+#include "CaptureService.h"
+
+#include "ScreenGrabber.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+namespace zelmor::service::capture {
+
+CaptureService::CaptureService(QObject* parent) : QObject(parent)
+{
+    qRegisterMetaType<core::CaptureResult>("core::CaptureResult");
+}
+
+core::CaptureResult CaptureService::captureFullscreen()
+{
+    return core::makeCaptureResult(grabVirtualDesktop());
+}
+
+core::CaptureResult CaptureService::captureRegion(const QRect& rect)
+{
+    const QScreen* primary = QGuiApplication::primaryScreen();
+    const QPoint origin = primary ? primary->virtualGeometry().topLeft() : QPoint();
+    const QPixmap canvas = grabAllScreens();
+    if (canvas.isNull()) return core::makeCaptureResult(canvas);
+    // QImage::copy keeps the full size and fills what lies outside the canvas; QPixmap::copy
+    // would clip.
+    return core::makeCaptureResult(
+        QPixmap::fromImage(canvas.toImage().copy(rect.translated(-origin))));
+}
+
+QPixmap CaptureService::grabScreens()
+{
+    return grabAllScreens();
+}
+
+} // namespace zelmor::service::capture

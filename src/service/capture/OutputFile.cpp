@@ -1,0 +1,32 @@
+#include "OutputFile.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QPixmap>
+
+namespace zelmor::service::capture {
+
+QString makeOutputPath(const QString& dir, const QString& pattern, const QString& extension)
+{
+    QDir folder(dir);
+    if (!dir.isEmpty() && !folder.exists()) QDir(dir).mkpath(QStringLiteral("."));
+
+    const QDateTime now = QDateTime::currentDateTime();
+    QString base = pattern;
+    base.replace(QLatin1String("{date}"), now.toString(QStringLiteral("yyyy-MM-dd")));
+    base.replace(QLatin1String("{time}"), now.toString(QStringLiteral("hh-mm-ss-zzz")));
+
+    QString candidate = base + QLatin1Char('.') + extension;
+    for (int n = 1; folder.exists(candidate); ++n)
+        candidate =
+            QStringLiteral("%1_%2.%3").arg(base).arg(n, 3, 10, QLatin1Char('0')).arg(extension);
+    return folder.absoluteFilePath(candidate);
+}
+
+bool savePixmapFile(const QPixmap& pixmap, const QString& path, const char* format, int quality)
+{
+    if (pixmap.isNull()) return false;
+    return pixmap.save(path, format, quality);
+}
+
+} // namespace zelmor::service::capture

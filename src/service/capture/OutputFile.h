@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+
+class QPixmap;
+
+namespace zelmor::service::capture {
+
+// A free path in `dir` named by `pattern` with {date} and {time} filled in; a name that is
+// taken gets _001, _002 and so on. The folder is created when missing.
+QString makeOutputPath(const QString& dir, const QString& pattern, const QString& extension);
+
+// False for a null pixmap, else the result of QPixmap::save.
+bool savePixmapFile(const QPixmap& pixmap, const QString& path, const char* format = nullptr,
+                    int quality = -1);
+
+} // namespace zelmor::service::capture

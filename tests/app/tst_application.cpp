@@ -1,0 +1,138 @@
+#include "TestMain.h"
+
+#include "app/Application.h"
+#include "app/CommandLine.h"
+#include "core/ConfigManager.h"
+#include "core/Log.h"
+
+#include <QFile>
+#include <QStandardPaths>
+#include <QStyle>
+
+using zelmor::app::Application;
+using zelmor::core::ConfigManager;
+
+class TestApplication : public QObject
+{
+    Q_OBJECT
+
+    static QString appData()
+    {
+        return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    }
+    static QString translated()
+    {
+        return QCoreApplication::translate("zelmor::widget::SettingsDialog",
+                                           "Language:", "settings.general.language");
+    }
+    static QString logText()
+    {
+        QFile log(zelmor::core::logFilePath());
+        return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
+    }
+    static void placeQm(const QString& name)
+    {
+        QDir().mkpath(appData());
+        QFile::remove(appData() + QLatin1Char('/') + name);
+        QVERIFY(
+            QFile::copy(qEnvironmentVariable("ZELMOR_BIN_DIR") + QStringLiteral("/zelmor_zh_CN.qm"),
+                        appData() + QLatin1Char('/') + name));
+    }
+
+private Q_SLOTS:
+    void identity()
+    {
+        QCOMPARE(QCoreApplication::applicationVersion(), QStringLiteral("1.0.20"));
+        QVERIFY(!qApp->quitOnLastWindowClosed());
+        QCOMPARE(qApp->style()->name().toLower(), QStringLiteral("fusion"));
+    }
+
+    void captureSwitch_data()
+    {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("none") << QStringList{} << QString();
+        QTest::newRow("region") << QStringList{"--capture-region"} << "--capture-region";
+        QTest::newRow("fullscreen")
+            << QStringList{"--capture-fullscreen"} << "--capture-fullscreen";
+        QTest::newRow("first of both wins")
+            << QStringList{"--capture-fullscreen", "--capture-region"} << "--capture-fullscreen";
+        QTest::newRow("other order")
+            << QStringList{"x", "--capture-region", "--capture-fullscreen"} << "--capture-region";
+        QTest::newRow("spelling counts")
+            << QStringList{"--Capture-Region", "-capture-fullscreen"} << QString();
+        QTest::newRow("no prefix match")
+            << QStringList{"--capture-regions", "--capture-fullscreen="} << QString();
+        QTest::newRow("program name is not a switch") << QStringList{} << QString();
+    }
+    void captureSwitch()
+    {
+        QFETCH(QStringList, args);
+        QFETCH(QString, expected);
+        std::vector<QByteArray> storage{QByteArray("--capture-region")}; // argv[0] is skipped
+        for (const QString& a : args)
+            storage.push_back(a.toUtf8());
+        std::vector<const char*> argv;
+        for (const QByteArray& a : storage)
+            argv.push_back(a.constData());
+        const char* found = zelmor::app::firstCaptureSwitch(int(argv.size()), argv.data());
+        QCOMPARE(QString::fromLatin1(found), expected);
+    }
+
+    void translationLocale_data()
+    {
+        QTest::addColumn<QString>("language");
+        QTest::addColumn<QString>("system");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("system is the full name") << "system"
+                                                 << "de_DE"
+                                                 << "de_DE";
+        QTest::newRow("empty is system") << ""
+                                         << "pt_BR"
+                                         << "pt_BR";
+        QTest::newRow("explicit") << "zh_CN"
+                                  << "de_DE"
+                                  << "zh_CN";
+        QTest::newRow("explicit short") << "de"
+                                        << "en_US"
+                                        << "de";
+    }
+    void translationLocale()
+    {
+        QFETCH(QString, language);
+        QFETCH(QString, system);
+        QFETCH(QString, expected);
+        QCOMPARE(Application::translationLocale(language, QLocale(system)), expected);
+    }
+
+    void loadsOnlyTheExactFile()
+    {
+        auto* app = static_cast<Application*>(qApp);
+        placeQm(QStringLiteral("zelmor_de.qm"));
+        QFile::remove(zelmor::core::logFilePath());
+        ConfigManager::instance().setLanguage(QStringLiteral("de_DE"));
+        app->reloadTranslators();
+        QCOMPARE(translated(), QStringLiteral("Language:"));
+        QVERIFY(logText().contains(QStringLiteral("[i18n]   NO qm loaded")));
+        QCOMPARE(logText().count(QStringLiteral(" -> miss")), 3);
+
+        placeQm(QStringLiteral("zelmor_de_DE.qm"));
+        QFile::remove(zelmor::core::logFilePath());
+        app->reloadTranslators();
+        QCOMPARE(translated(), QStringLiteral("语言："));
+        const QString log = logText();
+        QVERIFY(log.contains(
+            QStringLiteral("[i18n] --- reloadTranslators --- lang=de_DE actualLocale=de_DE")));
+        QVERIFY(log.contains(QStringLiteral("[i18n]   dir=") + appData() +
+                             QStringLiteral(" -> LOADED")));
+        QVERIFY(log.contains(QStringLiteral("[i18n]   tr(Language:)= 语言：")));
+
+        // A reload to a language without a file drops the old translator.
+        ConfigManager::instance().setLanguage(QStringLiteral("fr_FR"));
+        app->reloadTranslators();
+        QCOMPARE(translated(), QStringLiteral("Language:"));
+    }
+};
+
+ZELMOR_TEST_MAIN(TestApplication, Application)
+#include "tst_application.moc"

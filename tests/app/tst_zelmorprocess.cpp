@@ -1,0 +1,257 @@
+#include "TestMain.h"
+
+#include "app/SingleInstance.h"
+#include "core/EventBus.h"
+
+#include <QElapsedTimer>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QWidget>
+
+#include <memory>
+#include <unistd.h>
+
+namespace {
+
+const QColor kMarker(0xe6, 0x7e, 0x22);
+
+// One user's world for a started zelmor: its own home, XDG folders and runtime folder.
+struct Home
+{
+    QTemporaryDir dir;
+    Home()
+    {
+        for (const char* sub : {"config/Zelmor", "data", "run"})
+            QDir().mkpath(dir.filePath(QLatin1String(sub)));
+        QFile::setPermissions(runtime(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    QString runtime() const { return dir.filePath(QStringLiteral("run")); }
+    QString outputDir() const { return dir.filePath(QStringLiteral("Pictures/Zelmor")); }
+    QString iniPath() const { return dir.filePath(QStringLiteral("config/Zelmor/Zelmor.ini")); }
+    QString logPath() const
+    {
+        return dir.filePath(QStringLiteral("data/Zelmor/Zelmor/zelmor.log"));
+    }
+    QProcessEnvironment environment() const
+    {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("HOME"), dir.path());
+        env.insert(QStringLiteral("XDG_CONFIG_HOME"), dir.filePath(QStringLiteral("config")));
+        env.insert(QStringLiteral("XDG_DATA_HOME"), dir.filePath(QStringLiteral("data")));
+        env.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime());
+        env.remove(QStringLiteral("XDG_PICTURES_DIR"));
+        return env;
+    }
+    QString log() const
+    {
+        QFile f(logPath());
+        return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
+    }
+    QStringList outputs() const { return QDir(outputDir()).entryList(QDir::Files); }
+};
+
+QString zelmorPath()
+{
+    return qEnvironmentVariable("ZELMOR_BIN_DIR") + QStringLiteral("/zelmor");
+}
+
+std::unique_ptr<QProcess> start(const QProcessEnvironment& env, const QStringList& args)
+{
+    auto process = std::make_unique<QProcess>();
+    process->setProcessEnvironment(env);
+    process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process->start(zelmorPath(), args);
+    return process;
+}
+
+void stop(QProcess& process)
+{
+    process.terminate();
+    if (!process.waitForFinished(3000)) process.kill();
+    process.waitForFinished(3000);
+}
+
+} // namespace
+
+class TestZelmorProcess : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<QWidget> m_marker;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY2(QFileInfo(zelmorPath()).isExecutable(), qPrintable(zelmorPath()));
+        m_marker = std::make_unique<QWidget>();
+        m_marker->setWindowTitle(QStringLiteral("Zelmor capture marker"));
+        QPalette p = m_marker->palette();
+        p.setColor(QPalette::Window, kMarker);
+        m_marker->setPalette(p);
+        m_marker->setAutoFillBackground(true);
+        m_marker->setGeometry(1500, 700, 200, 120);
+        m_marker->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_marker.get()));
+        QTest::qWait(200);
+    }
+
+    void fullscreenCaptureAndSecondStart()
+    {
+        Home home;
+        QProcessEnvironment env = home.environment();
+        env.insert(QStringLiteral("LANG"), QStringLiteral("de_DE.UTF-8"));
+        env.remove(QStringLiteral("LC_ALL"));
+        env.remove(QStringLiteral("LC_MESSAGES"));
+        QElapsedTimer clock;
+        clock.start();
+        auto first = start(env, {QStringLiteral("--capture-fullscreen")});
+        QTRY_VERIFY_WITH_TIMEOUT(home.outputs().size() == 1, 3000);
+        qInfo("capture file after %lld ms", clock.elapsed());
+
+        const QString name = home.outputs().first();
+        QVERIFY2(
+            QRegularExpression(
+                QStringLiteral("^Zelmor_\\d{4}-\\d\\d-\\d\\d_\\d\\d-\\d\\d-\\d\\d-\\d{3}\\.png$"))
+                .match(name)
+                .hasMatch(),
+            qPrintable(name));
+        QImage image;
+        QTRY_VERIFY(
+            image.load(home.outputDir() + QLatin1Char('/') + name)); // the write may still run
+        QCOMPARE(image.size(), QSize(1920, 1080));
+        const QPoint inside = m_marker->mapToGlobal(QPoint(100, 60));
+        QCOMPARE(image.pixelColor(inside), kMarker);
+        QVERIFY(home.log().contains(QStringLiteral("actualLocale=de_DE")));
+        QCOMPARE(first->state(), QProcess::Running);
+
+        // A second start, whatever its switches, only raises the first and leaves at once.
+        clock.restart();
+        auto second = start(env, {QStringLiteral("--capture-fullscreen")});
+        QVERIFY(second->waitForFinished(5000));
+        qInfo("second instance exited after %lld ms", clock.elapsed());
+        QCOMPARE(second->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(second->exitCode(), 0);
+        QTRY_VERIFY(home.log().contains(QStringLiteral("[instance] raise requested")));
+        QTest::qWait(1000);
+        QCOMPARE(home.outputs().size(), 1);
+        QCOMPARE(first->state(), QProcess::Running);
+        stop(*first);
+    }
+
+    void socketsPlantedInSharedFoldersAreIgnored()
+    {
+        Home home;
+        // No XDG_RUNTIME_DIR: Qt would fall back to <tmp>/runtime-<user>, and a naive guard
+        // would use <tmp> itself. Both are planted, owned by someone else where possible.
+        const QString shared = home.dir.filePath(QStringLiteral("shared-tmp"));
+        const QString runtimeFallback = shared + QStringLiteral("/runtime-") +
+                                        qEnvironmentVariable("USER", QStringLiteral("root"));
+        QVERIFY(QDir().mkpath(runtimeFallback));
+        QFile::setPermissions(shared, QFile::Permissions(0x7777));
+        QList<QLocalServer*> planted;
+        for (const QString& dir : {shared, runtimeFallback}) {
+            auto* server = new QLocalServer(this);
+            server->setSocketOptions(QLocalServer::WorldAccessOption);
+            QVERIFY(server->listen(dir + QStringLiteral("/Zelmor-Zelmor")));
+            planted << server;
+        }
+        if (geteuid() == 0) {
+            const uid_t nobody = 65534;
+            QCOMPARE(::chown(qPrintable(runtimeFallback), nobody, nobody), 0);
+            for (const QString& dir : {shared, runtimeFallback})
+                QCOMPARE(
+                    ::chown(qPrintable(dir + QStringLiteral("/Zelmor-Zelmor")), nobody, nobody), 0);
+        }
+
+        QProcessEnvironment env = home.environment();
+        env.remove(QStringLiteral("XDG_RUNTIME_DIR"));
+        env.insert(QStringLiteral("TMPDIR"), shared);
+        auto first = start(env, {QStringLiteral("--capture-fullscreen")});
+        QTRY_VERIFY_WITH_TIMEOUT(home.outputs().size() == 1, 5000);
+        for (QLocalServer* server : planted)
+            QVERIFY(!server->hasPendingConnections());
+
+        // The guard still works among this user's own processes.
+        auto second = start(env, {});
+        QVERIFY(second->waitForFinished(5000));
+        QCOMPARE(second->exitCode(), 0);
+        QTRY_VERIFY(home.log().contains(QStringLiteral("[instance] raise requested")));
+        stop(*first);
+        qDeleteAll(planted);
+    }
+
+    void badSurroundingsDoNotStopTheProcess_data()
+    {
+        QTest::addColumn<QString>("what");
+        QTest::newRow("corrupt Zelmor.ini") << "ini";
+        QTest::newRow("Zelmor.ini is a folder") << "iniFolder";
+        QTest::newRow("unwritable log folder") << "log";
+        QTest::newRow("output folder cannot be created") << "output";
+    }
+    void badSurroundingsDoNotStopTheProcess()
+    {
+        QFETCH(QString, what);
+        Home home;
+        QProcessEnvironment env = home.environment();
+        const auto writeFile = [](const QString& path, const QByteArray& bytes) {
+            QFile f(path);
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            f.write(bytes);
+        };
+        if (what == QLatin1String("ini"))
+            writeFile(home.iniPath(), QByteArray("\x00\xff[gen\n=\n\x01", 10));
+        if (what == QLatin1String("iniFolder")) QDir().mkpath(home.iniPath());
+        if (what == QLatin1String("log")) {
+            const QString blocker = home.dir.filePath(QStringLiteral("file"));
+            writeFile(blocker, "x");
+            env.insert(QStringLiteral("XDG_DATA_HOME"), blocker);
+        }
+        if (what == QLatin1String("output")) {
+            writeFile(home.dir.filePath(QStringLiteral("file")), "x");
+            writeFile(home.iniPath(), "[%General]\noutputDir=" +
+                                          home.dir.filePath(QStringLiteral("file/shots")).toUtf8() +
+                                          "\n");
+        }
+        auto process = start(env, {QStringLiteral("--capture-fullscreen")});
+        QVERIFY(process->waitForStarted());
+        QTest::qWait(1800); // past the 800 ms capture and its save
+        QCOMPARE(process->state(), QProcess::Running);
+        if (what == QLatin1String("output"))
+            QVERIFY(home.log().contains(QStringLiteral("[capture] cannot save ")));
+        if (what == QLatin1String("ini") || what == QLatin1String("iniFolder"))
+            QCOMPARE(home.outputs().size(), 1);
+        stop(*process);
+    }
+
+    // Last: the guard this process takes lives until the process ends.
+    void firstInstanceHearsTheRaiseOnItsBus()
+    {
+        Home home;
+        qputenv("XDG_RUNTIME_DIR", home.runtime().toUtf8());
+        QSignalSpy bus(&zelmor::core::EventBus::instance(), &zelmor::core::EventBus::emitted);
+        QVERIFY(zelmor::app::SingleInstance::tryAcquire());
+        QVERIFY(!zelmor::app::SingleInstance::tryAcquire());
+
+        auto second = start(home.environment(), {QStringLiteral("--capture-region")});
+        QVERIFY(second->waitForFinished(5000));
+        QCOMPARE(second->exitCode(), 0);
+        // Every connection counts: our own second probe, its probe, its "raise" message.
+        QTRY_COMPARE(bus.count(), 3);
+        QCOMPARE(bus.last().at(0).toString(), QStringLiteral("singleInstanceRaiseRequested"));
+        QVERIFY(bus.last().at(1).toMap().isEmpty());
+
+        // A connection that sends nothing raises too, after the short read wait.
+        const qsizetype before = bus.count();
+        QLocalSocket silent;
+        silent.connectToServer(zelmor::app::SingleInstance::serverName());
+        QVERIFY(silent.waitForConnected(1000));
+        QTRY_COMPARE(bus.count(), before + 1);
+        QVERIFY(home.outputs().isEmpty());
+    }
+};
+
+ZELMOR_TEST_MAIN(TestZelmorProcess, QApplication)
+#include "tst_zelmorprocess.moc"

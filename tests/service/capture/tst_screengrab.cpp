@@ -1,0 +1,235 @@
+#include "TestMain.h"
+
+#include "platform/ScreenGrab.h"
+#include "service/capture/CaptureService.h"
+#include "service/capture/ScreenGrabber.h"
+#include "service/capture/WindowList.h"
+
+#include <QScreen>
+#include <QWidget>
+
+using namespace zelmor::service::capture;
+namespace platform = zelmor::platform;
+
+namespace {
+
+const QColor kProbeColour(0x12, 0xab, 0x34);
+const QColor kOtherColour(0xc0, 0x30, 0x70);
+
+QWidget* makeSolidWindow(const QString& title, const QColor& colour, const QRect& geometry)
+{
+    auto* w = new QWidget;
+    w->setWindowTitle(title);
+    QPalette p = w->palette();
+    p.setColor(QPalette::Window, colour);
+    w->setPalette(p);
+    w->setAutoFillBackground(true);
+    w->setGeometry(geometry);
+    w->show();
+    return w;
+}
+
+// Every pixel of `image` inside `rect` has `colour`.
+bool allPixels(const QImage& image, const QRect& rect, const QColor& colour)
+{
+    for (int y = rect.top(); y <= rect.bottom(); ++y)
+        for (int x = rect.left(); x <= rect.right(); ++x)
+            if (image.pixelColor(x, y) != colour) return false;
+    return true;
+}
+
+const WindowInfo* findTitled(const QList<WindowInfo>& windows, const QString& title)
+{
+    for (const WindowInfo& w : windows)
+        if (w.title == title) return &w;
+    return nullptr;
+}
+
+int indexOfTitle(const QList<WindowInfo>& windows, const QString& title)
+{
+    for (int i = 0; i < windows.size(); ++i)
+        if (windows[i].title == title) return i;
+    return -1;
+}
+
+} // namespace
+
+class TestScreenGrab : public QObject
+{
+    Q_OBJECT
+
+    QWidget* m_probe = nullptr;
+    QRect m_client; // the probe's client area on the desktop
+
+    QImage platformGrab(const QRect& r, platform::GrabMethod method)
+    {
+        QImage image(r.size(), QImage::Format_RGB32);
+        image.fill(Qt::white);
+        if (!platform::grabDesktopRect({r.x(), r.y(), r.width(), r.height()},
+                                       reinterpret_cast<std::uint32_t*>(image.bits()),
+                                       int(image.bytesPerLine() / 4), method))
+            return {};
+        return image;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QCOMPARE(QGuiApplication::primaryScreen()->geometry(), QRect(0, 0, 1920, 1080));
+        m_probe = makeSolidWindow(QStringLiteral("Zelmor grab probe"), kProbeColour,
+                                  QRect(300, 200, 400, 300));
+        QVERIFY(QTest::qWaitForWindowExposed(m_probe));
+        QTRY_VERIFY(findTitled(listTopLevelWindows(), m_probe->windowTitle()));
+        m_client = QRect(m_probe->mapToGlobal(QPoint(0, 0)), m_probe->size());
+        QTest::qWait(100); // let the window manager finish drawing its frame
+    }
+    void cleanupTestCase() { delete m_probe; }
+
+    void monitorsCarryQtsScreenNames()
+    {
+        const QList<MonitorEntry> monitors = collectMonitors();
+        QCOMPARE(monitors.size(), 1);
+        QCOMPARE(monitors[0].deviceName, QGuiApplication::primaryScreen()->name());
+        QCOMPARE(monitors[0].rect, QRect(0, 0, 1920, 1080));
+    }
+
+    void everyGrabSeesTheWindow_data()
+    {
+        QTest::addColumn<int>("path");
+        QTest::newRow("grabAllScreens") << 0;
+        QTest::newRow("grabVirtualDesktop") << 1;
+        QTest::newRow("grabScreen(0)") << 2;
+        QTest::newRow("captureFullscreen") << 3;
+        QTest::newRow("captureRegion") << 4;
+    }
+    void everyGrabSeesTheWindow()
+    {
+        QFETCH(int, path);
+        CaptureService service;
+        QPixmap pixmap;
+        switch (path) {
+        case 0:
+            pixmap = grabAllScreens();
+            break;
+        case 1:
+            pixmap = grabVirtualDesktop();
+            break;
+        case 2:
+            pixmap = grabScreen(0);
+            break;
+        case 3:
+            pixmap = service.captureFullscreen().pixmap;
+            break;
+        case 4:
+            pixmap = service.captureRegion(QRect(0, 0, 1920, 1080)).pixmap;
+            break;
+        }
+        QCOMPARE(pixmap.size(), QSize(1920, 1080));
+        QCOMPARE(pixmap.devicePixelRatio(), 1.0);
+        const QImage image = pixmap.toImage();
+        QVERIFY(allPixels(image, m_client, kProbeColour));
+        QVERIFY(image.pixelColor(m_client.topLeft() - QPoint(40, 40)) != kProbeColour);
+    }
+
+    void regionIsClippedToTheCanvas()
+    {
+        const QPixmap inside = grabRegion(m_client);
+        QCOMPARE(inside.size(), m_client.size());
+        QVERIFY(allPixels(inside.toImage(), inside.rect(), kProbeColour));
+
+        QCOMPARE(grabRegion(QRect(1900, 1060, 100, 100)).size(), QSize(20, 20));
+        QVERIFY(grabRegion(QRect(5000, 5000, 10, 10)).isNull());
+    }
+
+    void captureRegionIsNotClipped()
+    {
+        CaptureService service;
+        const QPixmap pixmap = service.captureRegion(QRect(1900, 1060, 40, 40)).pixmap;
+        QCOMPARE(pixmap.size(), QSize(40, 40));
+        QCOMPARE(pixmap.toImage().pixelColor(30, 30), QColor(Qt::black));
+    }
+
+    void screenIndexOutOfRangeIsNull_data()
+    {
+        QTest::addColumn<int>("index");
+        QTest::newRow("-1") << -1;
+        QTest::newRow("count") << int(QGuiApplication::screens().size());
+    }
+    void screenIndexOutOfRangeIsNull()
+    {
+        QFETCH(int, index);
+        QVERIFY(grabScreen(index).isNull());
+    }
+
+    void sharedMemoryAndPlainCopiesAgree()
+    {
+        QVERIFY(platform::sharedMemoryGrabAvailable());
+        const QRect r = m_client.adjusted(-50, -50, 50, 50);
+        const QImage shm = platformGrab(r, platform::GrabMethod::SharedMemory);
+        const QImage plain = platformGrab(r, platform::GrabMethod::Plain);
+        QVERIFY(!shm.isNull());
+        QCOMPARE(shm, plain);
+        QCOMPARE(qAlpha(shm.pixel(0, 0)), 255);
+    }
+
+    void partOutsideTheDesktopIsBlack()
+    {
+        // 20 px of the window's desktop column hang off the left edge.
+        const QRect r(-20, m_client.top(), m_client.left() + 60, 10);
+        const QImage image = platformGrab(r, platform::GrabMethod::Automatic);
+        QVERIFY(!image.isNull());
+        QVERIFY(allPixels(image, QRect(0, 0, 20, 10), Qt::black));
+        QVERIFY(allPixels(image, QRect(m_client.left() + 20, 0, 10, 10), kProbeColour));
+        QVERIFY(platformGrab(QRect(-500, -500, 10, 10), platform::GrabMethod::Plain) == [] {
+            QImage b(10, 10, QImage::Format_RGB32);
+            b.fill(Qt::black);
+            return b;
+        }());
+    }
+
+    void windowListHoldsTheProbe()
+    {
+        const QList<WindowInfo> windows = listTopLevelWindows();
+        const WindowInfo* probe = findTitled(windows, m_probe->windowTitle());
+        QVERIFY(probe);
+        QCOMPARE(probe->rect, m_probe->frameGeometry());
+        QVERIFY(probe->rect.contains(m_client));
+        QCOMPARE(probe->handle, quintptr(m_probe->winId()));
+        QVERIFY(!probe->className.isEmpty());
+        QVERIFY(!probe->minimized);
+    }
+
+    void stackingAndFocusFollowActivation()
+    {
+        std::unique_ptr<QWidget> other(makeSolidWindow(QStringLiteral("Zelmor other 中文"),
+                                                       kOtherColour, QRect(900, 300, 200, 150)));
+        QVERIFY(QTest::qWaitForWindowExposed(other.get()));
+        for (QWidget* target : {m_probe, other.get(), m_probe}) {
+            target->raise();
+            target->activateWindow();
+            QTRY_COMPARE(foregroundWindow().title, target->windowTitle());
+            const WindowInfo front = foregroundWindow();
+            QCOMPARE(front.handle, quintptr(target->winId()));
+            QCOMPARE(front.rect, target->frameGeometry());
+            QVERIFY(front.className.isEmpty());
+            // Docks such as the tray host stay above; the target is above the other test window.
+            const QString below =
+                target == other.get() ? m_probe->windowTitle() : other->windowTitle();
+            QTRY_VERIFY(indexOfTitle(listTopLevelWindows(), target->windowTitle()) <
+                        indexOfTitle(listTopLevelWindows(), below));
+        }
+    }
+
+    void minimizedWindowsAreLeftOut()
+    {
+        std::unique_ptr<QWidget> other(makeSolidWindow(QStringLiteral("Zelmor minimized"),
+                                                       kOtherColour, QRect(900, 600, 200, 150)));
+        QVERIFY(QTest::qWaitForWindowExposed(other.get()));
+        QTRY_VERIFY(findTitled(listTopLevelWindows(), other->windowTitle()));
+        other->showMinimized();
+        QTRY_VERIFY(!findTitled(listTopLevelWindows(), other->windowTitle()));
+    }
+};
+
+ZELMOR_TEST_MAIN(TestScreenGrab, QApplication)
+#include "tst_screengrab.moc"

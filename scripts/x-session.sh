@@ -2,17 +2,27 @@
 # Runs a command inside a private X test session: Xvfb 1920x1080x24, the openbox
 # window manager, a trayer tray host, and a D-Bus session with the AT-SPI bus.
 # Everything started here is torn down when the command ends, fails or times out.
-#   scripts/x-session.sh [--timeout SECONDS] COMMAND [ARGS...]
+#   scripts/x-session.sh [--timeout SECONDS] [--bare] COMMAND [ARGS...]
+# --bare starts the X server alone: no window manager and no tray host.
 set -u
 
 limit=1500
-if [ "${1:-}" = "--timeout" ]; then limit=$2; shift 2; fi
-[ $# -gt 0 ] || { echo "usage: $0 [--timeout SECONDS] COMMAND [ARGS...]" >&2; exit 2; }
+bare=0
+while [ $# -gt 0 ]; do
+  case "$1" in
+    --timeout) limit=$2; shift 2 ;;
+    --bare) bare=1; shift ;;
+    *) break ;;
+  esac
+done
+[ $# -gt 0 ] || { echo "usage: $0 [--timeout SECONDS] [--bare] COMMAND [ARGS...]" >&2; exit 2; }
 
 # A private session bus: the AT-SPI bus and the FileManager1 service are activated on it.
 if [ -z "${ZELMOR_SESSION_BUS:-}" ]; then
   export ZELMOR_SESSION_BUS=1
-  exec dbus-run-session -- "$0" --timeout "$limit" "$@"
+  flags=(--timeout "$limit")
+  [ $bare -eq 1 ] && flags+=(--bare)
+  exec dbus-run-session -- "$0" "${flags[@]}" "$@"
 fi
 
 pids=()
@@ -50,14 +60,16 @@ exec {dfd}<&-
 export DISPLAY=:$display
 wait_for "the X server" xdpyinfo
 
-openbox --sm-disable >"$runtime/openbox.log" 2>&1 &
-pids+=($!)
-wait_for "openbox" sh -c "xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'"
+if [ $bare -eq 0 ]; then
+  openbox --sm-disable >"$runtime/openbox.log" 2>&1 &
+  pids+=($!)
+  wait_for "openbox" sh -c "xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'"
 
-trayer --edge top --align right --widthtype request --height 24 --SetDockType true \
-  --expand false >"$runtime/trayer.log" 2>&1 &
-pids+=($!)
-wait_for "trayer" xdotool search --class trayer
+  trayer --edge top --align right --widthtype request --height 24 --SetDockType true \
+    --expand false >"$runtime/trayer.log" 2>&1 &
+  pids+=($!)
+  wait_for "trayer" xdotool search --class trayer
+fi
 
 # Starts the accessibility bus, which AT-SPI clients and Qt's bridge expect.
 dbus-send --session --print-reply --dest=org.a11y.Bus /org/a11y/bus org.a11y.Bus.GetAddress \

@@ -4,9 +4,10 @@
 #include "core/ConfigManager.h"
 #include "core/EventBus.h"
 #include "core/Log.h"
-#include "service/capture/CaptureService.h"
-#include "service/capture/OutputFile.h"
+#include "manager/ActionManager.h"
+#include "widget/MainWindow.h"
 
+#include <QClipboard>
 #include <QFont>
 #include <QTimer>
 
@@ -16,22 +17,17 @@ using namespace zelmor;
 
 namespace {
 
-// Until the action dispatcher exists, a command-line full-screen capture goes straight
-// to a file in the output folder.
-void captureFullscreenToOutputDir(service::capture::CaptureService& service)
+// Runs the first capture switch of argv once the event loop serves timers.
+void armCommandLine(int argc, char** argv, manager::ActionManager& actions)
 {
-    const core::CaptureResult result = service.captureFullscreen();
-    if (result.pixmap.isNull()) {
-        core::writeLogLine(QStringLiteral("[capture] fullscreen grab failed"));
+    const char* captureSwitch = app::firstCaptureSwitch(argc, argv);
+    if (!captureSwitch) return;
+    if (std::strcmp(captureSwitch, "--capture-fullscreen") == 0) {
+        QTimer::singleShot(800, &actions, &manager::ActionManager::captureFullscreen);
         return;
     }
-    core::ConfigManager& config = core::ConfigManager::instance();
-    const QString path = service::capture::makeOutputPath(config.outputDir(), config.fileNaming(),
-                                                          QStringLiteral("png"));
-    const bool saved = service::capture::savePixmapFile(result.pixmap, path);
-    core::writeLogLine(
-        (saved ? QStringLiteral("[capture] saved ") : QStringLiteral("[capture] cannot save ")) +
-        path);
+    core::writeLogLine(QStringLiteral(
+        "[startup] --capture-region: region capture is not available in this build yet"));
 }
 
 } // namespace
@@ -59,26 +55,28 @@ int main(int argc, char** argv)
                                 QStringLiteral("DejaVu Sans")});
     QApplication::setFont(font);
 
-    service::capture::CaptureService captureService;
+    widget::MainWindow mainWindow(nullptr);
+    core::startupTrace("MainWindow constructed (panels built)");
 
-    QObject::connect(&core::ConfigManager::instance(), &core::ConfigManager::languageChanged,
-                     &application, &app::Application::reloadTranslators);
+    manager::ActionManager actionManager(&mainWindow, nullptr);
+    core::startupTrace("ActionManager constructed");
 
-    if (argc >= 2) {
-        const char* captureSwitch = app::firstCaptureSwitch(argc, argv);
-        if (captureSwitch && std::strcmp(captureSwitch, "--capture-fullscreen") == 0) {
-            QTimer::singleShot(800, &captureService,
-                               [&captureService] { captureFullscreenToOutputDir(captureService); });
-        } else if (captureSwitch) {
-            core::writeLogLine(QStringLiteral(
-                "[startup] --capture-region: region capture is not available in this build yet"));
-        }
-    }
+    core::ConfigManager& config = core::ConfigManager::instance();
+    QObject::connect(&mainWindow, &widget::MainWindow::copyFromHistoryRequested,
+                     [](const QPixmap& pm) {
+                         QGuiApplication::clipboard()->setPixmap(pm, QClipboard::Clipboard);
+                     });
+    QObject::connect(&config, &core::ConfigManager::languageChanged, &application,
+                     &app::Application::reloadTranslators);
+    QObject::connect(&config, &core::ConfigManager::languageChanged, &mainWindow,
+                     &widget::MainWindow::retranslateUi);
 
-    QObject::connect(&core::EventBus::instance(), &core::EventBus::emitted, &application,
-                     [](const QString& name, const QVariantMap&) {
+    if (argc >= 2) armCommandLine(argc, argv, actionManager);
+
+    QObject::connect(&core::EventBus::instance(), &core::EventBus::emitted, &mainWindow,
+                     [&mainWindow](const QString& name, const QVariantMap&) {
                          if (name == QLatin1String("singleInstanceRaiseRequested"))
-                             core::writeLogLine(QStringLiteral("[instance] raise requested"));
+                             mainWindow.showHistory();
                      });
     core::startupTrace("entering event loop");
     return application.exec();

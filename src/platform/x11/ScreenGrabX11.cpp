@@ -1,3 +1,6 @@
+// Screen copies from the X root window (Windows: BitBlt from the screen DC with CAPTUREBLT),
+// monitors from RandR 1.5 (Windows: EnumDisplayMonitors).
+
 #include "../ScreenGrab.h"
 #include "X11Connection.h"
 

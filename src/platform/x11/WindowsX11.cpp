@@ -1,3 +1,5 @@
+// Top-level windows from EWMH properties (Windows: EnumWindows, GetForegroundWindow).
+
 #include "../Windows.h"
 #include "X11Connection.h"
 
@@ -224,7 +226,9 @@ WindowRecord foregroundWindow()
         if (focus) window = topLevelOf(*x, focus->focus);
     }
     if (window == XCB_WINDOW_NONE) return {};
-    return describe(*x, a, {window}).front();
+    // Some window managers keep naming a window as active after it was withdrawn.
+    WindowRecord record = describe(*x, a, {window}).front();
+    return record.visible ? record : WindowRecord();
 }
 
 } // namespace zelmor::platform

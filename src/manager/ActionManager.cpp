@@ -1,0 +1,118 @@
+#include "ActionManager.h"
+
+#include "core/ConfigManager.h"
+#include "core/Log.h"
+#include "core/Toast.h"
+#include "core/Utilities.h"
+#include "service/capture/CaptureService.h"
+#include "service/capture/OutputFile.h"
+#include "service/capture/WindowList.h"
+#include "service/history/HistoryService.h"
+#include "widget/MainWindow.h"
+
+#include <QCoreApplication>
+#include <QDesktopServices>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QTimer>
+#include <QUrl>
+
+namespace zelmor::manager {
+
+namespace {
+
+constexpr int kToastMs = 3000;
+
+void toast(const QString& title, const QString& body)
+{
+    core::notifyUser(title, body, kToastMs);
+}
+
+QString newCapturePath()
+{
+    core::ConfigManager& config = core::ConfigManager::instance();
+    return service::capture::makeOutputPath(config.outputDir(), config.fileNaming(), QStringLiteral("png"));
+}
+
+} // namespace
+
+ActionManager::ActionManager(widget::MainWindow* mainWindow, QObject* parent)
+    : QObject(parent), m_mainWindow(mainWindow)
+{
+    QElapsedTimer timer;
+    timer.start();
+    const auto trace = [&timer](const char* what) {
+        core::writeLogLine(QStringLiteral("[startup]   actions %1 dt=%2ms")
+                               .arg(QLatin1String(what))
+                               .arg(timer.restart()));
+    };
+    m_captureService = new service::capture::CaptureService(this);
+    trace("CaptureService");
+}
+
+void ActionManager::captureFullscreen()
+{
+    const core::CaptureResult result = m_captureService->captureFullscreen();
+    if (result.pixmap.isNull()) return;
+    core::copyPixmapToClipboard(result.pixmap);
+    const QString path = newCapturePath();
+    service::capture::savePixmapFile(result.pixmap, path);
+    // The row is made even when the save failed.
+    service::history::HistoryService::instance().insert(result.pixmap, path, core::HistoryCategory::Screenshot,
+                                                        QString());
+    toast(tr("Captured", "capture.captured.title"), tr("Captured %1x%2").arg(result.width).arg(result.height));
+}
+
+void ActionManager::captureWindow()
+{
+    const service::capture::WindowInfo window = service::capture::foregroundWindow();
+    if (window.rect.isNull()) {
+        toast(tr("No window", "capture.window.empty.title"), tr("Could not detect foreground window."));
+        return;
+    }
+    const core::CaptureResult result = m_captureService->captureRegion(window.rect);
+    if (result.pixmap.isNull()) return;
+    core::copyPixmapToClipboard(result.pixmap);
+    toast(tr("Captured", "capture.captured.title"), tr("Window captured: %1").arg(window.title));
+}
+
+void ActionManager::captureDelayed(int secs)
+{
+    toast(tr("Delayed capture", "capture.delayed.title"), tr("Capturing in %1 seconds...").arg(secs));
+    QTimer::singleShot(qMax(secs, 1) * 1000, this, [this] {
+        const core::CaptureResult result = m_captureService->captureFullscreen();
+        if (result.pixmap.isNull()) return;
+        core::copyPixmapToClipboard(result.pixmap);
+        toast(tr("Captured", "capture.captured.title"),
+              tr("Delayed capture done (%1x%2)").arg(result.width).arg(result.height));
+    });
+}
+
+void ActionManager::showHistory()
+{
+    if (m_mainWindow) m_mainWindow->showHistory();
+}
+
+void ActionManager::openOutputDir()
+{
+    const QString dir = core::ConfigManager::instance().outputDir();
+    QDir().mkpath(dir);
+    QDesktopServices::openUrl(QUrl::fromLocalFile(dir));
+}
+
+// Windows relaunches through the elevation prompt. An X11 desktop has no equivalent for a
+// graphical program: pkexec strips the display from the environment, and a root client of
+// the user's display would keep its settings and history in root's home.
+void ActionManager::restartAsAdmin()
+{
+    core::writeLogLine(QStringLiteral("[actions] restart as administrator is not available on X11"));
+    toast(tr("Elevation canceled", "tray.elevation.canceled"),
+          tr("Running Zelmor as administrator is not supported on X11 desktops."));
+}
+
+void ActionManager::quit()
+{
+    QCoreApplication::quit();
+}
+
+} // namespace zelmor::manager

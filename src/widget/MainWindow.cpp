@@ -1,0 +1,117 @@
+#include "MainWindow.h"
+
+#include <QCloseEvent>
+#include <QStackedWidget>
+#include <QTimer>
+
+namespace zelmor::widget {
+
+namespace {
+
+// The pages stay empty until their panels exist.
+QWidget* makePage(QWidget* parent, const char* objectName)
+{
+    auto* page = new QWidget(parent);
+    page->setObjectName(QLatin1String(objectName));
+    return page;
+}
+
+} // namespace
+
+MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), m_stack(new QStackedWidget(this))
+{
+    setWindowTitle(tr("Zelmor", "main.title"));
+    resize(1200, 740);
+    setCentralWidget(m_stack);
+    setVisible(false);
+}
+
+QWidget* MainWindow::pageWidget(int page) const
+{
+    switch (page) {
+    case SettingsPage: return m_settingsPanel;
+    case HistoryPage: return m_historyPanel;
+    case AiChatPage: return m_aiChatPanel;
+    }
+    return nullptr;
+}
+
+void MainWindow::buildPanels()
+{
+    m_historyPanel = makePage(m_stack, "historyPanel");
+    m_settingsPanel = makePage(m_stack, "settingsPanel");
+    m_aiChatPanel = makePage(m_stack, "aiChatPanel");
+    // Stack index equals page number.
+    m_stack->addWidget(m_settingsPanel);
+    m_stack->addWidget(m_historyPanel);
+    m_stack->addWidget(m_aiChatPanel);
+    showCurrentPage();
+}
+
+void MainWindow::showCurrentPage()
+{
+    const bool known = m_currentPage >= SettingsPage && m_currentPage <= AiChatPage;
+    m_stack->setCurrentIndex(known ? m_currentPage : SettingsPage);
+}
+
+void MainWindow::setPage(int page)
+{
+    if (!m_panelsBuilt) {
+        buildPanels();
+        m_panelsBuilt = true;
+    }
+    m_currentPage = page;
+    showCurrentPage();
+    show();
+    raise();
+    activateWindow();
+}
+
+void MainWindow::showSettings()
+{
+    setPage(SettingsPage);
+}
+
+void MainWindow::showHistory()
+{
+    setPage(HistoryPage);
+}
+
+void MainWindow::showAiChat()
+{
+    setPage(AiChatPage);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    hide();
+    event->ignore();
+}
+
+// Panels have no retranslation of their own: they are rebuilt. Later, on the event loop,
+// so that the panel whose signal started the language change is not deleted under it.
+void MainWindow::retranslateUi()
+{
+    const int page = m_currentPage;
+    QTimer::singleShot(0, this, [this, page] {
+        if (!m_panelsBuilt) return;
+        setWindowTitle(tr("Zelmor", "main.title"));
+        QObject::disconnect(m_aiChatPanel, nullptr, this, nullptr);
+        QObject::disconnect(m_historyPanel, nullptr, this, nullptr);
+        for (QWidget** panel : {&m_settingsPanel, &m_historyPanel, &m_aiChatPanel}) {
+            delete *panel;
+            *panel = nullptr;
+        }
+        m_panelsBuilt = false;
+        buildPanels();
+        m_panelsBuilt = true;
+        m_currentPage = page;
+        showCurrentPage();
+        if (isVisible()) {
+            raise();
+            activateWindow();
+        }
+    });
+}
+
+} // namespace zelmor::widget

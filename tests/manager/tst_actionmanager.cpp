@@ -1,0 +1,163 @@
+#include "TestMain.h"
+
+#include "core/ConfigManager.h"
+#include "core/Toast.h"
+#include "manager/ActionManager.h"
+#include "service/capture/WindowList.h"
+#include "service/history/HistoryService.h"
+#include "widget/MainWindow.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QScreen>
+
+using zelmor::core::tool::Toast;
+using zelmor::manager::ActionManager;
+using zelmor::service::history::HistoryService;
+
+namespace {
+
+const QColor kMarker(0x3d, 0x5a, 0xfe);
+
+// What another process reads from the clipboard as PNG; the event loop keeps running so
+// that this process can answer the request.
+QImage clipboardSeenByAnotherProcess()
+{
+    QProcess xclip;
+    xclip.start(QStringLiteral("xclip"),
+                {QStringLiteral("-selection"), QStringLiteral("clipboard"), QStringLiteral("-t"),
+                 QStringLiteral("image/png"), QStringLiteral("-o")});
+    if (!xclip.waitForStarted()) return {};
+    if (!QTest::qWaitFor([&] { return xclip.state() == QProcess::NotRunning; }, 10000)) return {};
+    return QImage::fromData(xclip.readAllStandardOutput(), "PNG");
+}
+
+} // namespace
+
+class TestActionManager : public QObject
+{
+    Q_OBJECT
+
+    zelmor::widget::MainWindow m_window;
+    std::unique_ptr<ActionManager> m_actions;
+    std::unique_ptr<QWidget> m_marker;
+    QString m_outputDir;
+
+    int historyCount() { return HistoryService::instance().recent(1000).size(); }
+    static QString toastBody() { return Toast::current() ? QString(Toast::current()->body()).remove(QChar(0x200B)) : QString(); }
+    static QString toastTitle() { return Toast::current() ? Toast::current()->title() : QString(); }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_outputDir = zelmor::test::sandboxRoot().filePath(QStringLiteral("shots"));
+        zelmor::core::ConfigManager::instance().setOutputDir(m_outputDir);
+        m_actions = std::make_unique<ActionManager>(&m_window);
+        m_marker = std::make_unique<QWidget>();
+        m_marker->setWindowTitle(QStringLiteral("Zelmor action marker"));
+        QPalette p = m_marker->palette();
+        p.setColor(QPalette::Window, kMarker);
+        m_marker->setPalette(p);
+        m_marker->setAutoFillBackground(true);
+        m_marker->setGeometry(400, 300, 320, 200);
+        m_marker->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_marker.get()));
+        m_marker->activateWindow();
+        QTRY_COMPARE(zelmor::service::capture::foregroundWindow().title, m_marker->windowTitle());
+        QTest::qWait(100);
+    }
+
+    void fullscreenCopiesSavesRecordsAndTells()
+    {
+        const int rowsBefore = historyCount();
+        m_actions->captureFullscreen();
+
+        const QImage copied = clipboardSeenByAnotherProcess();
+        QCOMPARE(copied.size(), QSize(1920, 1080));
+        QCOMPARE(copied.pixelColor(m_marker->mapToGlobal(QPoint(160, 100))), kMarker);
+
+        const QStringList files = QDir(m_outputDir).entryList(QDir::Files);
+        QCOMPARE(files.size(), 1);
+        const QString path = QDir(m_outputDir).filePath(files.first());
+        QCOMPARE(QImage(path).size(), QSize(1920, 1080));
+
+        QCOMPARE(historyCount(), rowsBefore + 1);
+        const zelmor::core::HistoryItem row = HistoryService::instance().recent(1).first();
+        QCOMPARE(row.category, zelmor::core::HistoryCategory::Screenshot);
+        QCOMPARE(row.path, path);
+        QCOMPARE(QSize(row.width, row.height), QSize(1920, 1080));
+
+        QCOMPARE(toastTitle(), QStringLiteral("Captured"));
+        QCOMPARE(toastBody(), QStringLiteral("Captured 1920x1080"));
+        const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
+        QCOMPARE(Toast::current()->geometry().bottomRight(), area.bottomRight() - QPoint(17, 17));
+    }
+
+    void windowCaptureCopiesTheForegroundRectangleOnly()
+    {
+        const int rowsBefore = historyCount();
+        const QStringList filesBefore = QDir(m_outputDir).entryList(QDir::Files);
+        m_marker->activateWindow();
+        QTRY_COMPARE(zelmor::service::capture::foregroundWindow().title, m_marker->windowTitle());
+        m_actions->captureWindow();
+
+        const QImage copied = clipboardSeenByAnotherProcess();
+        const QRect frame = m_marker->frameGeometry();
+        QCOMPARE(copied.size(), frame.size());
+        const QPoint clientCentre = m_marker->mapToGlobal(QPoint(160, 100)) - frame.topLeft();
+        QCOMPARE(copied.pixelColor(clientCentre), kMarker);
+        QCOMPARE(toastBody(), QStringLiteral("Window captured: Zelmor action marker"));
+        QCOMPARE(historyCount(), rowsBefore);
+        QCOMPARE(QDir(m_outputDir).entryList(QDir::Files), filesBefore);
+    }
+
+    void delayedCaptureTellsTheGivenSecondsAndWaitsAtLeastOne_data()
+    {
+        QTest::addColumn<int>("secs");
+        QTest::newRow("0") << 0;
+        QTest::newRow("-2") << -2;
+    }
+    void delayedCaptureTellsTheGivenSecondsAndWaitsAtLeastOne()
+    {
+        QFETCH(int, secs);
+        const int rowsBefore = historyCount();
+        QElapsedTimer clock;
+        clock.start();
+        m_actions->captureDelayed(secs);
+        QCOMPARE(toastTitle(), QStringLiteral("Delayed capture"));
+        QCOMPARE(toastBody(), QStringLiteral("Capturing in %1 seconds...").arg(secs));
+        QTRY_COMPARE_WITH_TIMEOUT(toastBody(), QStringLiteral("Delayed capture done (1920x1080)"), 5000);
+        QVERIFY(clock.elapsed() >= 1000);
+        QCOMPARE(clipboardSeenByAnotherProcess().size(), QSize(1920, 1080));
+        QCOMPARE(historyCount(), rowsBefore);
+    }
+
+    void noForegroundWindowIsTold()
+    {
+        m_marker->hide();
+        QTRY_VERIFY2_WITH_TIMEOUT(zelmor::service::capture::foregroundWindow().rect.isNull(),
+                                  qPrintable(zelmor::service::capture::foregroundWindow().title), 3000);
+        m_actions->captureWindow();
+        QCOMPARE(toastTitle(), QStringLiteral("No window"));
+        QCOMPARE(toastBody(), QStringLiteral("Could not detect foreground window."));
+        m_marker->show();
+    }
+
+    void historyShowsTheMainWindow()
+    {
+        m_actions->showHistory();
+        QVERIFY(QTest::qWaitForWindowExposed(&m_window));
+        QCOMPARE(m_window.currentPage(), int(zelmor::widget::MainWindow::HistoryPage));
+        m_window.hide();
+    }
+
+    void elevationIsRefusedWithAMessage()
+    {
+        m_actions->restartAsAdmin();
+        QCOMPARE(toastTitle(), QStringLiteral("Elevation canceled"));
+        QVERIFY(!toastBody().isEmpty());
+    }
+};
+
+ZELMOR_TEST_MAIN(TestActionManager, QApplication)
+#include "tst_actionmanager.moc"

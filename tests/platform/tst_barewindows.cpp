@@ -1,0 +1,59 @@
+// Runs on an X server with no window manager (scripts/x-session.sh --bare): the window
+// list and the focused window come from the root's children and the input focus.
+
+#include "TestMain.h"
+
+#include "service/capture/WindowList.h"
+
+#include <QWidget>
+
+using namespace zelmor::service::capture;
+
+class TestBareWindows : public QObject
+{
+    Q_OBJECT
+
+    static std::unique_ptr<QWidget> makeWindow(const QString& title, const QRect& geometry)
+    {
+        auto w = std::make_unique<QWidget>();
+        w->setWindowTitle(title);
+        w->setGeometry(geometry);
+        w->show();
+        return w;
+    }
+    static int indexOf(const QString& title)
+    {
+        const QList<WindowInfo> windows = listTopLevelWindows();
+        for (int i = 0; i < windows.size(); ++i)
+            if (windows[i].title == title) return i;
+        return -1;
+    }
+
+private Q_SLOTS:
+    void listAndFocusWithoutAWindowManager()
+    {
+        auto a = makeWindow(QStringLiteral("Bare A é"), QRect(100, 100, 300, 200));
+        auto b = makeWindow(QStringLiteral("Bare B"), QRect(500, 100, 300, 200));
+        QVERIFY(QTest::qWaitForWindowExposed(a.get()));
+        QVERIFY(QTest::qWaitForWindowExposed(b.get()));
+        QTRY_VERIFY(indexOf(a->windowTitle()) >= 0 && indexOf(b->windowTitle()) >= 0);
+
+        const WindowInfo info = listTopLevelWindows().at(indexOf(a->windowTitle()));
+        QCOMPARE(info.rect, QRect(100, 100, 300, 200)); // no frame without a window manager
+        QCOMPARE(info.handle, quintptr(a->winId()));
+
+        for (QWidget* target : {a.get(), b.get()}) {
+            target->raise();
+            target->activateWindow();
+            QTRY_COMPARE(foregroundWindow().title, target->windowTitle());
+            QCOMPARE(foregroundWindow().rect, target->geometry());
+        }
+        QVERIFY(indexOf(b->windowTitle()) < indexOf(a->windowTitle())); // raised last, on top
+
+        b->hide();
+        QTRY_COMPARE(indexOf(b->windowTitle()), -1);
+    }
+};
+
+ZELMOR_TEST_MAIN(TestBareWindows, QApplication)
+#include "tst_barewindows.moc"

@@ -25,12 +25,11 @@ constexpr QChar kZeroWidthSpace(0x200B);
 
 QString toastStyleSheet(bool dark)
 {
-    return QStringLiteral(
-               "#toast { background: %1; border: 1px solid %2; border-radius: 10px; }"
-               "#toastAccent { background: #F57C00; border-top-left-radius: 10px;"
-               " border-bottom-left-radius: 10px; }"
-               "#toastTitle { color: %3; background: transparent; }"
-               "#toastBody { color: %4; background: transparent; }")
+    return QStringLiteral("#toast { background: %1; border: 1px solid %2; border-radius: 10px; }"
+                          "#toastAccent { background: #F57C00; border-top-left-radius: 10px;"
+                          " border-bottom-left-radius: 10px; }"
+                          "#toastTitle { color: %3; background: transparent; }"
+                          "#toastBody { color: %4; background: transparent; }")
         .arg(dark ? QStringLiteral("#2b2b30") : QStringLiteral("#FFFFFF"),
              dark ? QStringLiteral("#3a3a40") : QStringLiteral("#E6E6E6"),
              dark ? QStringLiteral("#e4e4e7") : QStringLiteral("#222222"),
@@ -129,7 +128,8 @@ void Toast::showToast(const QString& title, const QString& body, int ms)
     const QScreen* screen = QGuiApplication::primaryScreen();
     const QRect area = screen ? screen->availableGeometry() : QRect();
     if (area.isNull()) return;
-    toast->move(area.right() - kScreenMargin - toast->width(), area.bottom() - kScreenMargin - toast->height());
+    toast->move(area.right() - kScreenMargin - toast->width(),
+                area.bottom() - kScreenMargin - toast->height());
     toast->raise();
     toast->show();
     QTimer::singleShot(ms, toast, [toast] { retire(toast); });

@@ -31,7 +31,8 @@ void toast(const QString& title, const QString& body)
 QString newCapturePath()
 {
     core::ConfigManager& config = core::ConfigManager::instance();
-    return service::capture::makeOutputPath(config.outputDir(), config.fileNaming(), QStringLiteral("png"));
+    return service::capture::makeOutputPath(config.outputDir(), config.fileNaming(),
+                                            QStringLiteral("png"));
 }
 
 } // namespace
@@ -58,16 +59,18 @@ void ActionManager::captureFullscreen()
     const QString path = newCapturePath();
     service::capture::savePixmapFile(result.pixmap, path);
     // The row is made even when the save failed.
-    service::history::HistoryService::instance().insert(result.pixmap, path, core::HistoryCategory::Screenshot,
-                                                        QString());
-    toast(tr("Captured", "capture.captured.title"), tr("Captured %1x%2").arg(result.width).arg(result.height));
+    service::history::HistoryService::instance().insert(
+        result.pixmap, path, core::HistoryCategory::Screenshot, QString());
+    toast(tr("Captured", "capture.captured.title"),
+          tr("Captured %1x%2").arg(result.width).arg(result.height));
 }
 
 void ActionManager::captureWindow()
 {
     const service::capture::WindowInfo window = service::capture::foregroundWindow();
     if (window.rect.isNull()) {
-        toast(tr("No window", "capture.window.empty.title"), tr("Could not detect foreground window."));
+        toast(tr("No window", "capture.window.empty.title"),
+              tr("Could not detect foreground window."));
         return;
     }
     const core::CaptureResult result = m_captureService->captureRegion(window.rect);
@@ -78,7 +81,8 @@ void ActionManager::captureWindow()
 
 void ActionManager::captureDelayed(int secs)
 {
-    toast(tr("Delayed capture", "capture.delayed.title"), tr("Capturing in %1 seconds...").arg(secs));
+    toast(tr("Delayed capture", "capture.delayed.title"),
+          tr("Capturing in %1 seconds...").arg(secs));
     QTimer::singleShot(qMax(secs, 1) * 1000, this, [this] {
         const core::CaptureResult result = m_captureService->captureFullscreen();
         if (result.pixmap.isNull()) return;
@@ -105,7 +109,8 @@ void ActionManager::openOutputDir()
 // the user's display would keep its settings and history in root's home.
 void ActionManager::restartAsAdmin()
 {
-    core::writeLogLine(QStringLiteral("[actions] restart as administrator is not available on X11"));
+    core::writeLogLine(
+        QStringLiteral("[actions] restart as administrator is not available on X11"));
     toast(tr("Elevation canceled", "tray.elevation.canceled"),
           tr("Running Zelmor as administrator is not supported on X11 desktops."));
 }

@@ -29,9 +29,12 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), m_stack(new QStac
 QWidget* MainWindow::pageWidget(int page) const
 {
     switch (page) {
-    case SettingsPage: return m_settingsPanel;
-    case HistoryPage: return m_historyPanel;
-    case AiChatPage: return m_aiChatPanel;
+    case SettingsPage:
+        return m_settingsPanel;
+    case HistoryPage:
+        return m_historyPanel;
+    case AiChatPage:
+        return m_aiChatPanel;
     }
     return nullptr;
 }

@@ -3,6 +3,7 @@
 #include "app/SingleInstance.h"
 #include "core/EventBus.h"
 #include "service/capture/WindowList.h"
+#include "service/history/HistoryService.h"
 
 #include <QElapsedTimer>
 #include <QLocalServer>
@@ -10,6 +11,8 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSignalSpy>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QWidget>
 
 #include <memory>
@@ -32,6 +35,10 @@ struct Home
     QString runtime() const { return dir.filePath(QStringLiteral("run")); }
     QString outputDir() const { return dir.filePath(QStringLiteral("Pictures/Zelmor")); }
     QString iniPath() const { return dir.filePath(QStringLiteral("config/Zelmor/Zelmor.ini")); }
+    QString historyPath() const
+    {
+        return dir.filePath(QStringLiteral("data/Zelmor/Zelmor/history.db"));
+    }
     QString logPath() const
     {
         return dir.filePath(QStringLiteral("data/Zelmor/Zelmor/zelmor.log"));
@@ -75,6 +82,18 @@ bool mainWindowShown()
          zelmor::service::capture::listTopLevelWindows())
         if (w.title == QLatin1String("Zelmor")) return true;
     return false;
+}
+
+void writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile f(path);
+    if (f.open(QIODevice::WriteOnly)) f.write(bytes);
+}
+
+QByteArray readFile(const QString& path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
 void stop(QProcess& process)
@@ -198,23 +217,23 @@ private Q_SLOTS:
     void badSurroundingsDoNotStopTheProcess_data()
     {
         QTest::addColumn<QString>("what");
-        QTest::newRow("corrupt Zelmor.ini") << "ini";
-        QTest::newRow("Zelmor.ini is a folder") << "iniFolder";
-        QTest::newRow("unwritable log folder") << "log";
-        QTest::newRow("output folder cannot be created") << "output";
+        QTest::addColumn<int>("captureFiles");
+        QTest::newRow("corrupt Zelmor.ini") << "ini" << 1;
+        QTest::newRow("Zelmor.ini is a folder") << "iniFolder" << 1;
+        QTest::newRow("unwritable log folder") << "log" << 1;
+        QTest::newRow("output folder cannot be created") << "output" << 0;
+        QTest::newRow("history.db is garbage") << "historyGarbage" << 1;
+        QTest::newRow("history.db is a folder") << "historyFolder" << 1;
     }
     void badSurroundingsDoNotStopTheProcess()
     {
         QFETCH(QString, what);
+        QFETCH(int, captureFiles);
         Home home;
         QProcessEnvironment env = home.environment();
-        const auto writeFile = [](const QString& path, const QByteArray& bytes) {
-            QFile f(path);
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            f.write(bytes);
-        };
-        if (what == QLatin1String("ini"))
-            writeFile(home.iniPath(), QByteArray("\x00\xff[gen\n=\n\x01", 10));
+        static const char kGarbage[] = "\x00\xff[gen\n=\n\x01 not a database";
+        const QByteArray garbage(kGarbage, sizeof(kGarbage) - 1);
+        if (what == QLatin1String("ini")) writeFile(home.iniPath(), garbage);
         if (what == QLatin1String("iniFolder")) QDir().mkpath(home.iniPath());
         if (what == QLatin1String("log")) {
             const QString blocker = home.dir.filePath(QStringLiteral("file"));
@@ -227,14 +246,54 @@ private Q_SLOTS:
                                           home.dir.filePath(QStringLiteral("file/shots")).toUtf8() +
                                           "\n");
         }
+        QDir().mkpath(QFileInfo(home.historyPath()).absolutePath());
+        if (what == QLatin1String("historyGarbage")) writeFile(home.historyPath(), garbage);
+        if (what == QLatin1String("historyFolder")) QDir().mkpath(home.historyPath());
+
         auto process = start(env, {QStringLiteral("--capture-fullscreen")});
         QVERIFY(process->waitForStarted());
         QTest::qWait(1800); // past the 800 ms capture and its save
+        QTRY_COMPARE(home.outputs().size(), captureFiles);
         QCOMPARE(process->state(), QProcess::Running);
-        if (what == QLatin1String("output")) QVERIFY(home.outputs().isEmpty());
-        if (what == QLatin1String("ini") || what == QLatin1String("iniFolder"))
-            QCOMPARE(home.outputs().size(), 1);
+        if (what == QLatin1String("historyGarbage"))
+            QCOMPARE(readFile(home.historyPath()), garbage);
         stop(*process);
+    }
+
+    void lockedHistoryLosesNothing()
+    {
+        Home home;
+        QDir().mkpath(QFileInfo(home.historyPath()).absolutePath());
+        {
+            // Another process's store, holding an exclusive lock while zelmor starts.
+            zelmor::service::history::HistoryService other(home.historyPath(),
+                                                           QStringLiteral("other"));
+            QVERIFY(other.insert(QPixmap(4, 3), QStringLiteral("/kept.png"),
+                                 zelmor::core::HistoryCategory::Screenshot) > 0);
+            QSqlDatabase db = QSqlDatabase::database(QStringLiteral("other"));
+            QSqlQuery(db).exec(QStringLiteral("PRAGMA locking_mode=EXCLUSIVE"));
+            QVERIFY(QSqlQuery(db).exec(QStringLiteral("BEGIN EXCLUSIVE")));
+
+            auto locked = start(home.environment(), {QStringLiteral("--capture-fullscreen")});
+            QTRY_VERIFY_WITH_TIMEOUT(home.outputs().size() == 1, 5000);
+            QTest::qWait(1500); // past the history's busy wait
+            QCOMPARE(locked->state(), QProcess::Running);
+            stop(*locked);
+            QVERIFY(QSqlQuery(db).exec(QStringLiteral("COMMIT")));
+        }
+        QCOMPARE(QFileInfo(home.historyPath()).permissions() & 0x0077, QFile::Permissions());
+
+        // Readable again: the old row is there and the next capture adds its own.
+        auto next = start(home.environment(), {QStringLiteral("--capture-fullscreen")});
+        QTRY_VERIFY_WITH_TIMEOUT(home.outputs().size() == 2, 5000);
+        QTest::qWait(300);
+        stop(*next);
+        zelmor::service::history::HistoryService reader(home.historyPath(),
+                                                        QStringLiteral("reader"));
+        const QList<zelmor::core::HistoryItem> rows = reader.recent(10);
+        QCOMPARE(rows.size(), 2);
+        QCOMPARE(rows.last().path, QStringLiteral("/kept.png"));
+        QCOMPARE(QFileInfo(rows.first().path).dir(), QDir(home.outputDir()));
     }
 
     // Last: the guard this process takes lives until the process ends.

@@ -25,7 +25,10 @@ class TestToast : public QObject
         if (toast && !QTest::qWaitForWindowExposed(toast)) return nullptr;
         return toast;
     }
-    static QLabel* bodyLabel(Toast* toast) { return toast->findChild<QLabel*>(QStringLiteral("toastBody")); }
+    static QLabel* bodyLabel(Toast* toast)
+    {
+        return toast->findChild<QLabel*>(QStringLiteral("toastBody"));
+    }
 
 private Q_SLOTS:
     void cleanup()
@@ -38,11 +41,14 @@ private Q_SLOTS:
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("body");
         QTest::addColumn<int>("expectedWidth"); // 0: between the limits
-        QTest::newRow("short") << "Saved" << "ok" << 320;
+        QTest::newRow("short") << "Saved"
+                               << "ok" << 320;
         QTest::newRow("long line") << "Copied" << QString(300, QLatin1Char('w')) << 460;
         QTest::newRow("long title") << QString(200, QLatin1Char('T')) << "" << 460;
         QTest::newRow("medium") << "Captured"
-                                << QStringLiteral("Captured 1920x1080, with a few more words to say here") << 0;
+                                << QStringLiteral(
+                                       "Captured 1920x1080, with a few more words to say here")
+                                << 0;
     }
     void widthIsClampedAndCornerKept()
     {
@@ -128,14 +134,17 @@ private Q_SLOTS:
         const QPoint centre = toast->frameGeometry().center();
         QCOMPARE(QProcess::execute(QStringLiteral("xdotool"),
                                    {QStringLiteral("mousemove"), QString::number(centre.x()),
-                                    QString::number(centre.y()), QStringLiteral("click"), QStringLiteral("1")}),
+                                    QString::number(centre.y()), QStringLiteral("click"),
+                                    QStringLiteral("1")}),
                  0);
         QTRY_COMPARE(clicked.count(), 1);
     }
 
     void followsTheDarkFlag()
     {
-        QVERIFY(showAndWait(QStringLiteral("Light"), QString())->styleSheet().contains(QStringLiteral("#FFFFFF")));
+        QVERIFY(showAndWait(QStringLiteral("Light"), QString())
+                    ->styleSheet()
+                    .contains(QStringLiteral("#FFFFFF")));
         zelmor::core::setDarkTheme(true);
         const QString sheet = showAndWait(QStringLiteral("Dark"), QString())->styleSheet();
         zelmor::core::setDarkTheme(false);

@@ -44,7 +44,11 @@ class TestActionManager : public QObject
     QString m_outputDir;
 
     int historyCount() { return HistoryService::instance().recent(1000).size(); }
-    static QString toastBody() { return Toast::current() ? QString(Toast::current()->body()).remove(QChar(0x200B)) : QString(); }
+    static QString toastBody()
+    {
+        return Toast::current() ? QString(Toast::current()->body()).remove(QChar(0x200B))
+                                : QString();
+    }
     static QString toastTitle() { return Toast::current() ? Toast::current()->title() : QString(); }
 
 private Q_SLOTS:
@@ -126,7 +130,8 @@ private Q_SLOTS:
         m_actions->captureDelayed(secs);
         QCOMPARE(toastTitle(), QStringLiteral("Delayed capture"));
         QCOMPARE(toastBody(), QStringLiteral("Capturing in %1 seconds...").arg(secs));
-        QTRY_COMPARE_WITH_TIMEOUT(toastBody(), QStringLiteral("Delayed capture done (1920x1080)"), 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(toastBody(), QStringLiteral("Delayed capture done (1920x1080)"),
+                                  5000);
         QVERIFY(clock.elapsed() >= 1000);
         QCOMPARE(clipboardSeenByAnotherProcess().size(), QSize(1920, 1080));
         QCOMPARE(historyCount(), rowsBefore);
@@ -136,7 +141,8 @@ private Q_SLOTS:
     {
         m_marker->hide();
         QTRY_VERIFY2_WITH_TIMEOUT(zelmor::service::capture::foregroundWindow().rect.isNull(),
-                                  qPrintable(zelmor::service::capture::foregroundWindow().title), 3000);
+                                  qPrintable(zelmor::service::capture::foregroundWindow().title),
+                                  3000);
         m_actions->captureWindow();
         QCOMPARE(toastTitle(), QStringLiteral("No window"));
         QCOMPARE(toastBody(), QStringLiteral("Could not detect foreground window."));

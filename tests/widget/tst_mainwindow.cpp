@@ -10,7 +10,10 @@ class TestMainWindow : public QObject
 {
     Q_OBJECT
 
-    static int shownIndex(const MainWindow& w) { return static_cast<QStackedWidget*>(w.centralWidget())->currentIndex(); }
+    static int shownIndex(const MainWindow& w)
+    {
+        return static_cast<QStackedWidget*>(w.centralWidget())->currentIndex();
+    }
 
 private Q_SLOTS:
     void startsHiddenWithoutPanels()
@@ -43,7 +46,8 @@ private Q_SLOTS:
         QVERIFY(w.panelsBuilt());
         QCOMPARE(w.currentPage(), page);
         QCOMPARE(shownIndex(w), page);
-        QCOMPARE(static_cast<QStackedWidget*>(w.centralWidget())->currentWidget(), w.pageWidget(page));
+        QCOMPARE(static_cast<QStackedWidget*>(w.centralWidget())->currentWidget(),
+                 w.pageWidget(page));
     }
 
     void closingHidesAndKeepsState()

@@ -129,7 +129,10 @@ bool HistoryService::open(const QString& path)
             QStringLiteral("[history] cannot open %1: %2").arg(path, db.lastError().text()));
         return false;
     }
-    return createSchema();
+    if (!createSchema()) return false;
+    // The file may hold paths and recognised text the user would not share.
+    QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner);
+    return true;
 }
 
 bool HistoryService::createSchema()
@@ -179,7 +182,7 @@ qint64 HistoryService::insert(const QPixmap& image, const QString& path,
         fts.addBindValue(ocrText);
         fts.exec();
     }
-    emit itemsChanged();
+    Q_EMIT itemsChanged();
     return id;
 }
 
@@ -269,14 +272,14 @@ bool HistoryService::remove(qint64 id)
     query.prepare(QStringLiteral("DELETE FROM items WHERE id=?"));
     query.addBindValue(id);
     const bool removed = query.exec();
-    if (removed) emit itemsChanged();
+    if (removed) Q_EMIT itemsChanged();
     return removed;
 }
 
 bool HistoryService::clear()
 {
     const bool cleared = QSqlQuery(database()).exec(QStringLiteral("DELETE FROM items"));
-    if (cleared) emit itemsChanged();
+    if (cleared) Q_EMIT itemsChanged();
     return cleared;
 }
 

@@ -48,8 +48,9 @@ void fill(const QString& connection, int from, int to)
     QSqlDatabase db = QSqlDatabase::database(connection);
     db.transaction();
     QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO items (kind, category, path, created_at, width, height, note) "
-                                 "VALUES ('image', 'screenshot', ?, ?, 1920, 1080, '')"));
+    query.prepare(
+        QStringLiteral("INSERT INTO items (kind, category, path, created_at, width, height, note) "
+                       "VALUES ('image', 'screenshot', ?, ?, 1920, 1080, '')"));
     for (int n = from; n < to; ++n) {
         query.addBindValue(pathOf(n));
         query.addBindValue(qint64(1700000000000) + n);
@@ -79,16 +80,19 @@ int main(int argc, char** argv)
         timer.start();
         qint64 last = 0;
         for (int n = 0; n < kTimedInserts; ++n)
-            last = store.insert(pixmap, pathOf(n), HistoryCategory::Screenshot, n % 10 ? QString() : QStringLiteral("invoice total"));
+            last = store.insert(pixmap, pathOf(n), HistoryCategory::Screenshot,
+                                n % 10 ? QString() : QStringLiteral("invoice total"));
         const double perSecond = kTimedInserts / (timer.nsecsElapsed() / 1e9);
         fill(connection, kTimedInserts, rows);
         store.addTags(last, {QStringLiteral("receipt")});
 
         const double recent = medianMs(rounds, [&] { store.recent(500); });
         const double path = medianMs(rounds, [&] { store.search(QStringLiteral("10-0012"), 500); });
-        const double none = medianMs(rounds, [&] { store.search(QStringLiteral("nothing-like-this"), 500); });
+        const double none =
+            medianMs(rounds, [&] { store.search(QStringLiteral("nothing-like-this"), 500); });
         const double tag = medianMs(rounds, [&] { store.search(QStringLiteral("receipt"), 500); });
-        std::printf("%8d %12.0f %14.2f %16.2f %16.2f %14.2f\n", rows, perSecond, recent, path, none, tag);
+        std::printf("%8d %12.0f %14.2f %16.2f %16.2f %14.2f\n", rows, perSecond, recent, path, none,
+                    tag);
     }
     return 0;
 }

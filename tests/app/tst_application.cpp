@@ -1,4 +1,5 @@
 #include "TestMain.h"
+#include "TestSupport.h"
 
 #include "app/Application.h"
 #include "app/CommandLine.h"
@@ -27,8 +28,7 @@ class TestApplication : public QObject
     }
     static QString logText()
     {
-        QFile log(zelmor::core::logFilePath());
-        return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
+        return QString::fromUtf8(zelmor::test::readFile(zelmor::core::logFilePath()));
     }
     static void placeQm(const QString& name)
     {

@@ -1,4 +1,5 @@
 #include "TestMain.h"
+#include "TestSupport.h"
 
 #include "app/SingleInstance.h"
 #include "core/EventBus.h"
@@ -53,11 +54,7 @@ struct Home
         env.remove(QStringLiteral("XDG_PICTURES_DIR"));
         return env;
     }
-    QString log() const
-    {
-        QFile f(logPath());
-        return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
-    }
+    QString log() const { return QString::fromUtf8(zelmor::test::readFile(logPath())); }
     QStringList outputs() const { return QDir(outputDir()).entryList(QDir::Files); }
 };
 
@@ -84,17 +81,8 @@ bool mainWindowShown()
     return false;
 }
 
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile f(path);
-    if (f.open(QIODevice::WriteOnly)) f.write(bytes);
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
+using zelmor::test::readFile;
+using zelmor::test::writeFile;
 
 void stop(QProcess& process)
 {
@@ -115,14 +103,8 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY2(QFileInfo(zelmorPath()).isExecutable(), qPrintable(zelmorPath()));
-        m_marker = std::make_unique<QWidget>();
-        m_marker->setWindowTitle(QStringLiteral("Zelmor capture marker"));
-        QPalette p = m_marker->palette();
-        p.setColor(QPalette::Window, kMarker);
-        m_marker->setPalette(p);
-        m_marker->setAutoFillBackground(true);
-        m_marker->setGeometry(1500, 700, 200, 120);
-        m_marker->show();
+        m_marker = zelmor::test::makeSolidWindow(QStringLiteral("Zelmor capture marker"), kMarker,
+                                                 QRect(1500, 700, 200, 120));
         QVERIFY(QTest::qWaitForWindowExposed(m_marker.get()));
         QTest::qWait(200);
     }

@@ -1,4 +1,5 @@
 #include "TestMain.h"
+#include "TestSupport.h"
 
 #include "core/ConfigManager.h"
 #include "core/Log.h"
@@ -29,14 +30,11 @@ class TestConfigManager : public QObject
     }
     QString logText() const
     {
-        QFile log(zelmor::core::logFilePath());
-        return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
+        return QString::fromUtf8(zelmor::test::readFile(zelmor::core::logFilePath()));
     }
-    void writeFile(const QString& path, const QByteArray& bytes)
+    static void writeFile(const QString& path, const QByteArray& bytes)
     {
-        QFile f(path);
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write(bytes);
+        QVERIFY(zelmor::test::writeFile(path, bytes));
     }
 
 private Q_SLOTS:

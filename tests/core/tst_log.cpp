@@ -1,4 +1,5 @@
 #include "TestMain.h"
+#include "TestSupport.h"
 
 #include "core/Log.h"
 
@@ -12,16 +13,10 @@ class TestLog : public QObject
 {
     Q_OBJECT
 
-    QByteArray read(const QString& path)
+    static QByteArray read(const QString& path) { return zelmor::test::readFile(path); }
+    static void write(const QString& path, const QByteArray& bytes)
     {
-        QFile f(path);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-    }
-    void write(const QString& path, const QByteArray& bytes)
-    {
-        QFile f(path);
-        QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        f.write(bytes);
+        QVERIFY(zelmor::test::writeFile(path, bytes));
     }
     // Lines of 64 bytes, numbered, so that where a cut falls can be checked.
     static QByteArray numberedLines(qint64 size)

@@ -1,4 +1,5 @@
 #include "TestMain.h"
+#include "TestSupport.h"
 
 #include "core/ConfigManager.h"
 #include "core/Toast.h"
@@ -57,14 +58,8 @@ private Q_SLOTS:
         m_outputDir = zelmor::test::sandboxRoot().filePath(QStringLiteral("shots"));
         zelmor::core::ConfigManager::instance().setOutputDir(m_outputDir);
         m_actions = std::make_unique<ActionManager>(&m_window);
-        m_marker = std::make_unique<QWidget>();
-        m_marker->setWindowTitle(QStringLiteral("Zelmor action marker"));
-        QPalette p = m_marker->palette();
-        p.setColor(QPalette::Window, kMarker);
-        m_marker->setPalette(p);
-        m_marker->setAutoFillBackground(true);
-        m_marker->setGeometry(400, 300, 320, 200);
-        m_marker->show();
+        m_marker = zelmor::test::makeSolidWindow(QStringLiteral("Zelmor action marker"), kMarker,
+                                                 QRect(400, 300, 320, 200));
         QVERIFY(QTest::qWaitForWindowExposed(m_marker.get()));
         m_marker->activateWindow();
         QTRY_COMPARE(zelmor::service::capture::foregroundWindow().title, m_marker->windowTitle());
@@ -155,6 +150,15 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowExposed(&m_window));
         QCOMPARE(m_window.currentPage(), int(zelmor::widget::MainWindow::HistoryPage));
         m_window.hide();
+    }
+
+    void openingTheOutputFolderCreatesIt()
+    {
+        const QString dir = zelmor::test::sandboxRoot().filePath(QStringLiteral("new/output"));
+        zelmor::core::ConfigManager::instance().setOutputDir(dir);
+        m_actions->openOutputDir();
+        zelmor::core::ConfigManager::instance().setOutputDir(m_outputDir);
+        QVERIFY(QFileInfo(dir).isDir());
     }
 
     void elevationIsRefusedWithAMessage()

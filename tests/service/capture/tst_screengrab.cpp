@@ -1,4 +1,5 @@
 #include "TestMain.h"
+#include "TestSupport.h"
 
 #include "platform/ScreenGrab.h"
 #include "service/capture/CaptureService.h"
@@ -9,25 +10,13 @@
 #include <QWidget>
 
 using namespace zelmor::service::capture;
+using zelmor::test::makeSolidWindow;
 namespace platform = zelmor::platform;
 
 namespace {
 
 const QColor kProbeColour(0x12, 0xab, 0x34);
 const QColor kOtherColour(0xc0, 0x30, 0x70);
-
-QWidget* makeSolidWindow(const QString& title, const QColor& colour, const QRect& geometry)
-{
-    auto* w = new QWidget;
-    w->setWindowTitle(title);
-    QPalette p = w->palette();
-    p.setColor(QPalette::Window, colour);
-    w->setPalette(p);
-    w->setAutoFillBackground(true);
-    w->setGeometry(geometry);
-    w->show();
-    return w;
-}
 
 // Every pixel of `image` inside `rect` has `colour`.
 bool allPixels(const QImage& image, const QRect& rect, const QColor& colour)
@@ -58,7 +47,7 @@ class TestScreenGrab : public QObject
 {
     Q_OBJECT
 
-    QWidget* m_probe = nullptr;
+    std::unique_ptr<QWidget> m_probe;
     QRect m_client; // the probe's client area on the desktop
 
     QImage platformGrab(const QRect& r, platform::GrabMethod method)
@@ -78,12 +67,11 @@ private Q_SLOTS:
         QCOMPARE(QGuiApplication::primaryScreen()->geometry(), QRect(0, 0, 1920, 1080));
         m_probe = makeSolidWindow(QStringLiteral("Zelmor grab probe"), kProbeColour,
                                   QRect(300, 200, 400, 300));
-        QVERIFY(QTest::qWaitForWindowExposed(m_probe));
+        QVERIFY(QTest::qWaitForWindowExposed(m_probe.get()));
         QTRY_VERIFY(findTitled(listTopLevelWindows(), m_probe->windowTitle()));
         m_client = QRect(m_probe->mapToGlobal(QPoint(0, 0)), m_probe->size());
         QTest::qWait(100); // let the window manager finish drawing its frame
     }
-    void cleanupTestCase() { delete m_probe; }
 
     void monitorsCarryQtsScreenNames()
     {
@@ -201,10 +189,10 @@ private Q_SLOTS:
 
     void stackingAndFocusFollowActivation()
     {
-        std::unique_ptr<QWidget> other(makeSolidWindow(QStringLiteral("Zelmor other 中文"),
-                                                       kOtherColour, QRect(900, 300, 200, 150)));
+        std::unique_ptr<QWidget> other = (makeSolidWindow(QStringLiteral("Zelmor other 中文"),
+                                                          kOtherColour, QRect(900, 300, 200, 150)));
         QVERIFY(QTest::qWaitForWindowExposed(other.get()));
-        for (QWidget* target : {m_probe, other.get(), m_probe}) {
+        for (QWidget* target : {m_probe.get(), other.get(), m_probe.get()}) {
             target->raise();
             target->activateWindow();
             QTRY_COMPARE(foregroundWindow().title, target->windowTitle());
@@ -222,8 +210,8 @@ private Q_SLOTS:
 
     void minimizedWindowsAreLeftOut()
     {
-        std::unique_ptr<QWidget> other(makeSolidWindow(QStringLiteral("Zelmor minimized"),
-                                                       kOtherColour, QRect(900, 600, 200, 150)));
+        std::unique_ptr<QWidget> other = (makeSolidWindow(QStringLiteral("Zelmor minimized"),
+                                                          kOtherColour, QRect(900, 600, 200, 150)));
         QVERIFY(QTest::qWaitForWindowExposed(other.get()));
         QTRY_VERIFY(findTitled(listTopLevelWindows(), other->windowTitle()));
         other->showMinimized();

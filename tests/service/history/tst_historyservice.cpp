@@ -1,4 +1,5 @@
 #include "TestMain.h"
+#include "TestSupport.h"
 
 #include "core/Log.h"
 #include "service/history/HistoryService.h"
@@ -53,8 +54,7 @@ private:
 
 QByteArray fileBytes(const QString& path)
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return zelmor::test::readFile(path);
 }
 
 QStringList paths(const QList<HistoryItem>& items)

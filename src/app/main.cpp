@@ -4,6 +4,7 @@
 #include "core/ConfigManager.h"
 #include "core/EventBus.h"
 #include "core/Log.h"
+#include "core/Resources.h"
 #include "manager/ActionManager.h"
 #include "widget/MainWindow.h"
 
@@ -35,6 +36,7 @@ void armCommandLine(int argc, char** argv, manager::ActionManager& actions)
 int main(int argc, char** argv)
 {
     app::Application application(argc, argv);
+    core::initResources();
     core::startupTrace("app constructed");
 
     application.reloadTranslators();

@@ -68,6 +68,8 @@ int main(int argc, char** argv)
                      [](const QPixmap& pm) {
                          QGuiApplication::clipboard()->setPixmap(pm, QClipboard::Clipboard);
                      });
+    QObject::connect(&mainWindow, &widget::MainWindow::reeditFromHistoryRequested, &actionManager,
+                     &manager::ActionManager::reeditFromPixmap);
     QObject::connect(&config, &core::ConfigManager::languageChanged, &application,
                      &app::Application::reloadTranslators);
     QObject::connect(&config, &core::ConfigManager::languageChanged, &mainWindow,

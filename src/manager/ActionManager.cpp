@@ -6,14 +6,19 @@
 #include "core/Utilities.h"
 #include "service/capture/CaptureService.h"
 #include "service/capture/OutputFile.h"
+#include "service/capture/ScreenGrabber.h"
 #include "service/capture/WindowList.h"
 #include "service/history/HistoryService.h"
 #include "widget/MainWindow.h"
+#include "widget/overlay/CaptureOverlay.h"
 
 #include <QCoreApplication>
+#include <QCursor>
 #include <QDesktopServices>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QScreen>
 #include <QTimer>
 #include <QUrl>
 
@@ -49,6 +54,108 @@ ActionManager::ActionManager(widget::MainWindow* mainWindow, QObject* parent)
     };
     m_captureService = new service::capture::CaptureService(this);
     trace("CaptureService");
+}
+
+void ActionManager::captureRegion()
+{
+    if (m_regionCaptureActive) return;
+    QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
+    if (!screen) screen = QGuiApplication::primaryScreen();
+    if (!screen) return;
+    QPixmap pixmap = service::capture::grabScreen(int(QGuiApplication::screens().indexOf(screen)));
+    if (pixmap.isNull()) {
+        toast(tr("Capture failed", "capture.failed.title"),
+              tr("Failed to grab screens.", "capture.failed.body"));
+        return;
+    }
+    // The overlay paints logical pixels one to one on a scaled display.
+    if (pixmap.size() != screen->geometry().size())
+        pixmap = pixmap.scaled(screen->geometry().size(), Qt::IgnoreAspectRatio,
+                               Qt::SmoothTransformation);
+
+    auto* overlay = new widget::CaptureOverlay(pixmap, screen->geometry(), nullptr);
+    m_regionCaptureActive = true;
+    const auto clearFlag = [this] { m_regionCaptureActive = false; };
+    connect(overlay, &widget::CaptureOverlay::copyRequested, this, [this](const QPixmap& cropped) {
+        m_regionCaptureActive = false;
+        copyAndSave(cropped);
+    });
+    connect(overlay, &widget::CaptureOverlay::saveRequested, this, [this](const QPixmap& cropped) {
+        m_regionCaptureActive = false;
+        saveCropped(cropped, SaveKind::Capture);
+    });
+    connect(overlay, &widget::CaptureOverlay::cancelled, this, clearFlag);
+    connect(overlay, &QObject::destroyed, this, clearFlag);
+    overlay->show();
+    overlay->raise();
+    overlay->activateWindow();
+}
+
+void ActionManager::annotateScreen()
+{
+    const QPixmap pixmap = m_captureService->grabScreens();
+    if (pixmap.isNull()) {
+        toast(tr("Capture failed", "capture.failed.title"),
+              tr("Failed to grab screens.", "capture.failed.body"));
+        return;
+    }
+    openAnnotationOverlay(pixmap, tr("Annotation copied (%1x%2)"));
+}
+
+void ActionManager::reeditFromPixmap(const QPixmap& pixmap)
+{
+    if (pixmap.isNull()) {
+        toast(tr("Re-edit failed", "capture.failed.title"), tr("Image could not be loaded."));
+        return;
+    }
+    openAnnotationOverlay(pixmap, tr("Region copied to clipboard (%1x%2)"));
+}
+
+void ActionManager::openAnnotationOverlay(const QPixmap& pixmap, const QString& copiedBody)
+{
+    auto* overlay = new widget::CaptureOverlay(pixmap, nullptr);
+    connect(overlay, &widget::CaptureOverlay::copyRequested, this,
+            [this, copiedBody](const QPixmap& cropped) { copyOnly(cropped, copiedBody); });
+    connect(overlay, &widget::CaptureOverlay::saveRequested, this,
+            [this](const QPixmap& cropped) { saveCropped(cropped, SaveKind::Annotation); });
+    overlay->selectWholeImage();
+    overlay->show();
+    overlay->raise();
+    overlay->activateWindow();
+}
+
+void ActionManager::copyAndSave(const QPixmap& cropped)
+{
+    core::copyPixmapToClipboard(cropped);
+    const QString path = newCapturePath();
+    if (service::capture::savePixmapFile(cropped, path))
+        service::history::HistoryService::instance().insert(
+            cropped, path, core::HistoryCategory::Screenshot, QString());
+    // Copied is true whatever became of the file.
+    toast(tr("Copied", "capture.copied.title"),
+          tr("Region copied to clipboard (%1x%2)").arg(cropped.width()).arg(cropped.height()));
+}
+
+void ActionManager::saveCropped(const QPixmap& cropped, SaveKind kind)
+{
+    const QString path = newCapturePath();
+    const bool annotation = kind == SaveKind::Annotation;
+    if (!service::capture::savePixmapFile(cropped, path)) {
+        if (!annotation) toast(tr("Save failed", "capture.savefail.title"), path);
+        return;
+    }
+    service::history::HistoryService::instance().insert(
+        cropped, path,
+        annotation ? core::HistoryCategory::Annotation : core::HistoryCategory::Screenshot,
+        QString());
+    toast(tr("Saved", "capture.saved.title"), path);
+}
+
+void ActionManager::copyOnly(const QPixmap& cropped, const QString& body)
+{
+    core::copyPixmapToClipboard(cropped);
+    toast(tr("Copied", "capture.copied.title"),
+          QString(body).arg(cropped.width()).arg(cropped.height()));
 }
 
 void ActionManager::captureFullscreen()

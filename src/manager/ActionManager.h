@@ -2,12 +2,15 @@
 
 #include <QObject>
 
+class QPixmap;
+
 namespace zelmor::service::capture {
 class CaptureService;
 }
 namespace zelmor::widget {
+class CaptureOverlay;
 class MainWindow;
-}
+} // namespace zelmor::widget
 
 namespace zelmor::manager {
 
@@ -21,18 +24,30 @@ public:
 
     service::capture::CaptureService* captureService() const { return m_captureService; }
 
+    bool regionCaptureActive() const { return m_regionCaptureActive; }
+
 public Q_SLOTS:
+    void captureRegion();
     void captureFullscreen();
     void captureWindow();
     void captureDelayed(int secs = 3);
+    void annotateScreen();
+    void reeditFromPixmap(const QPixmap& pixmap);
     void showHistory();
     void openOutputDir();
     void restartAsAdmin();
     void quit();
 
 private:
+    enum class SaveKind { Capture, Annotation };
+    void openAnnotationOverlay(const QPixmap& pixmap, const QString& copiedBody);
+    void copyAndSave(const QPixmap& cropped);
+    void saveCropped(const QPixmap& cropped, SaveKind kind);
+    void copyOnly(const QPixmap& cropped, const QString& body);
+
     widget::MainWindow* m_mainWindow;
     service::capture::CaptureService* m_captureService;
+    bool m_regionCaptureActive = false;
 };
 
 } // namespace zelmor::manager

@@ -7,10 +7,12 @@
 #include "service/capture/WindowList.h"
 #include "service/history/HistoryService.h"
 #include "widget/MainWindow.h"
+#include "widget/overlay/CaptureOverlay.h"
 
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QScreen>
+#include <QWindow>
 
 using zelmor::core::tool::Toast;
 using zelmor::manager::ActionManager;
@@ -31,6 +33,29 @@ QImage clipboardSeenByAnotherProcess()
     if (!xclip.waitForStarted()) return {};
     if (!QTest::qWaitFor([&] { return xclip.state() == QProcess::NotRunning; }, 10000)) return {};
     return QImage::fromData(xclip.readAllStandardOutput(), "PNG");
+}
+
+bool xdotool(const QStringList& args)
+{
+    return QProcess::execute(QStringLiteral("xdotool"), args) == 0;
+}
+
+zelmor::widget::CaptureOverlay* shownOverlay()
+{
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (auto* overlay = qobject_cast<zelmor::widget::CaptureOverlay*>(w))
+            if (overlay->isVisible() && overlay->windowHandle() &&
+                overlay->windowHandle()->isExposed())
+                return overlay;
+    return nullptr;
+}
+
+int overlayCount()
+{
+    int count = 0;
+    for (QWidget* w : QApplication::topLevelWidgets())
+        count += qobject_cast<zelmor::widget::CaptureOverlay*>(w) != nullptr;
+    return count;
 }
 
 } // namespace
@@ -142,6 +167,57 @@ private Q_SLOTS:
         QCOMPARE(toastTitle(), QStringLiteral("No window"));
         QCOMPARE(toastBody(), QStringLiteral("Could not detect foreground window."));
         m_marker->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_marker.get()));
+        QTest::qWait(200); // painted and framed again before the next grab
+    }
+
+    void keysReachTheRegionOverlayAtOnce()
+    {
+        m_marker->activateWindow();
+        m_actions->captureRegion();
+        QTRY_VERIFY(shownOverlay());
+        QVERIFY(m_actions->regionCaptureActive());
+        QVERIFY(xdotool({QStringLiteral("key"), QStringLiteral("Escape")}));
+        QTRY_COMPARE(overlayCount(), 0);
+        QTRY_VERIFY(!m_actions->regionCaptureActive());
+    }
+
+    void regionDragAndReturnCopyTheScreenPixels()
+    {
+        QTest::qWait(300); // the previous overlay has left the screen
+        const QImage screen = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
+        const int rowsBefore = historyCount();
+        const int filesBefore = QDir(m_outputDir).entryList(QDir::Files).size();
+        QVERIFY(
+            xdotool({QStringLiteral("mousemove"), QStringLiteral("600"), QStringLiteral("400")}));
+        m_actions->captureRegion();
+        QTRY_VERIFY(shownOverlay());
+        m_actions->captureRegion(); // a second request while the overlay is open is dropped
+        QCOMPARE(overlayCount(), 1);
+
+        QVERIFY(xdotool({QStringLiteral("mousemove"), QStringLiteral("300"), QStringLiteral("250"),
+                         QStringLiteral("mousedown"), QStringLiteral("1"),
+                         QStringLiteral("mousemove"), QStringLiteral("450"), QStringLiteral("330"),
+                         QStringLiteral("mousemove"), QStringLiteral("600"), QStringLiteral("420"),
+                         QStringLiteral("mouseup"), QStringLiteral("1")}));
+        QTRY_VERIFY(shownOverlay() && shownOverlay()->hasSelection());
+        QCOMPARE(shownOverlay()->selection(), QRect(QPoint(300, 250), QPoint(600, 420)));
+        shownOverlay()->activateWindow();
+        QTRY_VERIFY(QApplication::focusWidget() == shownOverlay() ||
+                    QApplication::activeWindow() == shownOverlay());
+        QVERIFY(xdotool({QStringLiteral("key"), QStringLiteral("Return")}));
+        QTRY_COMPARE(overlayCount(), 0);
+
+        const QImage expected = screen.copy(QRect(QPoint(300, 250), QPoint(600, 420)))
+                                    .convertToFormat(QImage::Format_RGB32);
+        const QImage copied = clipboardSeenByAnotherProcess().convertToFormat(QImage::Format_RGB32);
+        QCOMPARE(copied, expected);
+        QCOMPARE(QDir(m_outputDir).entryList(QDir::Files).size(), filesBefore + 1);
+        QCOMPARE(historyCount(), rowsBefore + 1);
+        QCOMPARE(HistoryService::instance().recent(1).first().width, 301);
+        QCOMPARE(toastTitle(), QStringLiteral("Copied"));
+        QCOMPARE(toastBody(), QStringLiteral("Region copied to clipboard (301x171)"));
+        QVERIFY(!m_actions->regionCaptureActive());
     }
 
     void historyShowsTheMainWindow()

@@ -1,0 +1,366 @@
+#include "OverlayPanels.h"
+
+#include "OverlayGeometry.h"
+#include "service/capture/AnnotationShape.h"
+
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QHBoxLayout>
+#include <QIcon>
+#include <QLabel>
+#include <QSpinBox>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace zelmor::widget::overlay {
+
+namespace {
+
+struct ButtonSpec
+{
+    OverlayPanels::Action action;
+    const char* name;
+    const char* key;
+    const char* tooltip;
+    const char* icon;
+    int spacingAfter; // 0: none
+};
+
+// In layout order; the combo boxes stand between Cancel and Start.
+const ButtonSpec kActionButtons[] = {
+    {OverlayPanels::Copy, "copy", "overlay.btn.copy",
+     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Copy"), "overlay/copy", 0},
+    {OverlayPanels::Pin, "pin", "overlay.btn.pin",
+     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Pin"), "overlay/pin", 0},
+    {OverlayPanels::Save, "save", "overlay.btn.save",
+     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Save"), "overlay/save", 4},
+    {OverlayPanels::Ocr, "ocr", "overlay.btn.ocr",
+     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Extract Text (OCR)"), "overlay/ocr", 0},
+    {OverlayPanels::Translate, "translate", "overlay.btn.translate",
+     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Translate Image"), "overlay/translate",
+     0},
+    {OverlayPanels::AiAnnotate, "aiAnnotate", "overlay.btn.aiAnnotate",
+     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "AI Auto Annotate UI"),
+     "overlay/ai_annotate", 4},
+    {OverlayPanels::Undo, "undo", "overlay.btn.undo",
+     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Undo"), "annotate/undo", 0},
+    {OverlayPanels::Redo, "redo", "overlay.btn.redo",
+     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Redo"), "annotate/redo", 4},
+    {OverlayPanels::Reselect, "reselect", "overlay.btn.reselect",
+     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Reselect"), "overlay/reselect", 4},
+    {OverlayPanels::Cancel, "cancel", "overlay.btn.cancel",
+     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Cancel"), "overlay/cancel", 0},
+    {OverlayPanels::Start, "start", "overlay.btn.start",
+     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Start"), "overlay/start", 0},
+};
+
+struct ToolSpec
+{
+    const char* name;
+    const char* tooltip;
+};
+
+const ToolSpec kTools[] = {
+    {"select", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Select / Move")},
+    {"rect", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Rectangle")},
+    {"ellipse", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Ellipse")},
+    {"arrow", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Arrow")},
+    {"line", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Line")},
+    {"brush", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Brush")},
+    {"highlight", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Highlighter")},
+    {"mosaic", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Mosaic")},
+    {"blur", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Blur")},
+    {"text", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Text")},
+    {"counter", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Counter")},
+    {"stamp", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Stamp")},
+};
+
+struct ComboItem
+{
+    const char* key;
+    const char* text;
+    int value;
+};
+
+const ComboItem kDurations[] = {
+    {"overlay.dur.manual", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Manual"), 0},
+    {"overlay.dur.5s", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "5s"), 5},
+    {"overlay.dur.10s", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "10s"), 10},
+    {"overlay.dur.15s", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "15s"), 15},
+    {"overlay.dur.30s", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "30s"), 30},
+    {"overlay.dur.1m", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "1 min"), 60},
+    {"overlay.dur.2m", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "2 min"), 120},
+    {"overlay.dur.5m", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "5 min"), 300},
+};
+
+const ComboItem kFrameRates[] = {
+    {"overlay.fps.8", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "8 fps"), 8},
+    {"overlay.fps.10", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "10 fps"), 10},
+    {"overlay.fps.15", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "15 fps"), 15},
+    {"overlay.fps.24", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "24 fps"), 24},
+    {"overlay.fps.30", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "30 fps"), 30},
+};
+
+QString tr(const char* text, const char* key)
+{
+    return QCoreApplication::translate("zelmor::widget::CaptureOverlay", text, key);
+}
+
+QToolButton* makeButton(QWidget* parent, const QString& objectName, const QString& tooltip,
+                        const QString& icon, QSize size)
+{
+    auto* button = new QToolButton(parent);
+    button->setObjectName(objectName);
+    button->setToolTip(tooltip);
+    if (!icon.isEmpty())
+        button->setIcon(QIcon(QStringLiteral(":/icons/") + icon + QStringLiteral(".svg")));
+    button->setIconSize(QSize(18, 18));
+    button->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    button->setCursor(Qt::PointingHandCursor);
+    button->setFocusPolicy(Qt::NoFocus);
+    button->setFixedSize(size);
+    return button;
+}
+
+QWidget* makePanel(QWidget* overlay, const char* objectName)
+{
+    auto* panel = new QWidget(overlay);
+    panel->setObjectName(QLatin1String(objectName));
+    panel->setAttribute(Qt::WA_StyledBackground);
+    panel->hide();
+    return panel;
+}
+
+QComboBox* makeCombo(QWidget* parent, const ComboItem* items, int count, const char* key,
+                     const char* tooltip, int width)
+{
+    auto* combo = new QComboBox(parent);
+    for (int i = 0; i < count; ++i)
+        combo->addItem(tr(items[i].text, items[i].key), items[i].value);
+    combo->setCurrentIndex(0);
+    combo->setToolTip(tr(tooltip, key));
+    combo->setFixedWidth(width);
+    combo->setFocusPolicy(Qt::NoFocus);
+    return combo;
+}
+
+} // namespace
+
+OverlayPanels::OverlayPanels(QWidget* overlay) : QObject(overlay)
+{
+    buildActionBar(overlay);
+    buildAnnotationBar(overlay);
+    buildSidePanel(overlay);
+}
+
+void OverlayPanels::buildActionBar(QWidget* overlay)
+{
+    m_actionBar = makePanel(overlay, "captureToolbar");
+    auto* row = new QHBoxLayout(m_actionBar);
+    row->setContentsMargins(6, 4, 6, 4);
+    m_actionButtons.resize(Start + 1);
+    for (const ButtonSpec& spec : kActionButtons) {
+        if (spec.action == Start) {
+            m_duration = makeCombo(
+                m_actionBar, kDurations, int(std::size(kDurations)), "overlay.label.duration",
+                QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Recording duration"), 86);
+            m_fps = makeCombo(
+                m_actionBar, kFrameRates, int(std::size(kFrameRates)), "overlay.label.fps",
+                QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Frame rate"), 80);
+            row->addWidget(m_duration);
+            row->addWidget(m_fps);
+            row->addSpacing(6);
+        }
+        QToolButton* button =
+            makeButton(m_actionBar, QLatin1String(spec.name), tr(spec.tooltip, spec.key),
+                       QLatin1String(spec.icon), QSize(32, 30));
+        const int action = spec.action;
+        connect(button, &QToolButton::clicked, this,
+                [this, action] { Q_EMIT actionTriggered(action); });
+        m_actionButtons[spec.action] = button;
+        row->addWidget(button);
+        if (spec.spacingAfter) row->addSpacing(spec.spacingAfter);
+    }
+}
+
+void OverlayPanels::buildAnnotationBar(QWidget* overlay)
+{
+    m_annotationBar = makePanel(overlay, "captureAnnToolbar");
+    auto* row = new QHBoxLayout(m_annotationBar);
+    row->setContentsMargins(6, 4, 6, 4);
+    for (int tool = 0; tool < int(std::size(kTools)); ++tool) {
+        const QString name = QLatin1String(kTools[tool].name);
+        QToolButton* button =
+            makeButton(m_annotationBar, name,
+                       tr(kTools[tool].tooltip, ("annotate.tool." + name).toLatin1().constData()),
+                       QStringLiteral("annotate/") + name, QSize(30, 30));
+        button->setCheckable(true);
+        connect(button, &QToolButton::clicked, this, [this, tool] { Q_EMIT toolPicked(tool); });
+        m_toolButtons.append(button);
+        row->addWidget(button);
+        if (tool == 0) row->addSpacing(4);
+    }
+    row->addSpacing(6);
+
+    const auto& palette = service::capture::annotationPalette();
+    for (int i = 0; i < int(palette.size()); ++i) {
+        const QColor colour = QColor::fromRgba(palette[i].argb);
+        QToolButton* button = makeButton(
+            m_annotationBar, QStringLiteral("palette%1").arg(i + 1),
+            QStringLiteral("#%1").arg(palette[i].argb, 8, 16, QLatin1Char('0')).toUpper(),
+            QString(), QSize(22, 22));
+        button->setCheckable(true);
+        button->setAutoExclusive(true);
+        button->setChecked(i == 0);
+        button->setProperty("rgb", colour);
+        button->setStyleSheet(
+            QStringLiteral("QToolButton { background: %1; border: 1px solid rgba(255,255,255,80);"
+                           " border-radius: 11px; }"
+                           "QToolButton:hover { border: 1px solid rgba(255,255,255,180); }"
+                           "QToolButton:checked { border: 2px solid #ffffff; }")
+                .arg(colour.name(QColor::HexArgb)));
+        connect(button, &QToolButton::clicked, this,
+                [this, colour] { Q_EMIT colourPicked(colour); });
+        m_paletteButtons.append(button);
+        row->addWidget(button);
+    }
+    row->addSpacing(6);
+
+    m_widthBox = new QSpinBox(m_annotationBar);
+    m_widthBox->setRange(1, 40);
+    m_widthBox->setFixedWidth(48);
+    m_widthBox->setToolTip(tr(QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Pen width"),
+                              "annotate.label.width"));
+    connect(m_widthBox, &QSpinBox::valueChanged, this,
+            [this](int v) { Q_EMIT penWidthEdited(qBound(1, v, 40)); });
+    m_fontBox = new QSpinBox(m_annotationBar);
+    m_fontBox->setRange(8, 96);
+    m_fontBox->setFixedWidth(48);
+    m_fontBox->setToolTip(tr(QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Font size"),
+                             "annotate.label.font"));
+    m_fontBox->setEnabled(false);
+    connect(m_fontBox, &QSpinBox::valueChanged, this,
+            [this](int v) { Q_EMIT fontSizeEdited(qBound(8, v, 96)); });
+    row->addWidget(m_widthBox);
+    row->addWidget(m_fontBox);
+}
+
+void OverlayPanels::buildSidePanel(QWidget* overlay)
+{
+    m_sidePanel = makePanel(overlay, "captureSidePanel");
+    auto* column = new QVBoxLayout(m_sidePanel);
+    column->setContentsMargins(10, 10, 10, 10);
+    m_sizeLabel = new QLabel(QStringLiteral("--"), m_sidePanel);
+    m_posLabel = new QLabel(QStringLiteral("--"), m_sidePanel);
+    m_magPreview = new QLabel(m_sidePanel);
+    m_magPreview->setFixedSize(120, 120);
+    m_magPreview->setStyleSheet(
+        QStringLiteral("background: #000; border: 1px solid #4CC2FF; border-radius: 4px;"));
+    column->addWidget(m_sizeLabel);
+    column->addWidget(m_posLabel);
+    column->addWidget(m_magPreview, 0, Qt::AlignCenter);
+}
+
+QToolButton* OverlayPanels::actionButton(Action action) const
+{
+    return m_actionButtons.value(action);
+}
+
+QToolButton* OverlayPanels::toolButton(int tool) const
+{
+    return m_toolButtons.value(tool);
+}
+
+QToolButton* OverlayPanels::paletteButton(int digit) const
+{
+    return m_paletteButtons.value(digit - 1);
+}
+
+void OverlayPanels::showTool(int tool)
+{
+    for (int i = 0; i < m_toolButtons.size(); ++i)
+        m_toolButtons[i]->setChecked(i == tool);
+    m_fontBox->setEnabled(tool >= 9 && tool <= 11);
+}
+
+QColor OverlayPanels::pickPaletteColour(int digit)
+{
+    QToolButton* button = paletteButton(digit);
+    if (!button) return QColor();
+    button->setChecked(true);
+    return button->property("rgb").value<QColor>();
+}
+
+void OverlayPanels::setPenWidth(int width)
+{
+    m_widthBox->setValue(width);
+}
+
+void OverlayPanels::setFontSize(int size)
+{
+    m_fontBox->setValue(size);
+}
+
+void OverlayPanels::setButtonsForMode(int mode)
+{
+    const bool region = mode == 0;
+    for (Action a : {Copy, Pin, Save, Ocr, AiAnnotate, Undo, Redo, Reselect})
+        m_actionButtons[a]->setVisible(region);
+    // In the recording and scrolling modes Translate keeps whatever the layout gave it.
+    if (region) m_actionButtons[Translate]->setVisible(true);
+    m_actionButtons[Cancel]->setVisible(true);
+    m_duration->setVisible(mode == 1);
+    m_fps->setVisible(mode == 1);
+    m_actionButtons[Start]->setVisible(!region);
+}
+
+void OverlayPanels::hideAll()
+{
+    m_actionBar->hide();
+    m_annotationBar->hide();
+    m_sidePanel->hide();
+}
+
+void OverlayPanels::place(const QRect& selection, const QSize& overlaySize, bool withAnnotationBar)
+{
+    m_actionBar->adjustSize();
+    QSize annotationSize;
+    if (withAnnotationBar) {
+        m_annotationBar->adjustSize();
+        annotationSize = m_annotationBar->size();
+    }
+    const ToolbarPlacement placement =
+        placeToolbars(selection, overlaySize, m_actionBar->size(), annotationSize);
+    m_actionBar->move(placement.actionBar);
+    m_actionBar->show();
+    m_actionBar->raise();
+    m_annotationBar->setVisible(withAnnotationBar);
+    if (withAnnotationBar) {
+        m_annotationBar->move(placement.annotationBar);
+        m_annotationBar->raise();
+    }
+    m_sidePanel->adjustSize();
+    m_sidePanel->move(placeSidePanel(selection, overlaySize, m_sidePanel->size()));
+    m_sidePanel->show();
+    m_sidePanel->raise();
+}
+
+void OverlayPanels::refreshSidePanel(const QString& sizeHtml, const QString& position,
+                                     const QPixmap& preview)
+{
+    m_sizeLabel->setText(sizeHtml);
+    m_posLabel->setText(position);
+    m_magPreview->setPixmap(preview);
+}
+
+int OverlayPanels::durationSecs() const
+{
+    return m_duration->currentData().toInt();
+}
+
+int OverlayPanels::fps() const
+{
+    return m_fps->currentData().toInt();
+}
+
+} // namespace zelmor::widget::overlay

@@ -1,0 +1,321 @@
+#include "TestMain.h"
+#include "TestSupport.h"
+
+#include "widget/overlay/CaptureOverlay.h"
+#include "widget/overlay/OverlayPanels.h"
+
+#include <QClipboard>
+#include <QSignalSpy>
+#include <QTextEdit>
+#include <QToolButton>
+
+using zelmor::service::capture::AnnotationShape;
+using zelmor::widget::CaptureOverlay;
+using zelmor::widget::overlay::OverlayPanels;
+
+namespace {
+
+const QRect kWindowRect(400, 300, 500, 400); // the frame of a real window under the overlay
+
+// A picture with a distinct colour per pixel column and row, so that crops can be checked.
+QPixmap patternPicture()
+{
+    QImage image(1920, 1080, QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); ++y) {
+        auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
+        for (int x = 0; x < image.width(); ++x)
+            line[x] = qRgb(x & 0xff, y & 0xff, (x >> 8) * 16 + (y >> 8));
+    }
+    return QPixmap::fromImage(image);
+}
+
+void press(QWidget* w, QPoint p)
+{
+    QTest::mousePress(w, Qt::LeftButton, Qt::NoModifier, p);
+}
+void moveTo(QWidget* w, QPoint p)
+{
+    QMouseEvent move(QEvent::MouseMove, p, w->mapToGlobal(p), Qt::NoButton, Qt::LeftButton,
+                     Qt::NoModifier);
+    QApplication::sendEvent(w, &move);
+}
+void release(QWidget* w, QPoint p)
+{
+    QTest::mouseRelease(w, Qt::LeftButton, Qt::NoModifier, p);
+}
+void drag(QWidget* w, QPoint from, QPoint to)
+{
+    press(w, from);
+    moveTo(w, (from + to) / 2);
+    moveTo(w, to);
+    release(w, to);
+}
+
+} // namespace
+
+class TestCaptureOverlay : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<QWidget> m_window; // gives the overlay a window to hover
+    QPixmap m_picture;
+    QPointer<CaptureOverlay> m_overlay;
+
+    CaptureOverlay* open(int mode = CaptureOverlay::Region)
+    {
+        m_overlay = new CaptureOverlay(m_picture, QRect(0, 0, 1920, 1080), nullptr);
+        m_overlay->setMode(mode);
+        m_overlay->show();
+        if (!QTest::qWaitForWindowExposed(m_overlay)) return nullptr;
+        return m_overlay;
+    }
+    CaptureOverlay* openWithSelection(const QRect& r, int mode = CaptureOverlay::Region)
+    {
+        CaptureOverlay* o = open(mode);
+        drag(o, r.topLeft(), r.bottomRight());
+        return o;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_picture = patternPicture();
+        m_window = zelmor::test::makeSolidWindow(
+            QStringLiteral("Zelmor hover target"), Qt::darkCyan,
+            QRect(kWindowRect.topLeft() + QPoint(1, 20), QSize(498, 375)));
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        QTRY_COMPARE(m_window->frameGeometry(), kWindowRect);
+    }
+    void cleanup() { delete m_overlay; }
+
+    void clickOnAHoveredWindowSelectsIt_data()
+    {
+        QTest::addColumn<int>("dragBy");
+        QTest::addColumn<bool>("windowSelected");
+        QTest::newRow("click") << 0 << true;
+        QTest::newRow("8 px drag keeps the window") << 8 << true;
+        QTest::newRow("9 px drag starts a free selection") << 9 << false;
+    }
+    void clickOnAHoveredWindowSelectsIt()
+    {
+        QFETCH(int, dragBy);
+        QFETCH(bool, windowSelected);
+        CaptureOverlay* o = open();
+        const QPoint inside(600, 500);
+        moveTo(o, inside);
+        QCOMPARE(o->hoverRect(), kWindowRect);
+        press(o, inside);
+        const QPoint end = inside + QPoint(dragBy / 2 + dragBy % 2, dragBy / 2);
+        moveTo(o, end);
+        moveTo(o, end); // a free drag follows the pointer from its second step
+        release(o, end);
+        if (windowSelected) {
+            QCOMPARE(o->selection(), kWindowRect);
+        } else {
+            QCOMPARE(o->selection(), QRect(inside, end).normalized());
+        }
+    }
+
+    void smallDragsDoNotSelect_data()
+    {
+        QTest::addColumn<int>("size");
+        QTest::addColumn<bool>("selected");
+        QTest::newRow("5x5") << 5 << true;
+        QTest::newRow("4x4") << 4 << false;
+    }
+    void smallDragsDoNotSelect()
+    {
+        QFETCH(int, size);
+        QFETCH(bool, selected);
+        CaptureOverlay* o = open();
+        // QRect(a, b) with b - a = size - 1 spans `size` pixels.
+        drag(o, QPoint(100, 100), QPoint(100 + size - 1, 100 + size - 1));
+        QCOMPARE(o->hasSelection(), selected);
+        QCOMPARE(o->panels()->actionBar()->isVisible(), selected);
+    }
+
+    void snappingShowsDuringTheDragOnly()
+    {
+        CaptureOverlay* o = open();
+        press(o, QPoint(100, 100));
+        moveTo(o, QPoint(kWindowRect.left() - 5, 200)); // 5 px short of the window's left edge
+        QCOMPARE(o->selection().right(), kWindowRect.left());
+        release(o, QPoint(kWindowRect.left() - 5, 200));
+        QCOMPARE(o->selection(), QRect(QPoint(100, 100), QPoint(kWindowRect.left() - 5, 200)));
+    }
+
+    void movingTheSelectionLeavesShapesOnTheDesktop()
+    {
+        CaptureOverlay* o = openWithSelection(QRect(100, 100, 300, 200));
+        o->setTool(1);
+        drag(o, QPoint(150, 150), QPoint(200, 200));
+        QCOMPARE(o->annotations().size(), 1);
+        o->setTool(0);
+        drag(o, QPoint(300, 250), QPoint(340, 270)); // move by (40, 20)
+        QCOMPARE(o->selection(), QRect(140, 120, 300, 200));
+        QCOMPARE(o->annotations().first().points.first() + QPointF(o->selection().topLeft()),
+                 QPointF(150, 150));
+    }
+
+    void escapeDropsTheShapeThenCloses()
+    {
+        CaptureOverlay* o = openWithSelection(QRect(100, 100, 300, 200));
+        QSignalSpy cancelled(o, &CaptureOverlay::cancelled);
+        o->setTool(2);
+        press(o, QPoint(150, 150));
+        moveTo(o, QPoint(200, 200));
+        QTest::keyClick(o, Qt::Key_Escape);
+        QVERIFY(m_overlay);
+        QCOMPARE(cancelled.count(), 0);
+        release(o, QPoint(200, 200));
+        QVERIFY(o->annotations().isEmpty());
+        QTest::keyClick(o, Qt::Key_Escape);
+        QCOMPARE(cancelled.count(), 1);
+        QTRY_VERIFY(!m_overlay);
+    }
+
+    void returnCopiesInRegionModeOnly_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::newRow("region") << int(CaptureOverlay::Region);
+        QTest::newRow("gif") << int(CaptureOverlay::Gif);
+    }
+    void returnCopiesInRegionModeOnly()
+    {
+        QFETCH(int, mode);
+        CaptureOverlay* o = openWithSelection(QRect(100, 100, 300, 200), mode);
+        QSignalSpy copied(o, &CaptureOverlay::copyRequested);
+        QSignalSpy recording(o, &CaptureOverlay::recordStartRequested);
+        QTest::keyClick(o, Qt::Key_Return);
+        if (mode == CaptureOverlay::Region) {
+            QCOMPARE(copied.count(), 1);
+            const QPixmap cropped = copied.first().first().value<QPixmap>();
+            QCOMPARE(cropped.toImage(), m_picture.copy(100, 100, 300, 200).toImage());
+            QTRY_VERIFY(!m_overlay);
+            return;
+        }
+        QCOMPARE(copied.count(), 0);
+        QVERIFY(m_overlay);
+        QVERIFY(o->panels()->actionButton(OverlayPanels::Translate)->isVisible());
+        QVERIFY(!o->panels()->actionButton(OverlayPanels::Copy)->isVisible());
+        QVERIFY(!o->panels()->annotationBar()->isVisible());
+        o->panels()->actionButton(OverlayPanels::Start)->click();
+        QCOMPARE(recording.count(), 1);
+        QCOMPARE(recording.first().at(0).toRect(), QRect(100, 100, 300, 200));
+        QCOMPARE(recording.first().at(1).toInt(), 0); // "Manual"
+        QCOMPARE(recording.first().at(2).toInt(), 8);
+    }
+
+    void toolLettersAndPaletteDigits_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<int>("tool");
+        QTest::newRow("r") << "r" << 1;
+        QTest::newRow("E") << "E" << 2;
+        QTest::newRow("a") << "a" << 3;
+        QTest::newRow("m") << "m" << 7;
+        QTest::newRow("t") << "t" << 9;
+        QTest::newRow("c picks the counter with a selection") << "c" << 10;
+        QTest::newRow("s") << "s" << 11;
+    }
+    void toolLettersAndPaletteDigits()
+    {
+        QFETCH(QString, key);
+        QFETCH(int, tool);
+        CaptureOverlay* o = openWithSelection(QRect(100, 100, 300, 200));
+        QTest::keyClicks(o, key);
+        QCOMPARE(o->tool(), tool);
+        QVERIFY(o->panels()->toolButton(tool)->isChecked());
+        QTest::keyClicks(o, QStringLiteral("4"));
+        QCOMPARE(o->penColor(), QColor::fromRgba(0xFF4CC2FF));
+        QVERIFY(o->panels()->paletteButton(4)->isChecked());
+    }
+
+    void ctrlWheelEditsTheNewestShape()
+    {
+        CaptureOverlay* o = openWithSelection(QRect(100, 100, 300, 200));
+        QWheelEvent noTool(QPointF(150, 150), QPointF(150, 150), QPoint(), QPoint(0, 120),
+                           Qt::NoButton, Qt::ControlModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(o, &noTool);
+        QCOMPARE(o->penWidth(), 3); // the select tool: nothing
+
+        o->setTool(1);
+        drag(o, QPoint(150, 150), QPoint(200, 200));
+        o->setTool(7);
+        drag(o, QPoint(210, 150), QPoint(260, 200));
+        o->setTool(10);
+        for (int i = 0; i < 3; ++i) {
+            QWheelEvent up(QPointF(150, 150), QPointF(150, 150), QPoint(), QPoint(0, 120),
+                           Qt::NoButton, Qt::ControlModifier, Qt::NoScrollPhase, false);
+            QApplication::sendEvent(o, &up);
+        }
+        QCOMPARE(o->annotations().last().blockSize,
+                 15); // the mosaic, though the counter tool is on
+        QCOMPARE(o->annotations().first().width, 3);
+        QCOMPARE(o->penWidth(), 3);
+    }
+
+    void countersKeepCounting()
+    {
+        CaptureOverlay* o = openWithSelection(QRect(100, 100, 300, 200));
+        o->setTool(10);
+        QTest::mouseClick(o, Qt::LeftButton, Qt::NoModifier, QPoint(150, 150));
+        QTest::mouseClick(o, Qt::LeftButton, Qt::NoModifier, QPoint(200, 150));
+        o->undo();
+        QTest::mouseClick(o, Qt::LeftButton, Qt::NoModifier, QPoint(250, 150));
+        QStringList numbers;
+        for (const AnnotationShape& s : o->annotations())
+            numbers << s.text;
+        QCOMPARE(numbers, (QStringList{QStringLiteral("1"), QStringLiteral("3")}));
+    }
+
+    void tinyShapesAndEmptyTextsLeaveNothing()
+    {
+        CaptureOverlay* o = openWithSelection(QRect(100, 100, 300, 200));
+        o->setTool(1);
+        drag(o, QPoint(150, 150), QPoint(152, 152)); // under 4 px apart
+        QVERIFY(o->annotations().isEmpty());
+
+        o->setTool(9);
+        QTest::mouseClick(o, Qt::LeftButton, Qt::NoModifier, QPoint(150, 150));
+        QVERIFY(o->inlineEdit()->isVisible());
+        QTest::keyClicks(o->inlineEdit(), QStringLiteral("   "));
+        QTest::keyClick(o->inlineEdit(), Qt::Key_Return, Qt::ControlModifier);
+        QVERIFY(o->annotations().isEmpty());
+        QCOMPARE(o->tool(), 9);
+
+        QTest::mouseClick(o, Qt::LeftButton, Qt::NoModifier, QPoint(150, 150));
+        QTest::keyClicks(o->inlineEdit(), QStringLiteral("hi"));
+        QTest::keyClick(o->inlineEdit(), Qt::Key_Return, Qt::ControlModifier);
+        QCOMPARE(o->annotations().size(), 1);
+        QCOMPARE(o->annotations().first().text, QStringLiteral("hi"));
+    }
+
+    void croppedPixmapCutsShapesAtTheEdge()
+    {
+        CaptureOverlay* o = openWithSelection(QRect(100, 100, 300, 200));
+        o->setTool(1);
+        drag(o, QPoint(150, 150), QPoint(250, 250));
+        o->setTool(0);
+        drag(o, QPoint(300, 250),
+             QPoint(400, 250)); // the rectangle now sits partly left of the selection
+        const QImage cropped = o->croppedPixmap().toImage();
+        QCOMPARE(cropped.size(), QSize(300, 200));
+        QCOMPARE(cropped.pixelColor(QPoint(250, 150) - QPoint(200, 100)), QColor(255, 82, 82));
+        QCOMPARE(cropped.pixelColor(10, 10), m_picture.toImage().pixelColor(210, 110));
+    }
+
+    void cCopiesTheColourWithoutASelection()
+    {
+        CaptureOverlay* o = open();
+        moveTo(o, QPoint(300, 40));
+        QTest::keyClick(o, Qt::Key_C);
+        QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("#2C2810"));
+        QTest::keyClick(o, Qt::Key_Shift);
+        QTest::keyClick(o, Qt::Key_C);
+        QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("rgb(44, 40, 16)"));
+    }
+};
+
+ZELMOR_TEST_MAIN(TestCaptureOverlay, QApplication)
+#include "tst_captureoverlay.moc"

@@ -14,6 +14,8 @@ packages=(
   # run and test
   fonts-dejavu-core at-spi2-core dbus dbus-x11 xvfb xauth x11-utils openbox trayer
   xdotool xclip xdg-utils
+  # independent GIF readers for the encoder tests, and the benchmark's reference encoder
+  gifsicle ffmpeg
 )
 
 missing=()

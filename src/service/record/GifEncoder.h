@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QByteArray>
+#include <QImage>
+#include <QList>
+#include <QString>
+
+class QIODevice;
+
+// Animated GIF output for recordings. Plain functions without shared state: safe to call on a
+// pool thread, and the gifski subprocess lives and dies on the calling thread.
+namespace zelmor::service::record {
+
+// Writes `frames` as one looping GIF at `path`, each shown for `intervalMs`. The size is
+// rounded down to even numbers, at least 2; frames of another size are scaled to it.
+// Tries gifski first and falls back to the own encoder. True means a file stands at `path`;
+// `error` holds the reason of the last failure, which may be a gifski failure even on success.
+bool encodeGif(QString& error, const QString& path, const QList<QImage>& frames, int intervalMs,
+               int width, int height);
+
+// Streams the frames to gifski as YUV4MPEG2 on its standard input. False without touching
+// `error` when no gifski is found.
+bool encodeWithGifski(QString& error, const QString& path, const QList<QImage>& frames,
+                      int intervalMs, int width, int height);
+
+// The own encoder: GIF89a with a median-cut 256-colour local table per frame.
+bool writeGifMedianCut(QString& error, const QString& path, const QList<QImage>& frames,
+                       int intervalMs, int width, int height);
+
+// The first gifski executable beside the program, in the working folder or on PATH; empty
+// when there is none.
+QString findGifski();
+
+// One "FRAME" of a C420jpeg YUV4MPEG2 stream; width and height are expected to be even.
+QByteArray y4mFrame(const QImage& frame, int width, int height);
+
+// 256 opaque colours: the frame's own colours when it has at most 256, else a median cut.
+QList<QRgb> buildPalette(const QImage& frame);
+
+// The image data of one GIF frame: code size, LZW codes in sub-blocks, terminator.
+void writeLzw(QIODevice& out, const QImage& indexed);
+
+} // namespace zelmor::service::record

@@ -1,0 +1,527 @@
+#include "TestMain.h"
+#include "TestSupport.h"
+
+#include "service/record/GifEncoder.h"
+
+#include <QBuffer>
+#include <QCryptographicHash>
+#include <QImageReader>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStandardPaths>
+#include <QThreadPool>
+
+using namespace zelmor::service::record;
+using zelmor::test::readFile;
+using zelmor::test::writeFile;
+
+namespace {
+
+// What one reader makes of a GIF file.
+struct GifInfo
+{
+    int frames = 0;
+    QSize size;
+    bool loopForever = false;
+    QList<int> delaysCs;
+};
+
+// `colours` distinct colours, each present; the other pixels pick among them at random.
+QImage colouredFrame(int width, int height, int colours, quint32 seed = 7)
+{
+    QImage image(width, height, QImage::Format_RGB32);
+    for (int i = 0; i < width * height; ++i) {
+        seed ^= seed << 13, seed ^= seed >> 17, seed ^= seed << 5;
+        const int k = i < colours ? i : int(seed % quint32(colours));
+        image.setPixel(i % width, i / width, qRgb(k % 256, 3 + 40 * (k / 256), (k * 13) % 256));
+    }
+    return image;
+}
+
+// A window-like picture: a gradient, a flat panel with dark strokes, a moving white block.
+QImage screenFrame(int width, int height, int t)
+{
+    QImage image(width, height, QImage::Format_RGB32);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            QRgb c = y < height / 3 ? qRgb(x * 255 / width, y * 255 / height, 200)
+                     : (x / 3 + y / 5) % 7 == 0 && y % 10 < 7 ? qRgb(30, 30, 40)
+                                                              : qRgb(240, 240, 240);
+            if (qAbs(x - 5 * t) < 4 && qAbs(y - 3 * t) < 6) c = qRgb(255, 255, 255);
+            image.setPixel(x, y, c);
+        }
+    return image;
+}
+
+// 254 indices in a row, then two repeated: the last code lands on a change of code width,
+// where the end code is written one bit narrower than a reader expects.
+QImage widthEdgeFrame()
+{
+    QImage image(16, 16, QImage::Format_RGB32);
+    for (int i = 0; i < 256; ++i) {
+        const int k = i < 254 ? i : i - 254;
+        image.setPixel(i % 16, i / 16, qRgb(k, 255 - k, (k * 5) % 256));
+    }
+    return image;
+}
+
+// Follows the code widths of a writeLzw block; returns {table size, width} at each clear code
+// after the first.
+QList<QPair<int, int>> clearsIn(const QByteArray& block)
+{
+    QByteArray stream;
+    for (qsizetype at = 1; at < block.size() && block[at] != 0; at += 1 + uchar(block[at]))
+        stream += block.mid(at + 1, uchar(block[at]));
+    QList<QPair<int, int>> clears;
+    int width = 9, size = 258;
+    bool afterClear = false, first = true;
+    for (qint64 bit = 0; bit + width <= stream.size() * 8; first = false) {
+        int code = 0;
+        for (int i = 0; i < width; ++i)
+            code |= ((uchar(stream[(bit + i) / 8]) >> ((bit + i) % 8)) & 1) << i;
+        bit += width;
+        if (first && code != 256) return {{-1, -1}};
+        if (code == 257) break;
+        if (code == 256) {
+            if (!first) clears << qMakePair(size, width);
+            width = 9, size = 258, afterClear = true;
+            continue;
+        }
+        if (!afterClear && size < 4096) ++size;
+        afterClear = false;
+        if (size == 1 << width && width < 12) ++width;
+    }
+    return clears;
+}
+
+} // namespace
+
+class TestGifEncoder : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_work;
+    QString m_stubDir, m_cwd; // the stub folder is all of PATH: only stand-ins are found
+    QHash<QString, QString> m_tools;
+
+    QString file(const QString& name) const { return m_work.filePath(name); }
+
+    QByteArray run(const QString& tool, const QStringList& args)
+    {
+        QProcess p;
+        p.start(m_tools.value(tool), args);
+        p.waitForFinished(60000);
+        return p.readAllStandardOutput();
+    }
+
+    static GifInfo readWithQt(const QString& path)
+    {
+        GifInfo info;
+        QImageReader reader(path, "gif");
+        info.loopForever = reader.loopCount() == -1;
+        for (QImage image = reader.read(); !image.isNull(); image = reader.read()) {
+            ++info.frames;
+            info.size = image.size();
+            info.delaysCs << reader.nextImageDelay() / 10;
+        }
+        return info;
+    }
+
+    GifInfo readWithGifsicle(const QString& path)
+    {
+        const QString text = QString::fromUtf8(run("gifsicle", {"--info", path}));
+        const auto number = [&](const char* pattern, int n = 1) {
+            return QRegularExpression(QLatin1String(pattern)).match(text).captured(n).toInt();
+        };
+        GifInfo info{number("(\\d+) images?"),
+                     {number("screen (\\d+)x(\\d+)"), number("screen (\\d+)x(\\d+)", 2)},
+                     text.contains(QLatin1String("loop forever")),
+                     {}};
+        for (auto it = QRegularExpression("delay ([\\d.]+)s").globalMatch(text); it.hasNext();)
+            info.delaysCs << qRound(it.next().captured(1).toDouble() * 100);
+        return info;
+    }
+
+    // ffprobe tells no loop count, and its GIF reader raises delays below min_delay unless told.
+    GifInfo readWithFfprobe(const QString& path)
+    {
+        const QJsonObject json =
+            QJsonDocument::fromJson(
+                run("ffprobe",
+                    {"-v", "error", "-min_delay", "1", "-count_frames", "-show_entries",
+                     "stream=width,height,nb_read_frames:packet=duration", "-of", "json", path}))
+                .object();
+        const QJsonObject s = json["streams"].toArray().at(0).toObject();
+        GifInfo info{s["nb_read_frames"].toString().toInt(),
+                     {s["width"].toInt(), s["height"].toInt()},
+                     false,
+                     {}};
+        for (const QJsonValue p : json["packets"].toArray())
+            info.delaysCs << p["duration"].toInt();
+        return info;
+    }
+
+    QImage firstFrameByFfmpeg(const QString& path, QSize size)
+    {
+        const QByteArray raw = run("ffmpeg", {"-v", "error", "-i", path, "-frames:v", "1", "-f",
+                                              "rawvideo", "-pix_fmt", "bgra", "-"});
+        if (raw.size() != size.width() * size.height() * 4) return {};
+        return QImage(reinterpret_cast<const uchar*>(raw.constData()), size.width(), size.height(),
+                      QImage::Format_RGB32)
+            .copy();
+    }
+
+    // A gifski stand-in; $dir is where it may keep what it was given.
+    void installStandIn(const QByteArray& body)
+    {
+        const QString path = m_stubDir + "/gifski";
+        QVERIFY(writeFile(path, "#!/bin/sh\ndir='" + m_stubDir.toUtf8() + "'\ncat='" +
+                                    m_tools["cat"].toUtf8() + "'\nffmpeg='" +
+                                    m_tools["ffmpeg"].toUtf8() + "'\n" + body + "\n"));
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        for (const char* tool : {"gifsicle", "ffprobe", "ffmpeg", "cat"}) {
+            m_tools[tool] = QStandardPaths::findExecutable(tool);
+            QVERIFY2(!m_tools[tool].isEmpty(),
+                     qPrintable(
+                         QString("%1 is missing: scripts/install-deps.sh installs it").arg(tool)));
+        }
+        m_stubDir = file("bin");
+        m_cwd = file("cwd");
+        QVERIFY(QDir().mkpath(m_stubDir));
+        qputenv("PATH", m_stubDir.toUtf8());
+        cleanup();
+        QVERIFY(findGifski().isEmpty());
+    }
+
+    void cleanup()
+    {
+        QFile::remove(m_stubDir + "/gifski");
+        QDir(m_cwd).removeRecursively();
+        QVERIFY(QDir().mkpath(m_cwd) && QDir::setCurrent(m_cwd));
+    }
+
+    void readersAgree_data()
+    {
+        QTest::addColumn<QList<QImage>>("frames");
+        QTest::addColumn<int>("interval");
+        QTest::addColumn<QSize>("requested");
+        QTest::addColumn<QSize>("written");
+        QTest::addColumn<int>("delayCs");
+        const QImage a = screenFrame(101, 60, 0), b = screenFrame(101, 60, 5);
+        QImage translucent(50, 10, QImage::Format_ARGB32);
+        translucent.fill(qRgba(200, 10, 10, 90));
+        QTest::newRow("odd width")
+            << QList<QImage>{a, b, a} << 100 << QSize(101, 60) << QSize(100, 60) << 10;
+        QTest::newRow("one pixel")
+            << QList<QImage>{colouredFrame(1, 1, 1)} << 100 << QSize(1, 1) << QSize(2, 2) << 10;
+        QTest::newRow("5 ms") << QList<QImage>{a, b} << 5 << QSize(40, 30) << QSize(40, 30) << 1;
+        QTest::newRow("1 000 000 ms")
+            << QList<QImage>{a, b} << 1000000 << QSize(40, 30) << QSize(40, 30) << 65535;
+        QTest::newRow("end code at a width change")
+            << QList<QImage>{widthEdgeFrame()} << 50 << QSize(16, 16) << QSize(16, 16) << 5;
+        QTest::newRow("mixed sizes and formats")
+            << QList<QImage>{a,
+                             colouredFrame(30, 20, 5).convertToFormat(QImage::Format_Indexed8),
+                             translucent,
+                             QImage(),
+                             a.convertToFormat(QImage::Format_Mono),
+                             a.convertToFormat(QImage::Format_Grayscale8),
+                             a.scaled(5, 300)}
+            << 40 << QSize(64, 48) << QSize(64, 48) << 4;
+    }
+    void readersAgree()
+    {
+        QFETCH(QList<QImage>, frames);
+        QFETCH(int, interval);
+        QFETCH(QSize, requested);
+        QFETCH(QSize, written);
+        QFETCH(int, delayCs);
+        const QString path = file("readers.gif");
+        QString error;
+        QVERIFY(encodeGif(error, path, frames, interval, requested.width(), requested.height()));
+        const GifInfo qt = readWithQt(path), sicle = readWithGifsicle(path),
+                      probe = readWithFfprobe(path);
+        for (const GifInfo& info : {qt, sicle, probe}) {
+            QCOMPARE(info.frames, frames.size());
+            QCOMPARE(info.size, written);
+        }
+        QCOMPARE(sicle.delaysCs, QList<int>(frames.size(), delayCs));
+        QCOMPARE(probe.delaysCs, QList<int>(frames.size(), delayCs));
+        // Qt, as browsers do, shows delays below 2 as 10.
+        QCOMPARE(qt.delaysCs, QList<int>(frames.size(), delayCs < 2 ? 10 : delayCs));
+        QVERIFY(qt.loopForever && sicle.loopForever);
+    }
+
+    void paletteKeepsUpTo256Colours_data()
+    {
+        QTest::addColumn<int>("colours");
+        QTest::newRow("one") << 1;
+        QTest::newRow("256") << 256;
+    }
+    void paletteKeepsUpTo256Colours()
+    {
+        QFETCH(int, colours);
+        const QImage frame = colouredFrame(32, 32, colours);
+        QList<QRgb> expected;
+        for (int i = 0; i < 256; ++i)
+            expected << (i < colours ? frame.pixel(i % 32, i / 32) : 0xFF000000u);
+        QList<QRgb> palette = buildPalette(frame);
+        std::sort(expected.begin(), expected.begin() + colours);
+        std::sort(palette.begin(), palette.begin() + std::min(colours, int(palette.size())));
+        QCOMPARE(palette, expected);
+    }
+
+    void paletteOf257ColoursMergesOnePair()
+    {
+        const QImage frame = colouredFrame(32, 32, 257);
+        QList<QRgb> source, merged, rest;
+        for (int i = 0; i < 257; ++i)
+            source << frame.pixel(i % 32, i / 32);
+        const QList<QRgb> palette = buildPalette(frame);
+        for (QRgb c : source)
+            if (!palette.contains(c)) merged << c;
+        for (QRgb c : palette)
+            if (!source.contains(c)) rest << c;
+        QCOMPARE(palette.size(), 256);
+        QCOMPARE(merged.size(), 2);
+        QCOMPARE(rest.size(), 1);
+        // The two colours share a box, whose entry is their mean weighted by pixel counts.
+        int n[2] = {0, 0};
+        for (int i = 0; i < 32 * 32; ++i)
+            for (int m = 0; m < 2; ++m)
+                n[m] += frame.pixel(i % 32, i / 32) == merged[m];
+        const auto mean = [&](int (*channel)(QRgb)) {
+            return (channel(merged[0]) * n[0] + channel(merged[1]) * n[1]) / (n[0] + n[1]);
+        };
+        QCOMPARE(rest[0], qRgb(mean(qRed), mean(qGreen), mean(qBlue)));
+    }
+
+    void decodedPixelsEqualSource_data()
+    {
+        QTest::addColumn<QImage>("frame");
+        QTest::newRow("256 colours") << colouredFrame(64, 40, 256);
+        QTest::newRow("one colour") << colouredFrame(10, 10, 1);
+        QTest::newRow("window") << screenFrame(120, 80, 3)
+                                       .convertToFormat(QImage::Format_Indexed8)
+                                       .convertToFormat(QImage::Format_RGB32);
+        QTest::newRow("full dictionary") << colouredFrame(128, 128, 200, 99);
+    }
+    void decodedPixelsEqualSource()
+    {
+        QFETCH(QImage, frame);
+        const QString path = file("pixels.gif");
+        QString error;
+        QVERIFY(encodeGif(error, path, {frame}, 100, frame.width(), frame.height()));
+        QCOMPARE(QImage(path).convertToFormat(QImage::Format_RGB32), frame);
+        QCOMPARE(firstFrameByFfmpeg(path, frame.size()), frame);
+    }
+
+    void lzwClearsAtFullTable()
+    {
+        const QImage frame = colouredFrame(128, 128, 256, 3);
+        QBuffer out;
+        out.open(QIODevice::WriteOnly);
+        writeLzw(out, frame.convertToFormat(QImage::Format_Indexed8, buildPalette(frame)));
+        const QList<QPair<int, int>> clears = clearsIn(out.data());
+        QVERIFY(clears.size() >= 2);
+        for (const auto& clear : clears)
+            QCOMPARE(clear, qMakePair(4096, 12));
+        QCOMPARE(out.data().front(), char(8));
+        QCOMPARE(out.data().back(), char(0));
+    }
+
+    // Pins the written bytes, so that a faster path cannot change the files.
+    void outputBytesAreStable_data()
+    {
+        QTest::addColumn<QList<QImage>>("frames");
+        QTest::addColumn<QByteArray>("sha1");
+        QTest::newRow("window") << QList<QImage>{screenFrame(200, 120, 0), screenFrame(200, 120, 9)}
+                                << QByteArray("e26663ef08280b48d493fcba2e5f8c4e2f7bd7f9");
+        QTest::newRow("many colours") << QList<QImage>{colouredFrame(300, 200, 20000, 5)}
+                                      << QByteArray("60c55cee1e2c126862dccd4a1a3d697b50a78f5a");
+        QTest::newRow("few colours") << QList<QImage>{colouredFrame(300, 200, 40, 11)}
+                                     << QByteArray("7a28a2b370d4ff3690042f2e0d82a7e67de51360");
+    }
+    void outputBytesAreStable()
+    {
+        QFETCH(QList<QImage>, frames);
+        QFETCH(QByteArray, sha1);
+        QString error;
+        QVERIFY(writeGifMedianCut(error, file("stable.gif"), frames, 100, frames[0].width(),
+                                  frames[0].height()));
+        QCOMPARE(QCryptographicHash::hash(readFile(file("stable.gif")), QCryptographicHash::Sha1)
+                     .toHex(),
+                 sha1);
+    }
+
+    void gifskiStandIn_data()
+    {
+        QTest::addColumn<int>("interval");
+        QTest::addColumn<QString>("fps");
+        QTest::newRow("40 ms") << 40 << "25";
+        QTest::newRow("5 ms") << 5 << "60";
+        QTest::newRow("80 ms, half away from zero") << 80 << "13";
+        QTest::newRow("3 s") << 3000 << "1";
+    }
+    void gifskiStandIn()
+    {
+        QFETCH(int, interval);
+        QFETCH(QString, fps);
+        installStandIn(
+            "printf '%s\\n' \"$@\" > \"$dir/args\"\n\"$cat\" > \"$dir/stdin\"\n"
+            "while [ $# -gt 1 ]; do [ \"$1\" = -o ] && out=$2; shift; done\n"
+            "exec \"$ffmpeg\" -v error -y -f yuv4mpegpipe -i \"$dir/stdin\" -f gif \"$out\"");
+        // 2x2 blocks: red, blue, a mix, and one red pixel of four; black beyond. Sized 9x4 to
+        // be cut to 8x4.
+        const QList<QRgb> blocks{qRgb(255, 0, 0),
+                                 qRgb(255, 0, 0),
+                                 qRgb(255, 0, 0),
+                                 qRgb(255, 0, 0),
+                                 qRgb(0, 0, 255),
+                                 qRgb(0, 0, 255),
+                                 qRgb(0, 0, 255),
+                                 qRgb(0, 0, 255),
+                                 qRgb(10, 200, 30),
+                                 qRgb(250, 5, 90),
+                                 qRgb(0, 0, 255),
+                                 qRgb(255, 255, 0),
+                                 qRgb(255, 0, 0),
+                                 0,
+                                 0,
+                                 0};
+        QImage frame(8, 4, QImage::Format_RGB32);
+        frame.fill(qRgb(0, 0, 0));
+        for (int i = 0; i < 16; ++i)
+            frame.setPixel(i / 4 * 2 + i % 2, i % 4 / 2, blocks[i]);
+        const QString path = file("gifski.gif");
+        QFile::remove(path);
+
+        // Where the recorder calls it: on a pool thread.
+        QString error;
+        bool ok = false;
+        QThreadPool::globalInstance()->start([&] {
+            ok = encodeGif(error, path, {frame, frame, frame}, interval, 9, 4);
+        });
+        QThreadPool::globalInstance()->waitForDone();
+        QVERIFY2(ok && error.isEmpty(), qPrintable(error));
+        QCOMPARE(readWithQt(path).frames, 3);
+
+        QCOMPARE(QString(readFile(m_stubDir + "/args")).split('\n', Qt::SkipEmptyParts),
+                 (QStringList{"--fps", fps, "-W", "8", "-H", "4", "-Q", "100", "--no-sort",
+                              "--quiet", "-o", path, "-"}));
+        const QByteArray stream = readFile(m_stubDir + "/stdin");
+        const QByteArray header =
+            "YUV4MPEG2 W8 H4 F1000:" + QByteArray::number(interval) + " Ip A0:0 C420jpeg\n";
+        QCOMPARE(stream.size(), header.size() + 3 * (6 + 32 + 2 * 8));
+        QVERIFY(stream.startsWith(header));
+        const QByteArray last = stream.right(6 + 32 + 2 * 8);
+        QVERIFY(last.startsWith("FRAME\n"));
+        QList<int> y, cb, cr;
+        for (int i = 0; i < 4; ++i)
+            y << uchar(last[6 + 2 * i]), cb << uchar(last[38 + i]), cr << uchar(last[46 + i]);
+        // Cb and Cr are clamped, their shifts round down and the block means are truncated.
+        QCOMPARE(y, (QList<int>{77, 29, 124, 77}));
+        QCOMPARE(cb, (QList<int>{85, 255, 115, 117}));
+        QCOMPARE(cr, (QList<int>{255, 107, 136, 160}));
+        QCOMPARE(uchar(last[42]), uchar(128)); // the black lower half
+    }
+
+    void gifskiFailureFallsBack_data()
+    {
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("exit 1") << QByteArray("\"$cat\" > /dev/null; exit 1") << "^gifski exit 1$";
+        QTest::newRow("exit before reading")
+            << QByteArray("exit 1") << "^gifski (exit 1|Y4M (header|frame) write failed)$";
+        QTest::newRow("no output")
+            << QByteArray("\"$cat\" > /dev/null") << "^gifski produced no output$";
+        QTest::newRow("killed") << QByteArray("\"$cat\" > /dev/null; kill -9 $$") << "^gifski exit";
+        QTest::newRow("cannot start") << QByteArray() << "^gifski start failed$";
+    }
+    void gifskiFailureFallsBack()
+    {
+        QFETCH(QByteArray, body);
+        QFETCH(QString, error);
+        installStandIn(body);
+        if (body.isEmpty())
+            QVERIFY(writeFile(m_stubDir + "/gifski", "\x7f"
+                                                     "ELF, but not really"));
+        const QString path = file("fallback.gif");
+        QFile::remove(path);
+        QString reason;
+        QVERIFY(encodeGif(reason, path, {screenFrame(400, 300, 0), screenFrame(400, 300, 1)}, 100,
+                          400, 300));
+        QVERIFY2(QRegularExpression(error).match(reason).hasMatch(), qPrintable(reason));
+        const GifInfo info = readWithQt(path);
+        QCOMPARE(info.frames, 2);
+        QVERIFY(info.loopForever);
+    }
+
+    void findGifskiOrder_data()
+    {
+        QTest::addColumn<QStringList>("present"); // "!" marks a folder, "-" a file without x bit
+        QTest::addColumn<QString>("found");
+        const QString third = "cwd/third_party/gifski/bin/gifski";
+        QTest::newRow("build before PATH")
+            << QStringList{"bin/gifski", "cwd/build/gifski"} << "cwd/build/gifski";
+        QTest::newRow("third_party before build")
+            << QStringList{"cwd/build/gifski", third} << third;
+        QTest::newRow("working folder first")
+            << QStringList{third, "cwd/gifski", "bin/gifski"} << "cwd/gifski";
+        QTest::newRow("a folder is no program")
+            << QStringList{"!cwd/gifski", "bin/gifski"} << "bin/gifski";
+        QTest::newRow("not executable")
+            << QStringList{"-cwd/gifski", "cwd/build/gifski"} << "cwd/build/gifski";
+    }
+    void findGifskiOrder()
+    {
+        QFETCH(QStringList, present);
+        QFETCH(QString, found);
+        for (QString entry : present) {
+            const QChar mark = entry[0];
+            if (mark == '!' || mark == '-') entry.remove(0, 1);
+            QDir().mkpath(mark == '!' ? file(entry) : QFileInfo(file(entry)).path());
+            if (mark == '!') continue;
+            QVERIFY(writeFile(file(entry), "#!/bin/sh\n"));
+            QFile::setPermissions(file(entry), mark == '-' ? QFile::ReadOwner
+                                                           : QFile::ReadOwner | QFile::ExeOwner);
+        }
+        QCOMPARE(findGifski(), file(found));
+    }
+
+    void failures_data()
+    {
+        QTest::addColumn<int>("frames");
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<int>("width");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("no frames") << 0 << "none.gif" << 20 << "no frames";
+        QTest::newRow("folder is a file") << 1 << "blocker/x.gif" << 20 << "cannot open output: %1";
+        QTest::newRow("too wide for GIF") << 1 << "wide.gif" << 70000 << "invalid dimensions";
+        QTest::newRow("disk full") << 1 << "/dev/full" << 20 << "write failed";
+    }
+    void failures()
+    {
+        QFETCH(int, frames);
+        QFETCH(QString, path);
+        QFETCH(int, width);
+        QFETCH(QString, error);
+        QVERIFY(writeFile(file("blocker"), "x"));
+        if (!path.startsWith('/')) path = file(path);
+        QString reason;
+        QVERIFY(!encodeGif(reason, path, QList<QImage>(frames, screenFrame(20, 20, 0)), 100, width,
+                           20));
+        QCOMPARE(reason, error.replace("%1", path));
+    }
+};
+
+ZELMOR_TEST_MAIN(TestGifEncoder, QCoreApplication)
+#include "tst_gifencoder.moc"

@@ -166,11 +166,12 @@ void paintMagnifier(QPainter& painter, const QSize& size, const OverlayScene& sc
 void paintOverlayFrame(QPainter& painter, const QSize& size, const OverlayScene& scene)
 {
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRect all(QPoint(0, 0), size);
+    // Unscaled: a screen grab fills the overlay exactly, and a smaller re-edited picture
+    // stays aligned with its selection instead of being stretched over the desktop.
     if (scene.frozenImage && !scene.frozenImage->isNull()) {
-        painter.drawImage(all, *scene.frozenImage);
+        painter.drawImage(QPoint(0, 0), *scene.frozenImage);
     } else if (scene.frozenPixmap) {
-        painter.drawPixmap(all, *scene.frozenPixmap);
+        painter.drawPixmap(QPoint(0, 0), *scene.frozenPixmap);
     }
     const bool selectionShown = scene.selecting || scene.hasSelection || scene.hoverPressed;
     if (selectionShown && !scene.selection.isNull()) {

@@ -6,13 +6,15 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
 #include <QProcess>
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstring>
+#include <memory>
+#include <vector>
 
 namespace zelmor::service::record {
 
@@ -94,12 +96,14 @@ QList<QRgb> medianCut(QList<ColorEntry> colors)
         ColorBox box = boxes.takeAt(pick);
         const int channel = widestChannel(box);
         // Colours are distinct, so ordering ties by the whole value makes the cut, and with it
-        // the file, the same with every standard library.
-        std::sort(box.colors.begin(), box.colors.end(),
-                  [channel](const ColorEntry& a, const ColorEntry& b) {
-                      const int ca = channelOf(a.rgb, channel), cb = channelOf(b.rgb, channel);
-                      return ca != cb ? ca < cb : a.rgb < b.rgb;
-                  });
+        // the file, the same with every standard library. Both halves of a cut stay sorted, so
+        // a box cut again along the same channel needs no sort.
+        const auto less = [channel](const ColorEntry& a, const ColorEntry& b) {
+            const int ca = channelOf(a.rgb, channel), cb = channelOf(b.rgb, channel);
+            return ca != cb ? ca < cb : a.rgb < b.rgb;
+        };
+        if (!std::is_sorted(box.colors.cbegin(), box.colors.cend(), less))
+            std::sort(box.colors.begin(), box.colors.end(), less);
         const qint64 half = box.pixels / 2;
         qsizetype cut = 1;
         qint64 sum = 0;
@@ -175,85 +179,258 @@ const QByteArray& loopExtension()
     return bytes;
 }
 
-class BitWriter
+// The LZW dictionary: (prefix code << 8) + byte -> code. Open addressing over twice the
+// 4096 codes, so a clear costs one small fill instead of freeing and regrowing a hash.
+class LzwDictionary
 {
 public:
-    explicit BitWriter(QByteArray& bytes) : m_bytes(bytes) {}
+    LzwDictionary() { clear(); }
+
+    void clear() { std::fill(std::begin(m_keys), std::end(m_keys), 0u); }
+
+    // The code for key, or -1 with `slot` left where it belongs.
+    int find(quint32 key, quint32& slot) const
+    {
+        slot = (key * 2654435761u) >> (32 - kBits);
+        for (;; slot = (slot + 1) & (kSlots - 1)) {
+            if (m_keys[slot] == key + 1) return m_codes[slot];
+            if (m_keys[slot] == 0) return -1;
+        }
+    }
+    void insert(quint32 slot, quint32 key, int code)
+    {
+        m_keys[slot] = key + 1;
+        m_codes[slot] = quint16(code);
+    }
+
+private:
+    static constexpr int kBits = 13, kSlots = 1 << kBits;
+    quint32 m_keys[kSlots]; // key + 1; 0 is a free slot
+    quint16 m_codes[kSlots];
+};
+
+// GIF image data: minimum code size 8, variable-width LZW codes packed from the lowest bit up,
+// sub-blocks of at most 255 bytes, the terminator. Its buffers serve frame after frame.
+class ImageDataWriter
+{
+public:
+    void append(QByteArray& out, const uchar* data, qsizetype size)
+    {
+        out.append(char(8));
+        if (size <= 0) return;
+        encode(data, size);
+        out.reserve(out.size() + m_used + m_used / 255 + 2);
+        for (qsizetype offset = 0; offset < m_used; offset += 255) {
+            const qsizetype length = std::min<qsizetype>(255, m_used - offset);
+            out.append(char(length));
+            out.append(m_codes.constData() + offset, length);
+        }
+        out.append(char(0));
+    }
+
+private:
+    void encode(const uchar* data, qsizetype size)
+    {
+        constexpr int clearCode = 256, endCode = 257;
+        m_codes.resize(std::max(m_codes.size(), size / 2 + 256));
+        m_used = 0;
+        m_acc = 0;
+        m_bits = 0;
+        m_dictionary->clear();
+        int nextCode = 258, codeSize = 9;
+
+        put(clearCode, codeSize);
+        int current = data[0];
+        for (qsizetype i = 1; i < size; ++i) {
+            const int b = data[i];
+            const quint32 key = (quint32(current) << 8) + quint32(b);
+            quint32 slot = 0;
+            const int found = m_dictionary->find(key, slot);
+            if (found >= 0) {
+                current = found;
+                continue;
+            }
+            put(current, codeSize);
+            if (nextCode < 4096) {
+                m_dictionary->insert(slot, key, nextCode);
+                if (nextCode == (1 << codeSize) && codeSize < 12) ++codeSize;
+                ++nextCode;
+            } else {
+                // The table stays full until this miss, then one clear code restarts it.
+                put(clearCode, codeSize);
+                m_dictionary->clear();
+                nextCode = 258;
+                codeSize = 9;
+            }
+            current = b;
+        }
+        put(current, codeSize);
+        put(endCode, codeSize);
+        if (m_bits > 0) m_codes[m_used++] = char(m_acc & 0xFF);
+    }
 
     void put(int code, int size)
     {
         m_acc |= quint32(code) << m_bits;
         m_bits += size;
+        if (m_used + 4 > m_codes.size()) m_codes.resize(m_codes.size() * 2);
+        char* out = m_codes.data() + m_used;
         while (m_bits >= 8) {
-            m_bytes.append(char(m_acc & 0xFF));
+            *out++ = char(m_acc & 0xFF);
             m_acc >>= 8;
             m_bits -= 8;
         }
-    }
-    void finish()
-    {
-        if (m_bits > 0) m_bytes.append(char(m_acc & 0xFF));
-        m_acc = 0;
-        m_bits = 0;
+        m_used = out - m_codes.constData();
     }
 
-private:
-    QByteArray& m_bytes;
+    std::unique_ptr<LzwDictionary> m_dictionary = std::make_unique<LzwDictionary>();
+    QByteArray m_codes;
+    qsizetype m_used = 0;
     quint32 m_acc = 0;
     int m_bits = 0;
 };
 
-// GIF's variable-width LZW over 8-bit indices, codes packed from the lowest bit up.
-QByteArray lzwCodes(const uchar* data, qsizetype size)
+// The distinct colours of a frame with their pixel counts, in first-seen order: open
+// addressing over opaque RGB32 values, which are never 0, so 0 marks a free slot.
+class ColorTable
 {
-    constexpr int clearCode = 256, endCode = 257;
-    QByteArray bytes;
-    bytes.reserve(size / 2 + 256);
-    BitWriter writer(bytes);
-    QHash<quint32, quint16> dictionary;
-    int nextCode = 258, codeSize = 9;
+public:
+    ColorTable() { rehash(1 << 14); }
 
-    writer.put(clearCode, codeSize);
-    int current = data[0];
-    for (qsizetype i = 1; i < size; ++i) {
-        const int b = data[i];
-        const quint32 key = (quint32(current) << 8) + quint32(b);
-        const auto found = dictionary.constFind(key);
-        if (found != dictionary.cend()) {
-            current = *found;
-            continue;
-        }
-        writer.put(current, codeSize);
-        if (nextCode < 4096) {
-            dictionary.insert(key, quint16(nextCode));
-            if (nextCode == (1 << codeSize) && codeSize < 12) ++codeSize;
-            ++nextCode;
-        } else {
-            // The table stays full until this miss, then one clear code restarts it.
-            writer.put(clearCode, codeSize);
-            dictionary.clear();
-            nextCode = 258;
-            codeSize = 9;
-        }
-        current = b;
+    void reset()
+    {
+        colors.clear();
+        counts.clear();
+        std::fill(m_keys.begin(), m_keys.end(), 0u);
     }
-    writer.put(current, codeSize);
-    writer.put(endCode, codeSize);
-    writer.finish();
-    return bytes;
+
+    int indexOf(QRgb color) const
+    {
+        for (quint32 slot = hash(color);; slot = (slot + 1) & m_mask) {
+            if (m_keys[slot] == color) return m_ids[slot];
+            if (m_keys[slot] == 0) return -1;
+        }
+    }
+    int add(QRgb color)
+    {
+        quint32 slot = hash(color);
+        for (; m_keys[slot] != 0; slot = (slot + 1) & m_mask)
+            if (m_keys[slot] == color) return m_ids[slot];
+        const int id = int(colors.size());
+        m_keys[slot] = color;
+        m_ids[slot] = id;
+        colors.push_back(color);
+        counts.push_back(0);
+        if (colors.size() * 2 > m_keys.size()) rehash(m_keys.size() * 2);
+        return id;
+    }
+
+    std::vector<QRgb> colors;
+    std::vector<qint32> counts;
+
+private:
+    quint32 hash(QRgb color) const { return (color * 2654435761u) >> m_shift; }
+    void rehash(size_t slotCount)
+    {
+        m_keys.assign(slotCount, 0);
+        m_ids.assign(slotCount, 0);
+        m_mask = quint32(slotCount - 1);
+        m_shift = 32;
+        for (size_t n = slotCount; n > 1; n >>= 1)
+            --m_shift;
+        for (size_t id = 0; id < colors.size(); ++id) {
+            quint32 slot = hash(colors[id]);
+            while (m_keys[slot] != 0)
+                slot = (slot + 1) & m_mask;
+            m_keys[slot] = colors[id];
+            m_ids[slot] = int(id);
+        }
+    }
+
+    std::vector<QRgb> m_keys;
+    std::vector<int> m_ids;
+    quint32 m_mask = 0;
+    int m_shift = 32;
+};
+
+// `rgb32` must be Format_RGB32. Colours are read with the alpha byte forced to opaque.
+void countColors(const QImage& rgb32, ColorTable& table)
+{
+    const int width = rgb32.width(), height = rgb32.height();
+    QRgb last = 0;
+    int id = -1;
+    for (int y = 0; y < height; ++y) {
+        const auto* line = reinterpret_cast<const QRgb*>(rgb32.constScanLine(y));
+        for (int x = 0; x < width; ++x) {
+            const QRgb c = line[x] | 0xFF000000u;
+            if (c != last) {
+                last = c;
+                id = table.add(c);
+            }
+            ++table.counts[size_t(id)];
+        }
+    }
 }
 
-void writeSubBlocks(QIODevice& out, const QByteArray& data)
+QList<QRgb> paletteFor(const ColorTable& table)
 {
-    QByteArray blocks;
-    blocks.reserve(data.size() + data.size() / 255 + 2);
-    for (qsizetype offset = 0; offset < data.size(); offset += 255) {
-        const qsizetype length = std::min<qsizetype>(255, data.size() - offset);
-        blocks.append(char(length));
-        blocks.append(data.constData() + offset, length);
+    QList<QRgb> palette;
+    if (table.colors.size() <= 256) {
+        palette = QList<QRgb>(table.colors.begin(), table.colors.end());
+    } else {
+        QList<ColorEntry> colors;
+        colors.reserve(qsizetype(table.colors.size()));
+        for (size_t i = 0; i < table.colors.size(); ++i)
+            colors.append({table.colors[i] & 0xFFFFFFu, table.counts[i]});
+        palette = medianCut(std::move(colors));
     }
-    blocks.append(char(0));
-    out.write(blocks);
+    while (palette.size() < 256)
+        palette.append(0xFF000000u);
+    return palette;
+}
+
+// The palette index of every pixel, chosen as QImage::convertToFormat(Format_Indexed8,
+// palette) chooses: the first entry at the least sum of channel differences.
+void mapToPalette(const QImage& rgb32, const ColorTable& table, const QList<QRgb>& palette,
+                  QByteArray& indices)
+{
+    std::vector<uchar> indexOfColor(table.colors.size());
+    if (table.colors.size() <= 256) {
+        // The palette starts with these very colours.
+        for (size_t i = 0; i < indexOfColor.size(); ++i)
+            indexOfColor[i] = uchar(i);
+    } else {
+        int r[256], g[256], b[256];
+        for (int i = 0; i < 256; ++i)
+            r[i] = qRed(palette[i]), g[i] = qGreen(palette[i]), b[i] = qBlue(palette[i]);
+        for (size_t c = 0; c < indexOfColor.size(); ++c) {
+            const int cr = qRed(table.colors[c]), cg = qGreen(table.colors[c]),
+                      cb = qBlue(table.colors[c]);
+            int best = 0, bestDistance = INT_MAX;
+            for (int i = 0; i < 256 && bestDistance > 0; ++i) {
+                const int d = std::abs(cr - r[i]) + std::abs(cg - g[i]) + std::abs(cb - b[i]);
+                if (d < bestDistance) best = i, bestDistance = d;
+            }
+            indexOfColor[c] = uchar(best);
+        }
+    }
+
+    const int width = rgb32.width(), height = rgb32.height();
+    indices.resize(qsizetype(width) * height);
+    auto* out = reinterpret_cast<uchar*>(indices.data());
+    QRgb last = 0;
+    uchar index = 0;
+    for (int y = 0; y < height; ++y) {
+        const auto* line = reinterpret_cast<const QRgb*>(rgb32.constScanLine(y));
+        for (int x = 0; x < width; ++x) {
+            const QRgb c = line[x] | 0xFF000000u;
+            if (c != last) {
+                last = c;
+                index = indexOfColor[size_t(table.indexOf(c))];
+            }
+            *out++ = index;
+        }
+    }
 }
 
 bool isProgram(const QString& path)
@@ -314,6 +491,8 @@ QString findGifski()
                << c + QStringLiteral("/third_party/gifski/bin/") + name
                << c + QStringLiteral("/build/") + name
                << QStandardPaths::findExecutable(QStringLiteral("gifski"));
+    // Without a suffix a folder named gifski, say a source checkout, could pass for the program:
+    // only executable files count.
     for (const QString& path : std::as_const(candidates))
         if (!path.isEmpty() && isProgram(path)) return QDir::cleanPath(path);
     return {};
@@ -443,15 +622,22 @@ bool writeGifMedianCut(QString& error, const QString& path, const QList<QImage>&
     file.write(head);
 
     const int delay = std::clamp(intervalMs / 10, 1, 65535);
+    // Working memory kept from one frame to the next.
+    ColorTable table;
+    ImageDataWriter imageData;
+    QByteArray indices, block;
     for (const QImage& frame : frames) {
         const QImage image = fitFrame(frame, width, height);
-        if (image.isNull()) break;
-        const QList<QRgb> palette = buildPalette(image);
-        const QImage indexed =
-            image.convertToFormat(QImage::Format_Indexed8, palette, Qt::AutoColor);
+        if (image.isNull()) { // out of memory
+            error = QStringLiteral("write failed");
+            return false;
+        }
+        table.reset();
+        countColors(image, table);
+        const QList<QRgb> palette = paletteFor(table);
+        mapToPalette(image, table, palette, indices);
 
-        QByteArray block;
-        block.reserve(8 + 10 + 768);
+        block.resize(0);
         // Disposal 1 and no transparency: every frame is written whole.
         block.append("\x21\xF9\x04\x04", 4);
         appendLe16(block, delay);
@@ -460,14 +646,14 @@ bool writeGifMedianCut(QString& error, const QString& path, const QList<QImage>&
         appendLe16(block, width);
         appendLe16(block, height);
         block.append(char(0x87));
-        for (int i = 0; i < 256; ++i) {
-            const QRgb c = i < palette.size() ? palette[i] : 0;
+        for (QRgb c : palette) {
             block.append(char(qRed(c)));
             block.append(char(qGreen(c)));
             block.append(char(qBlue(c)));
         }
+        imageData.append(block, reinterpret_cast<const uchar*>(indices.constData()),
+                         indices.size());
         file.write(block);
-        writeLzw(file, indexed);
     }
     file.write("\x3B", 1);
     file.flush();
@@ -480,54 +666,24 @@ bool writeGifMedianCut(QString& error, const QString& path, const QList<QImage>&
 
 QList<QRgb> buildPalette(const QImage& frame)
 {
-    const QImage image = frame.convertToFormat(QImage::Format_RGB32);
-    QHash<QRgb, qint32> counts;
-    counts.reserve(8192);
-    // First-seen order rather than the hash's, whose seed changes from run to run: the same
-    // frames then give the same file.
-    QList<QRgb> order;
-    for (int y = 0; y < image.height(); ++y) {
-        const auto* line = reinterpret_cast<const QRgb*>(image.constScanLine(y));
-        for (int x = 0; x < image.width(); ++x) {
-            const QRgb c = line[x] | 0xFF000000u;
-            auto it = counts.find(c);
-            if (it == counts.end()) {
-                counts.insert(c, 1);
-                order.append(c);
-            } else {
-                ++*it;
-            }
-        }
-    }
-
-    QList<QRgb> palette;
-    if (order.size() <= 256) {
-        palette = order;
-    } else {
-        QList<ColorEntry> colors;
-        colors.reserve(order.size());
-        for (QRgb c : std::as_const(order))
-            colors.append({c & 0xFFFFFFu, counts.value(c)});
-        palette = medianCut(std::move(colors));
-    }
-    while (palette.size() < 256)
-        palette.append(0xFF000000u);
-    return palette;
+    ColorTable table;
+    countColors(frame.convertToFormat(QImage::Format_RGB32), table);
+    return paletteFor(table);
 }
 
 void writeLzw(QIODevice& out, const QImage& indexed)
 {
-    out.putChar(char(8));
     const QImage image = indexed.format() == QImage::Format_Indexed8
                              ? indexed
                              : indexed.convertToFormat(QImage::Format_Indexed8);
-    const int width = image.width(), height = image.height();
-    if (width <= 0 || height <= 0) return;
+    const int width = std::max(0, image.width()), height = std::max(0, image.height());
     QByteArray pixels(qsizetype(width) * height, Qt::Uninitialized);
     for (int y = 0; y < height; ++y)
         std::memcpy(pixels.data() + qsizetype(y) * width, image.constScanLine(y), size_t(width));
-    writeSubBlocks(out,
-                   lzwCodes(reinterpret_cast<const uchar*>(pixels.constData()), pixels.size()));
+    QByteArray data;
+    ImageDataWriter().append(data, reinterpret_cast<const uchar*>(pixels.constData()),
+                             pixels.size());
+    out.write(data);
 }
 
 } // namespace zelmor::service::record

@@ -35,10 +35,10 @@ cleanup() {
 trap cleanup EXIT
 trap 'exit 130' INT TERM
 
-# Waits up to 15 s for a condition; a session that cannot start is an error, not a hang.
+# Waits up to 30 s for a condition; a session that cannot start is an error, not a hang.
 wait_for() {
   local what=$1; shift
-  for _ in $(seq 300); do "$@" >/dev/null 2>&1 && return 0; sleep 0.05; done
+  for _ in $(seq 600); do "$@" >/dev/null 2>&1 && return 0; sleep 0.05; done
   echo "x-session: $what did not start" >&2; exit 3
 }
 

@@ -1,15 +1,21 @@
 #include "app/Application.h"
 #include "app/CommandLine.h"
+#include "app/HotkeyBindings.h"
 #include "app/SingleInstance.h"
 #include "core/ConfigManager.h"
 #include "core/EventBus.h"
 #include "core/Log.h"
 #include "core/Resources.h"
+#include "core/Toast.h"
 #include "manager/ActionManager.h"
+#include "manager/HotkeyService.h"
+#include "manager/ThemeManager.h"
+#include "manager/TrayService.h"
 #include "widget/MainWindow.h"
 
 #include <QClipboard>
 #include <QFont>
+#include <QSystemTrayIcon>
 #include <QTimer>
 
 #include <cstring>
@@ -57,11 +63,18 @@ int main(int argc, char** argv)
                                 QStringLiteral("DejaVu Sans")});
     QApplication::setFont(font);
 
+    manager::ThemeManager::instance().apply(core::ConfigManager::instance().theme());
+    core::startupTrace("theme applied");
+
     widget::MainWindow mainWindow(nullptr);
     core::startupTrace("MainWindow constructed (panels built)");
 
     manager::ActionManager actionManager(&mainWindow, nullptr);
     core::startupTrace("ActionManager constructed");
+
+    manager::TrayService tray(&actionManager, nullptr);
+    core::setNotificationTrayIcon(tray.trayIcon());
+    core::startupTrace("tray ready");
 
     core::ConfigManager& config = core::ConfigManager::instance();
     QObject::connect(&mainWindow, &widget::MainWindow::copyFromHistoryRequested,
@@ -70,12 +83,25 @@ int main(int argc, char** argv)
                      });
     QObject::connect(&mainWindow, &widget::MainWindow::reeditFromHistoryRequested, &actionManager,
                      &manager::ActionManager::reeditFromPixmap);
+    QObject::connect(&config, &core::ConfigManager::themeChanged, &mainWindow, [] {
+        manager::ThemeManager::instance().apply(core::ConfigManager::instance().theme());
+    });
     QObject::connect(&config, &core::ConfigManager::languageChanged, &application,
                      &app::Application::reloadTranslators);
+    QObject::connect(&config, &core::ConfigManager::languageChanged, &tray,
+                     &manager::TrayService::retranslate);
     QObject::connect(&config, &core::ConfigManager::languageChanged, &mainWindow,
                      &widget::MainWindow::retranslateUi);
 
+    tray.show();
+
     if (argc >= 2) armCommandLine(argc, argv, actionManager);
+
+    manager::HotkeyService hotkeys(nullptr);
+    app::HotkeyBindings bindings(hotkeys,
+                                 actionManager); // the callback table, owned by the service
+    bindings.registerAll();
+    core::startupTrace("hotkeys registered");
 
     QObject::connect(&core::EventBus::instance(), &core::EventBus::emitted, &mainWindow,
                      [&mainWindow](const QString& name, const QVariantMap&) {

@@ -4,6 +4,7 @@
 #include "core/Log.h"
 #include "core/Toast.h"
 #include "core/Utilities.h"
+#include "manager/ThemeManager.h"
 #include "service/capture/CaptureService.h"
 #include "service/capture/OutputFile.h"
 #include "service/capture/ScreenGrabber.h"
@@ -220,6 +221,13 @@ void ActionManager::restartAsAdmin()
         QStringLiteral("[actions] restart as administrator is not available on X11"));
     toast(tr("Elevation canceled", "tray.elevation.canceled"),
           tr("Running Zelmor as administrator is not supported on X11 desktops."));
+}
+
+// Applied here at once; a changed setting makes the start-up wiring apply it once more.
+void ActionManager::setTheme(const QString& name)
+{
+    ThemeManager::instance().apply(name);
+    core::ConfigManager::instance().setTheme(name);
 }
 
 void ActionManager::quit()

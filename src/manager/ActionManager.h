@@ -36,6 +36,7 @@ public Q_SLOTS:
     void showHistory();
     void openOutputDir();
     void restartAsAdmin();
+    void setTheme(const QString& name);
     void quit();
 
 private:

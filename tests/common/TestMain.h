@@ -3,6 +3,8 @@
 // Every suite runs with HOME and the XDG folders inside a fresh temporary folder, set
 // before the application object exists, so no test reads or writes a real user's files.
 
+#include "core/Resources.h"
+
 #include <QApplication>
 #include <QDir>
 #include <QTemporaryDir>
@@ -33,6 +35,7 @@ inline void enterSandbox()
     {                                                                                              \
         zelmor::test::enterSandbox();                                                              \
         AppType app(argc, argv);                                                                   \
+        zelmor::core::initResources();                                                             \
         app.setOrganizationName(QStringLiteral("Zelmor"));                                         \
         app.setApplicationName(QStringLiteral("Zelmor"));                                          \
         TestObject test;                                                                           \

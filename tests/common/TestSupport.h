@@ -2,8 +2,10 @@
 
 // Small helpers shared by the suites.
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QPalette>
+#include <QProcess>
 #include <QWidget>
 
 #include <memory>
@@ -35,6 +37,17 @@ inline std::unique_ptr<QWidget> makeSolidWindow(const QString& title, const QCol
     w->setGeometry(geometry);
     w->show();
     return w;
+}
+
+// Starts another application with one focused window of that title; it runs until deleted.
+inline std::unique_ptr<QProcess> startForeignWindow(const QString& title, const QRect& geometry)
+{
+    auto process = std::make_unique<QProcess>();
+    process->start(QCoreApplication::applicationDirPath() + QStringLiteral("/zelmor-test-window"),
+                   {title, QString::number(geometry.x()), QString::number(geometry.y()),
+                    QString::number(geometry.width()), QString::number(geometry.height())});
+    process->waitForStarted();
+    return process;
 }
 
 } // namespace zelmor::test

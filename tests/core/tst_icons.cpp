@@ -47,9 +47,17 @@ private Q_SLOTS:
         QStringList expected;
         for (const QString& name : kIcons)
             expected << resourcePath(name);
+        expected << QStringLiteral(":/icons/tray.png");
         found.sort();
         expected.sort();
         QCOMPARE(found, expected);
+    }
+
+    void trayIconIsOpaqueInTheMiddle()
+    {
+        const QImage tray(QStringLiteral(":/icons/tray.png"));
+        QVERIFY(tray.width() >= 22 && tray.width() == tray.height());
+        QCOMPARE(qAlpha(tray.pixel(tray.width() / 2, tray.height() / 2)), 255);
     }
 
     void rendersAtToolbarSize_data()

@@ -90,6 +90,7 @@ CaptureOverlay::CaptureOverlay(const QPixmap& frozen, const QRect& geometry, QWi
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAttribute(Qt::WA_MouseTracking);
     setObjectName(QStringLiteral("captureOverlay"));
+    setWindowTitle(tr("Zelmor capture", "overlay.title"));
     setFocusPolicy(Qt::StrongFocus);
     setCursor(Qt::CrossCursor);
     setStyleSheet(QLatin1String(kPanelSheet));

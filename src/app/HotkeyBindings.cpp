@@ -1,0 +1,51 @@
+#include "HotkeyBindings.h"
+
+#include "core/ConfigManager.h"
+#include "manager/ActionManager.h"
+#include "manager/HotkeyService.h"
+
+namespace zelmor::app {
+
+HotkeyBindings::HotkeyBindings(manager::HotkeyService& hotkeys, manager::ActionManager& actions)
+    : QObject(&hotkeys), m_hotkeys(hotkeys), m_actions(actions)
+{
+    connect(&core::ConfigManager::instance(), &core::ConfigManager::hotkeysChanged, this,
+            &HotkeyBindings::registerAll);
+    connect(&m_hotkeys, &manager::HotkeyService::hotkeyTriggered, &m_actions,
+            [this](int id) { run(id); });
+}
+
+// Rows whose action the program does not have yet are not bound, so that their keys stay
+// free for other programs.
+void HotkeyBindings::registerAll()
+{
+    struct Row
+    {
+        int id;
+        const char* name;
+        std::function<void()> action;
+    };
+    manager::ActionManager& a = m_actions;
+    const Row rows[] = {
+        {1, "region", [&a] { a.captureRegion(); }},
+        {2, "fullscreen", [&a] { a.captureFullscreen(); }},
+        {3, "window", [&a] { a.captureWindow(); }},
+        {4, "delayed", [&a] { a.captureDelayed(3); }},
+        {9, "history", [&a] { a.showHistory(); }},
+    };
+    m_hotkeys.unregisterAll();
+    m_callbacks.clear();
+    for (const Row& row : rows) {
+        const QString sequence = core::ConfigManager::instance().hotkey(row.name);
+        if (sequence.isEmpty()) continue;
+        if (m_hotkeys.registerHotkey(row.id, sequence)) m_callbacks.insert(row.id, row.action);
+    }
+}
+
+void HotkeyBindings::run(int id)
+{
+    const auto callback = m_callbacks.constFind(id);
+    if (callback != m_callbacks.cend()) (*callback)();
+}
+
+} // namespace zelmor::app

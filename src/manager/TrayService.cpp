@@ -1,0 +1,117 @@
+#include "TrayService.h"
+
+#include "ActionManager.h"
+#include "core/ConfigManager.h"
+#include "manager/ThemeManager.h"
+#include "widget/TrayMenu.h"
+
+#include <QApplication>
+#include <QIcon>
+#include <QKeySequence>
+#include <QStyle>
+#include <QSystemTrayIcon>
+
+namespace zelmor::manager {
+
+namespace {
+
+// The stored sequence as the menu shows it; empty shows no key.
+QKeySequence shownKey(const QString& stored)
+{
+    return QKeySequence(
+        QKeySequence(stored, QKeySequence::NativeText).toString(QKeySequence::PortableText));
+}
+
+template <typename Slot>
+QAction* addItem(QMenu* menu, const QString& text, ActionManager* actions, Slot slot,
+                 const QString& hotkey = QString())
+{
+    QAction* action = menu->addAction(text);
+    if (!hotkey.isNull()) {
+        action->setShortcut(shownKey(hotkey));
+        action->setShortcutContext(Qt::WidgetShortcut); // shown, never acted on
+    }
+    QObject::connect(action, &QAction::triggered, actions, slot);
+    return action;
+}
+
+} // namespace
+
+TrayService::TrayService(ActionManager* actions, QObject* parent)
+    : QObject(parent), m_trayIcon(new QSystemTrayIcon(this)), m_actions(actions)
+{
+    QIcon icon(QStringLiteral(":/icons/tray.png"));
+    if (icon.isNull())
+        icon = QIcon::fromTheme(QStringLiteral("camera-photo"),
+                                qApp->style()->standardIcon(QStyle::SP_ComputerIcon));
+    m_trayIcon->setIcon(icon);
+    m_trayIcon->setToolTip(tr("Zelmor", "tray.tooltip"));
+    rebuildMenu();
+    connect(&core::ConfigManager::instance(), &core::ConfigManager::hotkeysChanged, this,
+            &TrayService::rebuildMenu);
+    connect(m_trayIcon, &QSystemTrayIcon::activated, this,
+            [this](QSystemTrayIcon::ActivationReason reason) {
+                if (reason == QSystemTrayIcon::Trigger) m_actions->captureRegion();
+            });
+}
+
+TrayService::~TrayService()
+{
+    delete m_menu;
+}
+
+void TrayService::show()
+{
+    m_trayIcon->setVisible(true);
+}
+
+void TrayService::retranslate()
+{
+    m_trayIcon->setToolTip(tr("Zelmor", "tray.tooltip"));
+    rebuildMenu();
+}
+
+void TrayService::rebuildMenu()
+{
+    delete m_menu;
+    m_menu = new widget::TrayMenu(ThemeManager::instance().currentTheme());
+    m_trayIcon->setContextMenu(m_menu);
+    core::ConfigManager& config = core::ConfigManager::instance();
+    ActionManager* a = m_actions;
+    QMenu* menu = m_menu;
+
+    menu->addAction(new widget::TrayHeaderAction(
+        tr("Zelmor · v%1", "tray.header").arg(QStringLiteral("1.0.20")), 0, menu));
+    menu->addSeparator();
+
+    addItem(menu, tr("Region capture", "tray.captureRegion"), a, &ActionManager::captureRegion,
+            config.hotkeyRegion());
+    addItem(menu, tr("Fullscreen capture", "tray.captureFullscreen"), a,
+            &ActionManager::captureFullscreen, config.hotkeyFullscreen());
+    addItem(menu, tr("Window capture", "tray.captureWindow"), a, &ActionManager::captureWindow,
+            config.hotkeyWindow());
+    QMenu* delayed = menu->addMenu(tr("Delayed capture", "tray.captureDelayed"));
+    for (int secs : {3, 5, 10})
+        addItem(delayed, tr("%1 s", "tray.delayed.secs").arg(secs), a,
+                [a, secs] { a->captureDelayed(secs); });
+    addItem(menu, tr("Annotate screen", "tray.annotateScreen"), a, &ActionManager::annotateScreen);
+    menu->addSeparator();
+
+    addItem(menu, tr("History", "tray.history"), a, &ActionManager::showHistory)
+        ->setShortcut(shownKey(config.hotkeyHistory()));
+    addItem(menu, tr("Open output directory", "tray.openOutputDir"), a,
+            &ActionManager::openOutputDir);
+    menu->addSeparator();
+
+    QMenu* theme = menu->addMenu(tr("Theme", "tray.theme"));
+    addItem(theme, tr("Light", "tray.theme.light"), a,
+            [a] { a->setTheme(QStringLiteral("light")); });
+    addItem(theme, tr("Dark", "tray.theme.dark"), a, [a] { a->setTheme(QStringLiteral("dark")); });
+    addItem(theme, tr("System", "tray.theme.system"), a,
+            [a] { a->setTheme(QStringLiteral("system")); });
+    addItem(menu, tr("Restart as admin", "tray.restartAdmin"), a, &ActionManager::restartAsAdmin);
+    menu->addSeparator();
+    addItem(menu, tr("Quit", "tray.quit"), a, &ActionManager::quit);
+}
+
+} // namespace zelmor::manager

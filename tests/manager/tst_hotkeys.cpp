@@ -1,0 +1,167 @@
+#include "TestMain.h"
+#include "TestSupport.h"
+
+#include "app/HotkeyBindings.h"
+#include "core/ConfigManager.h"
+#include "manager/ActionManager.h"
+#include "manager/HotkeyService.h"
+#include "service/capture/WindowList.h"
+#include "widget/MainWindow.h"
+#include "widget/overlay/CaptureOverlay.h"
+
+#include <QProcess>
+#include <QSignalSpy>
+
+using zelmor::manager::HotkeyService;
+
+namespace {
+
+bool xdotoolKey(const QString& key)
+{
+    return QProcess::execute(QStringLiteral("xdotool"), {QStringLiteral("key"), key}) == 0;
+}
+
+int overlayCount()
+{
+    int count = 0;
+    for (QWidget* w : QApplication::topLevelWidgets())
+        count += qobject_cast<zelmor::widget::CaptureOverlay*>(w) && w->isVisible();
+    return count;
+}
+
+} // namespace
+
+class TestHotkeys : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<QProcess> m_focused; // another application's window has the focus
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_focused = zelmor::test::startForeignWindow(QStringLiteral("Focused elsewhere"),
+                                                     QRect(100, 100, 300, 200));
+        QTRY_COMPARE_WITH_TIMEOUT(zelmor::service::capture::foregroundWindow().title,
+                                  QStringLiteral("Focused elsewhere"), 10000);
+    }
+
+    void translation_data()
+    {
+        QTest::addColumn<QString>("sequence");
+        QTest::addColumn<unsigned>("modifiers");
+        QTest::addColumn<unsigned>("key");
+        QTest::newRow("Ctrl+F6") << "Ctrl+F6" << 2u << 0x75u;
+        QTest::newRow("F1") << "F1" << 0u << 0x70u;
+        QTest::newRow("F24") << "F24" << 0u << 0x87u;
+        QTest::newRow("Ctrl+Alt+W") << "Ctrl+Alt+W" << 3u << unsigned('W');
+        QTest::newRow("Shift+Meta+5") << "Shift+Meta+5" << 12u << unsigned('5');
+        QTest::newRow("first chord only") << "Ctrl+K, Ctrl+C" << 2u << unsigned('K');
+        QTest::newRow("Backtab") << "Shift+Backtab" << 4u << 9u;
+        QTest::newRow("punctuation") << "Ctrl+." << 2u << 0u;
+        QTest::newRow("keypad") << "Num+5" << 0u << 0u;
+        QTest::newRow("media") << "Media Play" << 0u << 0u;
+        QTest::newRow("unparseable") << "Ctrl+Nothing+Here" << 0u << 0u;
+        QTest::newRow("empty") << "" << 0u << 0u;
+    }
+    void translation()
+    {
+        QFETCH(QString, sequence);
+        QFETCH(unsigned, modifiers);
+        QFETCH(unsigned, key);
+        const HotkeyService::Binding b = HotkeyService::translate(sequence);
+        QCOMPARE(b.virtualKey, key);
+        if (key) QCOMPARE(b.modifiers, modifiers);
+    }
+
+    void pressesArriveWhileAnotherWindowHasFocus()
+    {
+        HotkeyService hotkeys;
+        QSignalSpy pressed(&hotkeys, &HotkeyService::hotkeyTriggered);
+        QVERIFY(hotkeys.registerHotkey(7, QStringLiteral("F6")));
+        QVERIFY(hotkeys.registerHotkey(8, QStringLiteral("Ctrl+F6")));
+        QVERIFY(!hotkeys.registerHotkey(7, QStringLiteral("F7")));      // the same id twice
+        QVERIFY(!hotkeys.registerHotkey(9, QStringLiteral("Ctrl+F6"))); // held already
+        QVERIFY(!hotkeys.registerHotkey(10, QStringLiteral("Ctrl+.")));
+
+        QVERIFY(xdotoolKey(QStringLiteral("F6")));
+        QTRY_COMPARE(pressed.count(), 1);
+        QCOMPARE(pressed.last().first().toInt(), 7);
+        QVERIFY(xdotoolKey(QStringLiteral("F7"))); // not bound: the first binding of 7 stays
+        QVERIFY(xdotoolKey(QStringLiteral("ctrl+F6")));
+        QTRY_COMPARE(pressed.count(), 2);
+        QCOMPARE(pressed.last().first().toInt(), 8);
+
+        // NumLock and CapsLock do not stop a hotkey.
+        QVERIFY(xdotoolKey(QStringLiteral("Num_Lock")));
+        QVERIFY(xdotoolKey(QStringLiteral("Caps_Lock")));
+        QVERIFY(xdotoolKey(QStringLiteral("ctrl+F6")));
+        QVERIFY(xdotoolKey(QStringLiteral("F6")));
+        QVERIFY(xdotoolKey(QStringLiteral("Num_Lock")));
+        QVERIFY(xdotoolKey(QStringLiteral("Caps_Lock")));
+        QTRY_COMPARE(pressed.count(), 4);
+
+        hotkeys.unregisterAll();
+        QVERIFY(xdotoolKey(QStringLiteral("F6")));
+        QTest::qWait(200);
+        QCOMPARE(pressed.count(), 4);
+    }
+
+    void aCombinationHeldByAnotherClientIsRefused()
+    {
+        // A running zelmor holds its default keys, F6 among them.
+        QTemporaryDir home;
+        QProcess other;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("HOME"), home.path());
+        env.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("c")));
+        env.insert(QStringLiteral("XDG_DATA_HOME"), home.filePath(QStringLiteral("d")));
+        env.insert(QStringLiteral("XDG_RUNTIME_DIR"), home.path());
+        other.setProcessEnvironment(env);
+        other.start(qEnvironmentVariable("ZELMOR_BIN_DIR") + QStringLiteral("/zelmor"), {});
+        QVERIFY(other.waitForStarted());
+        const QString log = home.filePath(QStringLiteral("d/Zelmor/Zelmor/zelmor.log"));
+        QTRY_VERIFY(zelmor::test::readFile(log).contains("hotkeys registered"));
+        HotkeyService hotkeys;
+        QVERIFY(!hotkeys.registerHotkey(1, QStringLiteral("F6")));
+        other.terminate();
+        QVERIFY(other.waitForFinished(5000));
+        bool bound = false; // the server lets go of the grab once the other client is gone
+        for (int i = 0; i < 100 && !bound; ++i)
+            if (!(bound = hotkeys.registerHotkey(1, QStringLiteral("F6")))) QTest::qWait(50);
+        QVERIFY(bound);
+    }
+
+    void settingsRebindTheActions()
+    {
+        zelmor::widget::MainWindow window;
+        zelmor::manager::ActionManager actions(&window);
+        HotkeyService hotkeys;
+        zelmor::app::HotkeyBindings bindings(hotkeys, actions);
+        bindings.registerAll();
+        QVERIFY(bindings.isBound(1));
+
+        QVERIFY(xdotoolKey(QStringLiteral("F6")));
+        QTRY_COMPARE(overlayCount(), 1);
+        QVERIFY(xdotoolKey(QStringLiteral("Escape")));
+        QTRY_COMPARE(overlayCount(), 0);
+
+        zelmor::core::ConfigManager::instance().setHotkey("region", QStringLiteral("F8"));
+        QVERIFY(bindings.isBound(1));
+        QVERIFY(xdotoolKey(QStringLiteral("F6")));
+        QTest::qWait(300);
+        QCOMPARE(overlayCount(), 0);
+        QVERIFY(xdotoolKey(QStringLiteral("F8")));
+        QTRY_COMPARE(overlayCount(), 1);
+        QVERIFY(xdotoolKey(QStringLiteral("Escape")));
+        QTRY_COMPARE(overlayCount(), 0);
+
+        zelmor::core::ConfigManager::instance().setHotkey("region",
+                                                          QString()); // cleared: not bound
+        QVERIFY(!bindings.isBound(1));
+        QVERIFY(bindings.isBound(2));
+    }
+};
+
+ZELMOR_TEST_MAIN(TestHotkeys, QApplication)
+#include "tst_hotkeys.moc"

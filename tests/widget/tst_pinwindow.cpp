@@ -1,0 +1,338 @@
+#include "TestMain.h"
+
+#include "core/ConfigManager.h"
+#include "core/Toast.h"
+#include "manager/PinManager.h"
+#include "widget/PinWindow.h"
+
+#include <QClipboard>
+#include <QFileDialog>
+#include <QMenu>
+#include <QMimeData>
+#include <QPainter>
+#include <QProcess>
+#include <QPushButton>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTimer>
+
+using zelmor::core::ConfigManager;
+using zelmor::core::tool::Toast;
+using zelmor::manager::PinManager;
+using zelmor::widget::PinWindow;
+
+namespace {
+
+constexpr int kPadding = 2 * (12 + 1); // shadow and border on each side
+
+// Red, green / blue, yellow quadrants: every rotation and flip moves another to the top left.
+QPixmap quadrants()
+{
+    QImage image(200, 100, QImage::Format_RGB32);
+    QPainter p(&image);
+    p.fillRect(0, 0, 100, 50, Qt::red);
+    p.fillRect(100, 0, 100, 50, Qt::green);
+    p.fillRect(0, 50, 100, 50, Qt::blue);
+    p.fillRect(100, 50, 100, 50, Qt::yellow);
+    return QPixmap::fromImage(image);
+}
+
+QImage rgb(const QImage& image)
+{
+    return image.convertToFormat(QImage::Format_RGB32);
+}
+
+bool xdotool(const QStringList& args)
+{
+    return QProcess::execute(QStringLiteral("xdotool"), args) == 0;
+}
+
+// "wheel+" and "wheel-" turn the wheel; anything else is a key sequence.
+void input(PinWindow* pin, const QString& what)
+{
+    if (what.startsWith(QLatin1String("wheel"))) {
+        const QPointF at = pin->rect().center();
+        QWheelEvent event(at, pin->mapToGlobal(at), {}, QPoint(0, what.endsWith('+') ? 120 : -120),
+                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(pin, &event);
+    } else {
+        const QKeyCombination key = QKeySequence(what)[0];
+        QTest::keyClick(pin, key.key(), key.keyboardModifiers());
+    }
+}
+
+// Sent directly: QTest's double click would leave its button state pressed.
+void doubleClick(PinWindow* pin)
+{
+    const QPointF at = pin->imageRect().center();
+    QMouseEvent event(QEvent::MouseButtonDblClick, at, pin->mapToGlobal(at), Qt::LeftButton,
+                      Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(pin, &event);
+}
+
+// Picks `entry` from the pin's context menu; `onDialog` handles the dialog it opens.
+void chooseFromMenu(PinWindow* pin, const QString& entry,
+                    const std::function<void(QWidget*)>& onDialog = {})
+{
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        if (QWidget* modal = QApplication::activeModalWidget(); modal && onDialog) {
+            poll.stop();
+            onDialog(modal);
+        } else if (auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget())) {
+            for (QAction* action : menu->actions())
+                if (action->text() == entry) menu->setActiveAction(action);
+            QTest::keyClick(menu, Qt::Key_Return);
+            if (!onDialog) poll.stop();
+        }
+    });
+    poll.start(10);
+    const QPoint at = pin->imageRect().center();
+    QContextMenuEvent event(QContextMenuEvent::Mouse, at, pin->mapToGlobal(at));
+    QApplication::sendEvent(pin, &event);
+}
+
+} // namespace
+
+class TestPinWindow : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<PinManager> m_manager;
+
+    PinWindow* pin()
+    {
+        m_manager->addPin(quadrants());
+        PinWindow* p = m_manager->pins().last();
+        return QTest::qWaitForWindowExposed(p) ? p : nullptr;
+    }
+
+private Q_SLOTS:
+    void init() { m_manager = std::make_unique<PinManager>(); }
+    void cleanup()
+    {
+        m_manager.reset();
+        ConfigManager::instance().setPinMinZoom(0.1);
+        ConfigManager::instance().setPinMaxZoom(5.0);
+    }
+
+    void transformsKeepTheCentre_data()
+    {
+        QTest::addColumn<double>("zoom");
+        QTest::addColumn<QSizeF>("imageSize");
+        QTest::addColumn<QColor>("topLeft");
+        QTest::newRow("+") << 1.1 << QSizeF(220, 110) << QColor(Qt::red);
+        QTest::newRow("=") << 1.1 << QSizeF(220, 110) << QColor(Qt::red);
+        QTest::newRow("-") << 1 / 1.1 << QSizeF(181.8, 90.9) << QColor(Qt::red);
+        QTest::newRow("wheel+") << 1.1 << QSizeF(220, 110) << QColor(Qt::red);
+        QTest::newRow("wheel-") << 1 / 1.1 << QSizeF(181.8, 90.9) << QColor(Qt::red);
+        QTest::newRow("R") << 1.0 << QSizeF(100, 200) << QColor(Qt::blue);
+        QTest::newRow("F") << 1.0 << QSizeF(200, 100) << QColor(Qt::green);
+        QTest::newRow("Shift+F") << 1.0 << QSizeF(200, 100) << QColor(Qt::blue);
+    }
+    void transformsKeepTheCentre()
+    {
+        QFETCH(double, zoom);
+        QFETCH(QSizeF, imageSize);
+        QFETCH(QColor, topLeft);
+        PinWindow* p = pin();
+        QVERIFY(p);
+        const QPoint centre = p->frameGeometry().center();
+        QCOMPARE(centre, p->screen()->availableGeometry().center());
+
+        input(p, QString::fromLatin1(QTest::currentDataTag()));
+        QVERIFY(qFuzzyCompare(p->zoom(), zoom));
+        const QImage shown = p->displayPixmap().toImage();
+        QVERIFY(qAbs(shown.width() - imageSize.width()) <= 1);
+        QVERIFY(qAbs(shown.height() - imageSize.height()) <= 1);
+        QCOMPARE(shown.pixelColor(2, 2), topLeft);
+        QCOMPARE(p->size(), shown.size() + QSize(kPadding, kPadding));
+        QTRY_COMPARE(p->frameGeometry().center(), centre);
+    }
+
+    void zoomStopsAtTheLimitsReadAtEachStep_data()
+    {
+        QTest::addColumn<double>("limit");
+        QTest::addColumn<double>("changedLimit");
+        QTest::newRow("+") << 5.0 << 2.0;
+        QTest::newRow("-") << 0.1 << 0.5;
+    }
+    void zoomStopsAtTheLimitsReadAtEachStep()
+    {
+        QFETCH(double, limit);
+        QFETCH(double, changedLimit);
+        const QString key = QString::fromLatin1(QTest::currentDataTag());
+        PinWindow* p = pin();
+        QVERIFY(p);
+        for (int i = 0; i < 40; ++i)
+            input(p, key);
+        QCOMPARE(p->zoom(), limit);
+
+        // A step against the limit makes no new picture and no new layout.
+        const qint64 picture = p->displayPixmap().cacheKey();
+        const QRect geometry = p->geometry();
+        input(p, key);
+        QCOMPARE(p->displayPixmap().cacheKey(), picture);
+        QCOMPARE(p->geometry(), geometry);
+
+        if (key == QLatin1String("+"))
+            ConfigManager::instance().setPinMaxZoom(changedLimit);
+        else
+            ConfigManager::instance().setPinMinZoom(changedLimit);
+        input(p, key);
+        QCOMPARE(p->zoom(), changedLimit);
+    }
+
+    void copyAndSaveTakeThePinnedImageDragOutTheShownOne_data()
+    {
+        QTest::addColumn<QString>("how");
+        QTest::newRow("menu copy") << "Copy";
+        QTest::newRow("double click") << "";
+        QTest::newRow("menu save") << "Save as...";
+    }
+    void copyAndSaveTakeThePinnedImageDragOutTheShownOne()
+    {
+        QFETCH(QString, how);
+        PinWindow* p = pin();
+        QVERIFY(p);
+        input(p, QStringLiteral("R"));
+        const QImage pinned = rgb(p->sourcePixmap().toImage());
+        const QImage shown = rgb(p->displayPixmap().toImage());
+        QVERIFY(pinned.size() != shown.size());
+
+        std::unique_ptr<QMimeData> data(p->createDragMimeData());
+        QVERIFY(data);
+        for (const char* type : {"image/png", "application/x-qt-image"})
+            QCOMPARE(rgb(QImage::fromData(data->data(QLatin1String(type)), "PNG")), shown);
+        QCOMPARE(data->urls().size(), 1);
+        const QString dragged = data->urls().first().toLocalFile();
+        QCOMPARE(rgb(QImage(dragged)), shown);
+        QFile::remove(dragged);
+
+        QGuiApplication::clipboard()->clear();
+        if (how.isEmpty()) {
+            doubleClick(p);
+        } else if (how == QLatin1String("Copy")) {
+            chooseFromMenu(p, how);
+        } else {
+            const QString path = QDir::homePath() + QStringLiteral("/saved-pin.png");
+            chooseFromMenu(p, how, [&](QWidget* modal) {
+                auto* dialog = qobject_cast<QFileDialog*>(modal);
+                QVERIFY(dialog && dialog->selectedFiles().value(0).endsWith(QLatin1String(".png")));
+                dialog->selectFile(path);
+                static_cast<QDialog*>(dialog)->accept(); // protected in QFileDialog
+            });
+            QCOMPARE(rgb(QImage(path)), pinned);
+            return;
+        }
+        QCOMPARE(rgb(QGuiApplication::clipboard()->image()), pinned);
+    }
+
+    void resetLeavesClickThroughAlone()
+    {
+        PinWindow* p = pin();
+        QVERIFY(p);
+        input(p, QStringLiteral("F9"));
+        QVERIFY(p->clickThrough());
+        // X11 gives an input-transparent window no keys, so the toast names the way back.
+        QVERIFY(Toast::current() && Toast::current()->body().contains(QLatin1String("F9")));
+        for (const char* key : {"R", "F", "Shift+F", "+", "0"})
+            input(p, QLatin1String(key));
+        QCOMPARE(p->zoom(), 1.0);
+        QCOMPARE(p->rotation(), 0);
+        QVERIFY(!p->flipH() && !p->flipV());
+        QCOMPARE(p->displayPixmap().cacheKey(), p->sourcePixmap().cacheKey());
+        QCOMPARE(p->size(), QSize(200 + kPadding, 100 + kPadding));
+        QVERIFY(p->clickThrough());
+        const QColor frame = p->grab().toImage().pixelColor(0, p->height() / 2);
+        QVERIFY(frame.alpha() > 0 && frame.blue() > frame.red());
+    }
+
+    void clickThroughPassesRealClicksAndComesBack()
+    {
+        QPushButton below(QStringLiteral("below"));
+        QRect area(QPoint(), QSize(600, 400));
+        area.moveCenter(QGuiApplication::primaryScreen()->availableGeometry().center());
+        below.setGeometry(area);
+        below.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&below));
+        QSignalSpy clicked(&below, &QPushButton::clicked);
+
+        PinWindow* p = pin();
+        QVERIFY(p);
+        const QRect before = p->frameGeometry();
+        // The pin's red corner is on screen over the button, so a click there must pass through.
+        const QPoint red = p->mapToGlobal(p->imageRect().topLeft() + QPoint(20, 20));
+        QScreen* screen = QGuiApplication::primaryScreen();
+        QTRY_COMPARE(screen->grabWindow(0, red.x(), red.y(), 1, 1).toImage().pixel(0, 0),
+                     qRgb(255, 0, 0));
+        QVERIFY(xdotool({"mousemove", QString::number(red.x()), QString::number(red.y())}));
+
+        m_manager->toggleClickThroughAtCursor();
+        QVERIFY(p->clickThrough());
+        QVERIFY(QTest::qWaitForWindowExposed(p));
+        QTRY_COMPARE(p->frameGeometry(), before);
+        QVERIFY(xdotool({"click", "1"}));
+        QTRY_COMPARE(clicked.count(), 1);
+
+        // The pointer alone finds a pin that takes no clicks.
+        m_manager->toggleClickThroughAtCursor();
+        QVERIFY(!p->clickThrough());
+        QVERIFY(QTest::qWaitForWindowExposed(p));
+        QTRY_COMPARE(p->frameGeometry(), before);
+    }
+
+    void shiftPressWithoutDragLeavesThePin()
+    {
+        PinWindow* p = pin();
+        QVERIFY(p);
+        const QPoint start = p->pos();
+        const QPoint at(60, 40);
+        QTest::mousePress(p, Qt::LeftButton, Qt::ShiftModifier, at);
+        QTest::mouseMove(p, at + QPoint(4, 3));
+        QTest::mouseRelease(p, Qt::LeftButton, Qt::ShiftModifier, at + QPoint(4, 3));
+        QCOMPARE(p->pos(), start);
+        QTest::mousePress(p, Qt::LeftButton, {}, at);
+        QTest::mouseMove(p, at + QPoint(30, 20));
+        QTest::mouseRelease(p, Qt::LeftButton, {}, at + QPoint(30, 20));
+        QTRY_COMPARE(p->pos(), start + QPoint(30, 20));
+    }
+
+    void closingByAnyMeansEmitsPinsChanged_data()
+    {
+        QTest::addColumn<QString>("how");
+        QTest::newRow("Escape") << "Escape";
+        QTest::newRow("menu") << "Close";
+        QTest::newRow("double click") << "";
+        QTest::newRow("clearAll") << "clearAll";
+    }
+    void closingByAnyMeansEmitsPinsChanged()
+    {
+        QFETCH(QString, how);
+        QPointer<PinWindow> p = pin();
+        QVERIFY(p);
+        QSignalSpy changed(m_manager.get(), &PinManager::pinsChanged);
+        if (how == QLatin1String("Escape"))
+            input(p, how);
+        else if (how == QLatin1String("Close"))
+            chooseFromMenu(p, how);
+        else if (how.isEmpty())
+            doubleClick(p);
+        else
+            m_manager->clearAll();
+        QTRY_VERIFY(p.isNull());
+        QCOMPARE(changed.count(), 1);
+        QVERIFY(m_manager->pins().isEmpty());
+    }
+
+    void nothingToAddOrClearEmitsNothing()
+    {
+        QSignalSpy changed(m_manager.get(), &PinManager::pinsChanged);
+        m_manager->addPin(QPixmap());
+        m_manager->clearAll();
+        QCOMPARE(changed.count(), 0);
+    }
+};
+
+ZELMOR_TEST_MAIN(TestPinWindow, QApplication)
+#include "tst_pinwindow.moc"

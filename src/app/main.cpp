@@ -77,6 +77,8 @@ int main(int argc, char** argv)
     core::startupTrace("tray ready");
 
     core::ConfigManager& config = core::ConfigManager::instance();
+    QObject::connect(&mainWindow, &widget::MainWindow::pinFromHistoryRequested, &actionManager,
+                     &manager::ActionManager::pinFromPixmap);
     QObject::connect(&mainWindow, &widget::MainWindow::copyFromHistoryRequested,
                      [](const QPixmap& pm) {
                          QGuiApplication::clipboard()->setPixmap(pm, QClipboard::Clipboard);

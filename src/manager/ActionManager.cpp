@@ -4,6 +4,7 @@
 #include "core/Log.h"
 #include "core/Toast.h"
 #include "core/Utilities.h"
+#include "manager/PinManager.h"
 #include "manager/ThemeManager.h"
 #include "service/capture/CaptureService.h"
 #include "service/capture/OutputFile.h"
@@ -13,6 +14,7 @@
 #include "widget/MainWindow.h"
 #include "widget/overlay/CaptureOverlay.h"
 
+#include <QClipboard>
 #include <QCoreApplication>
 #include <QCursor>
 #include <QDesktopServices>
@@ -55,6 +57,8 @@ ActionManager::ActionManager(widget::MainWindow* mainWindow, QObject* parent)
     };
     m_captureService = new service::capture::CaptureService(this);
     trace("CaptureService");
+    m_pinManager = new PinManager(this);
+    trace("PinManager");
 }
 
 void ActionManager::captureRegion()
@@ -80,6 +84,10 @@ void ActionManager::captureRegion()
     connect(overlay, &widget::CaptureOverlay::copyRequested, this, [this](const QPixmap& cropped) {
         m_regionCaptureActive = false;
         copyAndSave(cropped);
+    });
+    connect(overlay, &widget::CaptureOverlay::pinRequested, this, [this](const QPixmap& cropped) {
+        m_regionCaptureActive = false;
+        m_pinManager->addPin(cropped);
     });
     connect(overlay, &widget::CaptureOverlay::saveRequested, this, [this](const QPixmap& cropped) {
         m_regionCaptureActive = false;
@@ -117,12 +125,50 @@ void ActionManager::openAnnotationOverlay(const QPixmap& pixmap, const QString& 
     auto* overlay = new widget::CaptureOverlay(pixmap, nullptr);
     connect(overlay, &widget::CaptureOverlay::copyRequested, this,
             [this, copiedBody](const QPixmap& cropped) { copyOnly(cropped, copiedBody); });
+    connect(overlay, &widget::CaptureOverlay::pinRequested, m_pinManager, &PinManager::addPin);
     connect(overlay, &widget::CaptureOverlay::saveRequested, this,
             [this](const QPixmap& cropped) { saveCropped(cropped, SaveKind::Annotation); });
     overlay->selectWholeImage();
     overlay->show();
     overlay->raise();
     overlay->activateWindow();
+}
+
+void ActionManager::pinHideAll()
+{
+    m_pinManager->hideAll();
+}
+
+void ActionManager::pinRestoreAll()
+{
+    m_pinManager->restoreAll();
+}
+
+void ActionManager::clearAllPins()
+{
+    m_pinManager->clearAll();
+}
+
+void ActionManager::pinFromPixmap(const QPixmap& pixmap)
+{
+    if (!pixmap.isNull()) m_pinManager->addPin(pixmap);
+}
+
+void ActionManager::pinFromClipboard()
+{
+    const QClipboard* clipboard = QGuiApplication::clipboard();
+    if (clipboard->image().isNull()) {
+        toast(tr("No image", "tray.clipboard.empty.title"),
+              tr("Clipboard doesn't contain an image."));
+        return;
+    }
+    const QPixmap pixmap = QPixmap::fromImage(clipboard->image());
+    if (!pixmap.isNull()) m_pinManager->addPin(pixmap);
+}
+
+void ActionManager::togglePinClickThrough()
+{
+    m_pinManager->toggleClickThroughAtCursor();
 }
 
 void ActionManager::copyAndSave(const QPixmap& cropped)

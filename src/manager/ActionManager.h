@@ -4,6 +4,9 @@
 
 class QPixmap;
 
+namespace zelmor::manager {
+class PinManager;
+}
 namespace zelmor::service::capture {
 class CaptureService;
 }
@@ -23,6 +26,7 @@ public:
     explicit ActionManager(widget::MainWindow* mainWindow, QObject* parent = nullptr);
 
     service::capture::CaptureService* captureService() const { return m_captureService; }
+    PinManager* pinManager() const { return m_pinManager; }
 
     bool regionCaptureActive() const { return m_regionCaptureActive; }
 
@@ -32,6 +36,12 @@ public Q_SLOTS:
     void captureWindow();
     void captureDelayed(int secs = 3);
     void annotateScreen();
+    void pinHideAll();
+    void pinRestoreAll();
+    void clearAllPins();
+    void pinFromPixmap(const QPixmap& pixmap);
+    void pinFromClipboard();
+    void togglePinClickThrough();
     void reeditFromPixmap(const QPixmap& pixmap);
     void showHistory();
     void openOutputDir();
@@ -48,6 +58,7 @@ private:
 
     widget::MainWindow* m_mainWindow;
     service::capture::CaptureService* m_captureService;
+    PinManager* m_pinManager;
     bool m_regionCaptureActive = false;
 };
 

@@ -95,12 +95,18 @@ void TrayService::rebuildMenu()
         addItem(delayed, tr("%1 s", "tray.delayed.secs").arg(secs), a,
                 [a, secs] { a->captureDelayed(secs); });
     addItem(menu, tr("Annotate screen", "tray.annotateScreen"), a, &ActionManager::annotateScreen);
+    addItem(menu, tr("From clipboard", "tray.fromClipboard"), a, &ActionManager::pinFromClipboard)
+        ->setShortcut(shownKey(config.hotkeyPinFromClipboard()));
     menu->addSeparator();
 
     addItem(menu, tr("History", "tray.history"), a, &ActionManager::showHistory)
         ->setShortcut(shownKey(config.hotkeyHistory()));
     addItem(menu, tr("Open output directory", "tray.openOutputDir"), a,
             &ActionManager::openOutputDir);
+    QMenu* pins = menu->addMenu(tr("Pin sessions", "tray.pinSessions"));
+    addItem(pins, tr("Hide all pins", "tray.pinHideAll"), a, &ActionManager::pinHideAll);
+    addItem(pins, tr("Restore all pins", "tray.pinRestoreAll"), a, &ActionManager::pinRestoreAll);
+    addItem(pins, tr("Clear all pins", "tray.pinClearAll"), a, &ActionManager::clearAllPins);
     menu->addSeparator();
 
     QMenu* theme = menu->addMenu(tr("Theme", "tray.theme"));

@@ -109,6 +109,24 @@ private Q_SLOTS:
         QTest::qWait(200);
     }
 
+    void plainStartShowsNoWindow()
+    {
+        Home home;
+        const int windowsBefore = int(zelmor::service::capture::listTopLevelWindows().size());
+        auto process = start(home.environment(), {});
+        QTRY_VERIFY_WITH_TIMEOUT(
+            home.log().contains(QStringLiteral("[startup] entering event loop")), 5000);
+        for (const char* stage :
+             {"app constructed t=0ms", "translators loaded", "single-instance locked",
+              "theme applied", "MainWindow constructed (panels built)", "ActionManager constructed",
+              "tray ready", "hotkeys registered"})
+            QVERIFY2(home.log().contains(QLatin1String(stage)), stage);
+        QTest::qWait(500);
+        QCOMPARE(int(zelmor::service::capture::listTopLevelWindows().size()), windowsBefore);
+        QVERIFY(home.outputs().isEmpty());
+        stop(*process);
+    }
+
     void fullscreenCaptureAndSecondStart()
     {
         Home home;

@@ -4,11 +4,13 @@
 #include "core/ConfigManager.h"
 #include "core/Toast.h"
 #include "manager/ActionManager.h"
+#include "manager/PinManager.h"
 #include "service/capture/WindowList.h"
 #include "service/history/HistoryService.h"
 #include "widget/MainWindow.h"
 #include "widget/overlay/CaptureOverlay.h"
 
+#include <QClipboard>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QScreen>
@@ -235,6 +237,25 @@ private Q_SLOTS:
         m_actions->openOutputDir();
         zelmor::core::ConfigManager::instance().setOutputDir(m_outputDir);
         QVERIFY(QFileInfo(dir).isDir());
+    }
+
+    void pinsFromTheClipboard()
+    {
+        QGuiApplication::clipboard()->setText(QStringLiteral("no picture"));
+        m_actions->pinFromClipboard();
+        QCOMPARE(toastTitle(), QStringLiteral("No image"));
+        QCOMPARE(toastBody(), QStringLiteral("Clipboard doesn't contain an image."));
+        QVERIFY(m_actions->pinManager()->pins().isEmpty());
+
+        QImage image(64, 48, QImage::Format_RGB32);
+        image.fill(Qt::green);
+        QGuiApplication::clipboard()->setImage(image);
+        m_actions->pinFromClipboard();
+        QCOMPARE(m_actions->pinManager()->pins().size(), 1);
+        m_actions->pinFromPixmap(QPixmap());
+        QCOMPARE(m_actions->pinManager()->pins().size(), 1);
+        m_actions->clearAllPins();
+        QVERIFY(m_actions->pinManager()->pins().isEmpty());
     }
 
     void elevationIsRefusedWithAMessage()

@@ -3,6 +3,7 @@
 
 #include "app/HotkeyBindings.h"
 #include "core/ConfigManager.h"
+#include "core/Toast.h"
 #include "manager/ActionManager.h"
 #include "manager/HotkeyService.h"
 #include "service/capture/WindowList.h"

@@ -1,0 +1,311 @@
+#include "TaskNotificationToast.h"
+
+#include "core/ThemeFlag.h"
+#include "manager/ThemeManager.h"
+
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QToolButton>
+
+namespace zelmor::widget {
+
+using manager::TaskItem;
+using manager::TaskManager;
+
+namespace {
+
+constexpr int kHideAfterMs = 4000;
+
+struct StateLook
+{
+    const char* key;
+    const char* text;
+    const char* style;
+};
+
+StateLook lookOf(TaskItem::State state)
+{
+    switch (state) {
+    case TaskItem::Finished:
+        return {"task.finished", "✅ 完成", "color: #67c23a; font-weight: bold;"};
+    case TaskItem::Failed:
+        return {"task.failed", "❌ 失败", "color: #f56c6c; font-weight: bold;"};
+    case TaskItem::Cancelled:
+        return {"task.cancelled", "已取消", "color: #909399;"};
+    default:
+        return {"task.running", "⏳ 处理中", "color: #e6a23c; font-weight: bold;"};
+    }
+}
+
+QFont pointFont(const QWidget* w, int points, bool bold)
+{
+    QFont font = w->font();
+    font.setPointSize(points);
+    if (bold) font.setWeight(QFont::Bold);
+    return font;
+}
+
+} // namespace
+
+TaskItemRow::TaskItemRow(const TaskItem& item, QWidget* parent) : QWidget(parent), m_id(item.id)
+{
+    setObjectName(QStringLiteral("taskItemRow"));
+    setAttribute(Qt::WA_StyledBackground);
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(10, 8, 14, 8);
+    row->setSpacing(10);
+    m_thumbnail = new QLabel(this);
+    m_thumbnail->setFixedSize(36, 36);
+    m_thumbnail->setAlignment(Qt::AlignCenter);
+    m_thumbnail->setStyleSheet(
+        QStringLiteral("border-radius: 4px; background: rgba(128, 128, 128, 0.2);"));
+    m_thumbnail->setText(QStringLiteral("📷"));
+    row->addWidget(m_thumbnail);
+
+    auto* texts = new QVBoxLayout;
+    texts->setSpacing(2);
+    m_title = new QLabel(this);
+    m_title->setFont(pointFont(this, 9, true));
+    m_message = new QLabel(this);
+    m_message->setFont(pointFont(this, 8, false));
+    m_message->setStyleSheet(QStringLiteral("color: #888888;"));
+    texts->addWidget(m_title);
+    texts->addWidget(m_message);
+    row->addLayout(texts, 1);
+
+    m_status = new QLabel(this);
+    m_status->setFont(pointFont(this, 8, false));
+    row->addWidget(m_status);
+    m_cancel = new QPushButton(tr("取消", "task.cancel"), this);
+    m_cancel->setCursor(Qt::PointingHandCursor);
+    m_cancel->setFixedSize(48, 22);
+    m_cancel->setStyleSheet(
+        QStringLiteral("QPushButton { color: #f56c6c; background: rgba(245, 108, 108, 0.12);"
+                       " border: 1px solid rgba(245, 108, 108, 0.4); border-radius: 4px; }"
+                       "QPushButton:hover { background: rgba(245, 108, 108, 0.25); }"));
+    connect(m_cancel, &QPushButton::clicked, this, [this] { Q_EMIT cancelRequested(m_id); });
+    row->addWidget(m_cancel);
+    update(item);
+}
+
+void TaskItemRow::update(const TaskItem& item)
+{
+    m_title->setText(item.title);
+    m_message->setText(item.message);
+    if (!item.thumbnail.isNull())
+        m_thumbnail->setPixmap(item.thumbnail.scaled(36, 36, Qt::KeepAspectRatioByExpanding,
+                                                     Qt::SmoothTransformation));
+    const StateLook look = lookOf(item.state);
+    m_status->setText(tr(look.text, look.key));
+    m_status->setStyleSheet(QLatin1String(look.style));
+    m_cancel->setVisible(item.isActive());
+}
+
+QString TaskItemRow::statusText() const
+{
+    return m_status->text();
+}
+
+bool TaskItemRow::cancelShown() const
+{
+    return !m_cancel->isHidden();
+}
+
+TaskNotificationToast& TaskNotificationToast::instance()
+{
+    static auto* card = new TaskNotificationToast; // lives for the process, like the task list
+    return *card;
+}
+
+TaskNotificationToast::TaskNotificationToast() : QWidget(nullptr)
+{
+    setObjectName(QStringLiteral("taskToastContainer"));
+    setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    auto* outer = new QVBoxLayout(this);
+    outer->setContentsMargins(0, 0, 0, 0);
+    auto* card = new QWidget(this);
+    card->setObjectName(QStringLiteral("taskToastCard"));
+    card->setAttribute(Qt::WA_StyledBackground);
+    outer->addWidget(card);
+
+    auto* column = new QVBoxLayout(card);
+    column->setContentsMargins(12, 10, 12, 10);
+    column->setSpacing(8);
+    auto* header = new QHBoxLayout;
+    m_header = new QLabel(tr("⚡ AI 后台任务管理器", "task.manager.title"), card);
+    m_header->setFont(pointFont(this, 10, true));
+    auto* close = new QToolButton(card);
+    close->setText(QStringLiteral("✕"));
+    close->setCursor(Qt::PointingHandCursor);
+    connect(close, &QToolButton::clicked, this, &QWidget::hide);
+    header->addWidget(m_header);
+    header->addStretch();
+    header->addWidget(close);
+    column->addLayout(header);
+
+    auto* scroll = new QScrollArea(card);
+    scroll->setObjectName(QStringLiteral("taskScrollArea"));
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    auto* container = new QWidget(scroll);
+    container->setObjectName(QStringLiteral("taskListContainer"));
+    m_list = new QVBoxLayout(container);
+    m_list->setSpacing(6);
+    m_list->addStretch();
+    scroll->setWidget(container);
+    column->addWidget(scroll);
+
+    m_hideTimer.setSingleShot(true);
+    connect(&m_hideTimer, &QTimer::timeout, this, [this] {
+        if (m_hovered) return;
+        TaskManager::instance().clearFinished();
+        hide();
+    });
+    TaskManager& tasks = TaskManager::instance();
+    connect(&tasks, &TaskManager::taskAdded, this, &TaskNotificationToast::onTaskAdded);
+    connect(&tasks, &TaskManager::taskUpdated, this, &TaskNotificationToast::onTaskUpdated);
+    connect(&tasks, &TaskManager::taskRemoved, this, &TaskNotificationToast::onTaskRemoved);
+    connect(&tasks, &TaskManager::activeCountChanged, this,
+            &TaskNotificationToast::onActiveCountChanged);
+    connect(&manager::ThemeManager::instance(), &manager::ThemeManager::themeChanged, this,
+            &TaskNotificationToast::applyTheme);
+    applyTheme();
+}
+
+void TaskNotificationToast::applyTheme()
+{
+    const bool dark = core::isDarkTheme();
+    setStyleSheet(
+        QStringLiteral(
+            "#taskToastCard { background: %1; border: 1px solid %2; border-radius: 12px; }"
+            "#taskToastCard QLabel { color: %3; }"
+            "#taskListContainer, #taskScrollArea { background: transparent; }"
+            "#taskItemRow { background: %4; border-radius: 8px; }"
+            "QScrollBar:vertical { width: 6px; background: transparent; }"
+            "QScrollBar::handle:vertical { background: %5; border-radius: 3px; }"
+            "QScrollBar::handle:vertical:hover { background: %6; }"
+            "QScrollBar::add-line, QScrollBar::sub-line { height: 0; }")
+            .arg(dark ? QStringLiteral("#2b2b30") : QStringLiteral("#FFFFFF"),
+                 dark ? QStringLiteral("#3a3a40") : QStringLiteral("#E6E6E6"),
+                 dark ? QStringLiteral("#e4e4e7") : QStringLiteral("#222222"),
+                 dark ? QStringLiteral("#202024") : QStringLiteral("#F7F7F8"),
+                 dark ? QStringLiteral("rgba(255,255,255,0.25)")
+                      : QStringLiteral("rgba(0,0,0,0.25)"),
+                 dark ? QStringLiteral("rgba(255,255,255,0.5)")
+                      : QStringLiteral("rgba(0,0,0,0.5)")));
+}
+
+void TaskNotificationToast::addRow(const TaskItem& item)
+{
+    auto* row = new TaskItemRow(item, m_list->parentWidget());
+    connect(row, &TaskItemRow::cancelRequested, &TaskManager::instance(), &TaskManager::cancelTask);
+    m_list->insertWidget(m_list->count() - 1, row); // before the closing stretch
+    m_rows.insert(item.id, row);
+}
+
+void TaskNotificationToast::onTaskAdded(const TaskItem& item)
+{
+    if (m_rows.contains(item.id)) return;
+    addRow(item);
+    m_hideTimer.stop();
+    place();
+    raise();
+    show();
+}
+
+void TaskNotificationToast::onTaskUpdated(const TaskItem& item)
+{
+    if (TaskItemRow* row = m_rows.value(item.id)) {
+        row->update(item);
+    } else {
+        onTaskAdded(item);
+    }
+}
+
+void TaskNotificationToast::onTaskRemoved(quint64 id)
+{
+    TaskItemRow* row = m_rows.take(id);
+    if (!row) return;
+    m_list->removeWidget(row);
+    row->deleteLater();
+    place();
+}
+
+void TaskNotificationToast::onActiveCountChanged(int count)
+{
+    if (count > 0) {
+        m_header->setText(tr("⚡ AI 后台任务 (%1 处理中)", "task.header.active").arg(count));
+        m_hideTimer.stop();
+        return;
+    }
+    m_header->setText(tr("⚡ AI 后台任务 (处理完成)", "task.header.finished"));
+    hideWhenIdle();
+}
+
+QString TaskNotificationToast::headerText() const
+{
+    return m_header->text();
+}
+
+void TaskNotificationToast::hideWhenIdle()
+{
+    if (!m_hovered && TaskManager::instance().activeCount() == 0) m_hideTimer.start(kHideAfterMs);
+}
+
+void TaskNotificationToast::showSynced()
+{
+    const QList<TaskItem> tasks = TaskManager::instance().tasks();
+    QList<quint64> ids;
+    for (const TaskItem& task : tasks)
+        ids.append(task.id);
+    for (quint64 id : m_rows.keys())
+        if (!ids.contains(id)) onTaskRemoved(id);
+    for (const TaskItem& task : tasks) {
+        if (TaskItemRow* row = m_rows.value(task.id)) {
+            row->update(task);
+        } else {
+            addRow(task);
+        }
+    }
+    onActiveCountChanged(TaskManager::instance().activeCount());
+    place();
+    raise();
+    show();
+}
+
+void TaskNotificationToast::place()
+{
+    setFixedSize(380, qBound(80, 48 + 56 * int(m_rows.size()), 320));
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    const QRect area = screen ? screen->availableGeometry() : QRect();
+    if (!area.isValid()) return;
+    move(area.right() - 20 - width() + 1, area.bottom() - 20 - height() + 1);
+}
+
+void TaskNotificationToast::enterEvent(QEnterEvent* event)
+{
+    m_hovered = true;
+    m_hideTimer.stop();
+    QWidget::enterEvent(event);
+}
+
+void TaskNotificationToast::leaveEvent(QEvent* event)
+{
+    m_hovered = false;
+    hideWhenIdle();
+    QWidget::leaveEvent(event);
+}
+
+void TaskNotificationToast::resizeEvent(QResizeEvent* event)
+{
+    applyTheme();
+    QWidget::resizeEvent(event);
+}
+
+} // namespace zelmor::widget

@@ -1,6 +1,7 @@
 #include "HistoryService.h"
 
 #include "core/Log.h"
+#include "service/ai/AiProviderService.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -104,6 +105,10 @@ HistoryService::HistoryService(const QString& dbPath, const QString& connectionN
     qRegisterMetaType<HistoryItem>();
     m_ready = open(dbPath);
     if (m_ready) migrate(m_connectionName);
+    // The provider table lives in the same file. Only the process store hands its connection
+    // over, so that a store on a private connection cannot capture the provider singleton.
+    if (m_ready && m_connectionName == QLatin1String("zelmor-history"))
+        ai::AiProviderService::instance().ensureTable(m_connectionName);
 }
 
 HistoryService::~HistoryService()

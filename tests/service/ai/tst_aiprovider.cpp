@@ -1,0 +1,273 @@
+#include "TestMain.h"
+
+#include "core/ConfigManager.h"
+#include "service/ai/AiProviderService.h"
+
+#include <QGuiApplication>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSettings>
+#include <QSqlDatabase>
+
+#include <memory>
+
+using namespace zelmor::service::ai;
+
+namespace {
+
+QStringList fields(const AiProvider& p)
+{
+    return {p.name, p.protocol, p.baseUrl, p.apiKey, p.model};
+}
+
+// What older versions kept in the settings group "ai"; an empty map clears the group.
+void writeLegacySettings(const QVariantMap& values)
+{
+    QSettings settings(zelmor::core::ConfigManager::instance().fileName(), QSettings::IniFormat);
+    settings.remove(QStringLiteral("ai"));
+    for (auto it = values.begin(); it != values.end(); ++it)
+        settings.setValue(QStringLiteral("ai/") + it.key(), it.value());
+    settings.sync();
+}
+
+} // namespace
+
+class TestAiProvider : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    QString m_connection;
+    std::unique_ptr<AiProviderService> m_service;
+
+    qint64 add(const QString& name, qint32 sortOrder = 0, bool isDefault = false)
+    {
+        AiProvider p;
+        p.name = name;
+        p.protocol = QStringLiteral("openai");
+        p.sortOrder = sortOrder;
+        p.isDefault = isDefault;
+        return m_service->insert(p);
+    }
+
+    QStringList defaultNames() const
+    {
+        QStringList names;
+        for (const AiProvider& p : m_service->list())
+            if (p.isDefault) names << p.name;
+        return names;
+    }
+
+private Q_SLOTS:
+    // First, so that nothing has opened the process store before.
+    void processStoreImportsSettingsOnFirstUse()
+    {
+        writeLegacySettings({{"apiKey", "legacy-key"}, {"baseUrl", "http://legacy.example"}});
+        // No one opened the history store: reading the providers opens it.
+        AiProviderService& service = AiProviderService::instance();
+        const QList<AiProvider> providers = service.list();
+        QCOMPARE(providers.size(), 1);
+        QCOMPARE(fields(providers[0]),
+                 QStringList({"Imported", "anthropic", "http://legacy.example", "legacy-key", ""}));
+        QVERIFY(providers[0].isDefault);
+        QVERIFY(service.remove(providers[0].id));
+        writeLegacySettings({});
+    }
+
+    void init()
+    {
+        static int count = 0;
+        m_connection = QStringLiteral("providers-%1").arg(++count);
+        QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", m_connection);
+        db.setDatabaseName(m_dir.filePath(m_connection + ".db"));
+        QVERIFY(db.open());
+        m_service = std::make_unique<AiProviderService>();
+        QVERIFY(m_service->ensureTable(m_connection));
+    }
+
+    void cleanup()
+    {
+        m_service.reset();
+        QSqlDatabase::database(m_connection, false).close();
+        QSqlDatabase::removeDatabase(m_connection);
+        writeLegacySettings({});
+    }
+
+    void presetTable()
+    {
+        const QList<AiProviderPreset> all = presets();
+        QCOMPARE(all.size(), 12);
+        QSet<QString> names;
+        for (const AiProviderPreset& preset : all) {
+            names.insert(preset.name);
+            QVERIFY2(preset.models.contains(preset.defaultModel), qPrintable(preset.name));
+            QVERIFY2(!preset.baseUrl.endsWith('/'), qPrintable(preset.name));
+            const bool local = preset.name.contains("(local)");
+            const bool relay = preset.name == "OpenAI-Compat Relay";
+            QVERIFY2(relay ? preset.baseUrl.isEmpty()
+                           : preset.baseUrl.startsWith(local ? "http://localhost:" : "https://"),
+                     qPrintable(preset.name));
+        }
+        QCOMPARE(names.size(), all.size());
+        QCOMPARE(all[10].baseUrl, "http://localhost:11434");
+        QCOMPARE(all[11].baseUrl, "http://localhost:1234/v1");
+    }
+
+    void removePassesTheDefaultOn_data()
+    {
+        QTest::addColumn<QList<int>>("sortOrders"); // providers p0, p1, ... in insert order
+        QTest::addColumn<int>("defaultIndex");
+        QTest::addColumn<int>("removeIndex");
+        QTest::addColumn<QStringList>("defaultsAfter");
+
+        QTest::newRow("default removed, lowest sort order takes it")
+            << QList<int>{5, 1, 1} << 0 << 0 << QStringList{"p1"};
+        QTest::newRow("default removed, tie goes to the lower id")
+            << QList<int>{0, 0, 0} << 1 << 1 << QStringList{"p0"};
+        QTest::newRow("other removed, default stays")
+            << QList<int>{0, 0, 0} << 2 << 0 << QStringList{"p2"};
+        QTest::newRow("last one removed") << QList<int>{0} << 0 << 0 << QStringList{};
+    }
+
+    void removePassesTheDefaultOn()
+    {
+        QFETCH(QList<int>, sortOrders);
+        QFETCH(int, defaultIndex);
+        QFETCH(int, removeIndex);
+        QFETCH(QStringList, defaultsAfter);
+
+        QList<qint64> ids;
+        for (int i = 0; i < sortOrders.size(); ++i)
+            ids << add(QStringLiteral("p%1").arg(i), sortOrders[i], i == defaultIndex);
+        QVERIFY(m_service->remove(ids[removeIndex]));
+        QCOMPARE(m_service->count(), sortOrders.size() - 1);
+        QCOMPARE(defaultNames(), defaultsAfter);
+        QCOMPARE(m_service->active().name, defaultsAfter.value(0));
+    }
+
+    void activeWithoutDefaultIsFirstRow()
+    {
+        QCOMPARE(m_service->active().id, 0);
+        QVERIFY(m_service->active().baseUrl.isEmpty());
+        add("a", 3);
+        add("b", 1);
+        add("c", 1);
+        QCOMPARE(m_service->active().name, "b");
+        QCOMPARE(defaultNames(), QStringList());
+    }
+
+    void onlyOneDefault()
+    {
+        const qint64 a = add("a", 0, true);
+        add("b", 0, true);
+        QCOMPARE(defaultNames(), QStringList{"b"});
+
+        AiProvider first = m_service->get(a);
+        first.isDefault = true;
+        QVERIFY(m_service->update(first));
+        QCOMPARE(defaultNames(), QStringList{"a"});
+
+        QVERIFY(m_service->setDefault(add("c")));
+        QCOMPARE(defaultNames(), QStringList{"c"});
+    }
+
+    void importJson_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("nameOverride");
+        QTest::addColumn<QStringList>("expected"); // empty: refused
+
+        QTest::newRow("empty object") << "{}"
+                                      << "" << QStringList{"Imported", "openai-compat", "", "", ""};
+        QTest::newRow("full") << R"({"name":"Team","protocol":"anthropic","baseUrl":"https://x",)"
+                                 R"("apiKey":"k","model":"m"})"
+                              << "" << QStringList{"Team", "anthropic", "https://x", "k", "m"};
+        QTest::newRow("name overridden") << R"({"name":"Team","protocol":"ollama"})"
+                                         << "Mine" << QStringList{"Mine", "ollama", "", "", ""};
+        QTest::newRow("empty name") << R"({"name":""})"
+                                    << "" << QStringList{"Imported", "openai-compat", "", "", ""};
+        QTest::newRow("array") << R"([{"name":"a"}])"
+                               << "" << QStringList{};
+        QTest::newRow("not json") << "name: a"
+                                  << "" << QStringList{};
+        QTest::newRow("empty text") << ""
+                                    << "" << QStringList{};
+    }
+
+    void importJson()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, nameOverride);
+        QFETCH(QStringList, expected);
+
+        const qint64 id = m_service->importJson(text, nameOverride);
+        if (expected.isEmpty()) {
+            QCOMPARE(id, -1);
+            QCOMPARE(m_service->count(), 0);
+            return;
+        }
+        QVERIFY(id > 0);
+        const AiProvider imported = m_service->get(id);
+        QCOMPARE(fields(imported), expected);
+        QVERIFY(!imported.isDefault);
+    }
+
+    void shareFormRoundTrip()
+    {
+        AiProvider p;
+        p.name = "Relay";
+        p.protocol = "openai-compat";
+        p.baseUrl = "https://relay.example/v1";
+        p.apiKey = "sk-shared";
+        p.model = "gpt-4o";
+        p.isDefault = true;
+        const qint64 id = m_service->insert(p);
+
+        const QString text = m_service->exportJson(id);
+        QCOMPARE(QJsonDocument::fromJson(text.toUtf8()).object().keys(),
+                 QStringList({"apiKey", "baseUrl", "model", "name", "protocol"}));
+        QCOMPARE(fields(m_service->get(m_service->importJson(text))), fields(p));
+        QCOMPARE(m_service->exportJson(id + 100), QString());
+    }
+
+    void legacySettingsImport_data()
+    {
+        QTest::addColumn<QVariantMap>("settings");
+        QTest::addColumn<bool>("tableHasRows");
+        QTest::addColumn<QStringList>("expected"); // the providers' names and fields, in order
+
+        QTest::newRow("key only") << QVariantMap{{"apiKey", "k"}} << false
+                                  << QStringList{"Imported", "anthropic", "", "k", ""};
+        QTest::newRow("base, protocol and model")
+            << QVariantMap{{"provider", "openai-compat"}, {"baseUrl", "http://b"}, {"model", "m"}}
+            << false << QStringList{"Imported", "openai-compat", "http://b", "", "m"};
+        QTest::newRow("neither key nor base")
+            << QVariantMap{{"model", "m"}} << false << QStringList{};
+        QTest::newRow("table already has rows")
+            << QVariantMap{{"apiKey", "k"}} << true << QStringList{"kept", "openai", "", "", ""};
+    }
+
+    void legacySettingsImport()
+    {
+        QFETCH(QVariantMap, settings);
+        QFETCH(bool, tableHasRows);
+        QFETCH(QStringList, expected);
+
+        if (tableHasRows) add("kept");
+        writeLegacySettings(settings);
+        AiProviderService restarted;
+        QVERIFY(restarted.ensureTable(m_connection));
+
+        QStringList actual;
+        for (const AiProvider& p : restarted.list())
+            actual << fields(p);
+        QCOMPARE(actual, expected);
+        if (!expected.isEmpty()) QCOMPARE(restarted.active().name, expected[0]);
+        // The settings stay for an older version started again.
+        QSettings ini(zelmor::core::ConfigManager::instance().fileName(), QSettings::IniFormat);
+        QCOMPARE(ini.value("ai/model"), settings.value("model"));
+    }
+};
+
+ZELMOR_TEST_MAIN(TestAiProvider, QGuiApplication)
+#include "tst_aiprovider.moc"

@@ -1,0 +1,132 @@
+#include "AiApiService.h"
+
+#include "AiDialect.h"
+#include "AiProviderService.h"
+#include "core/Log.h"
+
+#include <QJsonDocument>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QTimer>
+#include <QUrl>
+
+#include <memory>
+
+namespace zelmor::service::ai {
+
+namespace {
+
+constexpr int kChatLimitMs = 120000;
+constexpr int kTestLimitMs = 30000;
+
+// Neither the key nor the provider's words go to the log: some providers quote the key
+// back in their error message, and a base URL may carry one in its query.
+void logFailure(const QString& protocol, QNetworkReply* reply)
+{
+    const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    core::writeLogLine(QStringLiteral("[ai] %1 request to %2 failed: network error %3, HTTP %4")
+                           .arg(protocol, reply->url().host())
+                           .arg(int(reply->error()))
+                           .arg(status));
+}
+
+} // namespace
+
+AiApiService::AiApiService(QObject* parent)
+    : QObject(parent), m_network(new QNetworkAccessManager(this))
+{}
+
+void AiApiService::chat(const ChatRequest& request)
+{
+    const AiProvider provider = AiProviderService::instance().active();
+    Step step;
+    step.protocol = effectiveProtocol(provider.protocol);
+    step.url = endpointUrl(step.protocol, provider.baseUrl);
+    if (step.url.isEmpty()) {
+        Q_EMIT chatFailed(tr("AI Base URL is not configured. Please open Zelmor Settings -> AI "
+                             "to set API Base URL & Key."));
+        return;
+    }
+    step.apiKey = provider.apiKey;
+    step.body = requestBody(request, step.protocol, provider.model);
+    send(step);
+}
+
+void AiApiService::send(const Step& step)
+{
+    QNetworkReply* reply = m_network->post(makeRequest(step.url, step.protocol, step.apiKey),
+                                           QJsonDocument(step.body).toJson(QJsonDocument::Compact));
+    m_reply = reply;
+
+    auto* limit = new QTimer(reply);
+    limit->setSingleShot(true);
+    connect(limit, &QTimer::timeout, reply, [reply] {
+        if (reply->isRunning()) reply->abort();
+    });
+    limit->start(kChatLimitMs);
+
+    connect(reply, &QNetworkReply::finished, this, [this, reply, step] { finish(reply, step); });
+}
+
+void AiApiService::finish(QNetworkReply* reply, const Step& step)
+{
+    // Only this pointer is compared: an older reply on the same object is still delivered.
+    if (m_reply == reply) m_reply = nullptr;
+    reply->deleteLater();
+    // An aborted reply is closed and has nothing left to read.
+    const QByteArray bytes = reply->isOpen() ? reply->readAll() : QByteArray();
+
+    if (reply->error() != QNetworkReply::NoError) {
+        logFailure(step.protocol, reply);
+        Q_EMIT chatFailed(failureReason(reply->errorString(), bytes));
+        return;
+    }
+    QString text = replyText(bytes);
+    // An answer in no known shape, an HTML page say, is still what the user should see.
+    if (text.isEmpty() && !bytes.isEmpty()) text = QString::fromUtf8(bytes);
+    Q_EMIT chatFinished(text);
+}
+
+void AiApiService::cancel()
+{
+    if (!m_reply) return;
+    QNetworkReply* reply = m_reply;
+    m_reply = nullptr;
+    reply->abort();
+}
+
+void AiApiService::testConnection(const AiProvider& provider,
+                                  std::function<void(bool ok, const QString& error)> done)
+{
+    ChatRequest request;
+    request.text = QStringLiteral("hi");
+    request.maxTokens = 1;
+    const QString protocol = effectiveProtocol(provider.protocol);
+    const QString url = endpointUrl(protocol, provider.baseUrl);
+    QNetworkReply* reply =
+        m_network->post(makeRequest(url, protocol, provider.apiKey),
+                        QJsonDocument(requestBody(request, protocol, provider.model))
+                            .toJson(QJsonDocument::Compact));
+
+    // The abort on time-out finishes the reply too; only the first outcome is reported.
+    auto answered = std::make_shared<bool>(false);
+    connect(reply, &QNetworkReply::finished, this, [reply, done, answered, protocol] {
+        reply->deleteLater();
+        if (*answered) return;
+        *answered = true;
+        if (reply->error() == QNetworkReply::NoError) {
+            done(true, QString());
+            return;
+        }
+        logFailure(protocol, reply);
+        done(false, reply->errorString());
+    });
+    QTimer::singleShot(kTestLimitMs, reply, [reply, done, answered] {
+        if (*answered) return;
+        *answered = true;
+        reply->abort();
+        done(false, QStringLiteral("Timeout"));
+    });
+}
+
+} // namespace zelmor::service::ai

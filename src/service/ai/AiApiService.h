@@ -1,0 +1,57 @@
+#pragma once
+
+#include "AiProvider.h"
+#include "ChatRequest.h"
+
+#include <QJsonObject>
+#include <QObject>
+#include <QPointer>
+
+#include <functional>
+
+class QNetworkAccessManager;
+class QNetworkReply;
+
+namespace zelmor::service::ai {
+
+// One POST to the active provider and its answer as plain text. Make one object per job:
+// a second chat on the same object does not end the first, and both answers arrive.
+class AiApiService : public QObject
+{
+    Q_OBJECT
+public:
+    explicit AiApiService(QObject* parent = nullptr);
+
+    // Ends in exactly one of chatFinished or chatFailed.
+    void chat(const ChatRequest& request);
+    // Aborts the request in flight, which then ends in chatFailed.
+    void cancel();
+    // Sends "hi" for one token to the given provider; any HTTP success counts. `done` runs
+    // once, unless this object is destroyed first.
+    void testConnection(const AiProvider& provider,
+                        std::function<void(bool ok, const QString& error)> done);
+
+Q_SIGNALS:
+    void chatFinished(const QString& text);
+    void chatFailed(const QString& reason);
+    // Never emitted: every request asks for the whole answer at once.
+    void chatStreamChunk(const QString& chunk);
+
+private:
+    // One POST, captured whole by its reply's handler.
+    struct Step
+    {
+        QString url;
+        QString protocol; // effective
+        QString apiKey;
+        QJsonObject body;
+    };
+
+    void send(const Step& step);
+    void finish(QNetworkReply* reply, const Step& step);
+
+    QNetworkAccessManager* m_network;
+    QPointer<QNetworkReply> m_reply;
+};
+
+} // namespace zelmor::service::ai

@@ -17,6 +17,7 @@ struct WindowRecord
     std::string className;
     Rect frame; // outer rectangle including the window manager's decorations
     bool minimized = false;
+    bool maximized = false;
     bool visible = false;
     std::int64_t processId = 0; // 0 when the window does not say
 };
@@ -26,5 +27,19 @@ std::vector<WindowRecord> listTopLevelWindows();
 
 // The window holding the input focus; a record with handle 0 when there is none.
 WindowRecord foregroundWindow();
+
+// The topmost shown top-level window whose frame holds the point; 0 when none.
+WindowHandle windowAt(Point point);
+
+// File name, without its folder, of the program that owns the window; empty when unknown.
+std::string windowProcessName(WindowHandle window);
+
+// Requests to the window manager, which carries them out asynchronously. False when the window
+// is gone or nothing could carry the request out.
+bool activateWindow(WindowHandle window); // raises, focuses and un-minimizes
+bool minimizeWindow(WindowHandle window);
+bool maximizeWindow(WindowHandle window); // and activates
+bool restoreWindow(WindowHandle window);  // from minimized, else from maximized; and activates
+bool closeWindow(WindowHandle window);    // asks the program, which may refuse
 
 } // namespace zelmor::platform

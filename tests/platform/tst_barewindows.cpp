@@ -3,6 +3,7 @@
 
 #include "TestMain.h"
 
+#include "platform/Windows.h"
 #include "service/capture/WindowList.h"
 
 #include <QWidget>
@@ -52,6 +53,26 @@ private Q_SLOTS:
 
         b->hide();
         QTRY_COMPARE(indexOf(b->windowTitle()), -1);
+    }
+
+    // Raising, focusing and closing are done without a manager; minimizing and maximizing not.
+    void actionsWithoutAWindowManager()
+    {
+        namespace platform = zelmor::platform;
+        auto a = makeWindow(QStringLiteral("Bare actions A"), QRect(100, 100, 300, 200));
+        auto b = makeWindow(QStringLiteral("Bare actions B"), QRect(150, 150, 300, 200));
+        QVERIFY(QTest::qWaitForWindowExposed(a.get()));
+        QVERIFY(QTest::qWaitForWindowExposed(b.get()));
+        for (QWidget* target : {a.get(), b.get(), a.get()}) {
+            QVERIFY(platform::activateWindow(target->winId()));
+            QTRY_COMPARE(platform::foregroundWindow().handle,
+                         platform::WindowHandle(target->winId()));
+            QCOMPARE(platform::windowAt({200, 200}), platform::WindowHandle(target->winId()));
+        }
+        QVERIFY(!platform::minimizeWindow(a->winId()));
+        QVERIFY(!platform::maximizeWindow(a->winId()));
+        QVERIFY(platform::closeWindow(b->winId()));
+        QTRY_VERIFY(!b->isVisible());
     }
 };
 

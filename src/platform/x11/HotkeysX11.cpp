@@ -2,6 +2,7 @@
 // other request can swallow their events (Windows: RegisterHotKey and WM_HOTKEY).
 
 #include "../Hotkeys.h"
+#include "KeyboardX11.h"
 #include "X11Connection.h"
 
 #include <xcb/xcb_keysyms.h>
@@ -34,56 +35,6 @@ constexpr std::uint16_t kIgnoredModifiers[] = {0, XCB_MOD_MASK_LOCK, XCB_MOD_MAS
                                                XCB_MOD_MASK_LOCK | XCB_MOD_MASK_2};
 constexpr std::uint16_t kRelevantModifiers =
     XCB_MOD_MASK_SHIFT | XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | XCB_MOD_MASK_4;
-
-xcb_keysym_t keysymForVirtualKey(unsigned vk)
-{
-    if (vk >= '0' && vk <= '9') return XK_0 + (vk - '0');
-    if (vk >= 'A' && vk <= 'Z') return XK_a + (vk - 'A');
-    if (vk >= 0x70 && vk <= 0x87) return XK_F1 + (vk - 0x70);
-    switch (vk) {
-    case 27:
-        return XK_Escape;
-    case 9:
-        return XK_Tab;
-    case 8:
-        return XK_BackSpace;
-    case 13:
-        return XK_Return;
-    case 45:
-        return XK_Insert;
-    case 46:
-        return XK_Delete;
-    case 19:
-        return XK_Pause;
-    case 44:
-        return XK_Print;
-    case 36:
-        return XK_Home;
-    case 35:
-        return XK_End;
-    case 37:
-        return XK_Left;
-    case 38:
-        return XK_Up;
-    case 39:
-        return XK_Right;
-    case 40:
-        return XK_Down;
-    case 33:
-        return XK_Prior;
-    case 34:
-        return XK_Next;
-    case 20:
-        return XK_Caps_Lock;
-    case 144:
-        return XK_Num_Lock;
-    case 145:
-        return XK_Scroll_Lock;
-    case 32:
-        return XK_space;
-    }
-    return XCB_NO_SYMBOL;
-}
 
 std::uint16_t x11Modifiers(unsigned modifiers)
 {
@@ -149,7 +100,7 @@ void ungrab(HotkeyConnection& h, const Binding& b)
 bool registerHotkey(int id, unsigned modifiers, unsigned virtualKey)
 {
     HotkeyConnection* h = HotkeyConnection::instance();
-    const xcb_keysym_t keysym = keysymForVirtualKey(virtualKey);
+    const xcb_keysym_t keysym = x11::keysymForVirtualKey(virtualKey);
     if (!h || keysym == XCB_NO_SYMBOL) return false;
     std::lock_guard<std::mutex> lock(h->mutex);
     if (h->bindings.count(id)) return false;

@@ -1,9 +1,15 @@
-// Top-level windows from EWMH properties (Windows: EnumWindows, GetForegroundWindow).
+// Top-level windows from EWMH properties and requests to the window manager (Windows:
+// EnumWindows, GetForegroundWindow, ShowWindow, SetForegroundWindow, PostMessage).
 
 #include "../Windows.h"
 #include "X11Connection.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
+#include <climits>
+#include <fstream>
 
 namespace zelmor::platform {
 
@@ -17,7 +23,7 @@ constexpr std::uint32_t kIconicState = 3; // WM_STATE value of a minimized windo
 struct Atoms
 {
     xcb_atom_t clientListStacking, activeWindow, supportingWmCheck, netWmName, utf8String, wmState,
-        netWmState, netWmStateHidden, frameExtents, netWmPid;
+        netWmState, netWmStateHidden, netWmStateMaxVert, netWmStateMaxHorz, frameExtents, netWmPid;
 
     explicit Atoms(X11Connection& x)
         : clientListStacking(x.atom("_NET_CLIENT_LIST_STACKING")),
@@ -25,6 +31,8 @@ struct Atoms
           supportingWmCheck(x.atom("_NET_SUPPORTING_WM_CHECK")), netWmName(x.atom("_NET_WM_NAME")),
           utf8String(x.atom("UTF8_STRING")), wmState(x.atom("WM_STATE")),
           netWmState(x.atom("_NET_WM_STATE")), netWmStateHidden(x.atom("_NET_WM_STATE_HIDDEN")),
+          netWmStateMaxVert(x.atom("_NET_WM_STATE_MAXIMIZED_VERT")),
+          netWmStateMaxHorz(x.atom("_NET_WM_STATE_MAXIMIZED_HORZ")),
           frameExtents(x.atom("_NET_FRAME_EXTENTS")), netWmPid(x.atom("_NET_WM_PID"))
     {}
 };
@@ -112,6 +120,9 @@ WindowRecord collect(X11Connection& x, const Atoms& a, const PendingWindow& p)
     const std::vector<std::uint32_t> netState = propertyWords(c, p.netState);
     r.minimized = (!wmState.empty() && wmState[0] == kIconicState) ||
                   std::find(netState.begin(), netState.end(), a.netWmStateHidden) != netState.end();
+    r.maximized =
+        std::find(netState.begin(), netState.end(), a.netWmStateMaxVert) != netState.end() &&
+        std::find(netState.begin(), netState.end(), a.netWmStateMaxHorz) != netState.end();
 
     const std::vector<std::uint32_t> extents =
         propertyWords(c, p.extents); // left, right, top, bottom
@@ -229,6 +240,172 @@ WindowRecord foregroundWindow()
     // Some window managers keep naming a window as active after it was withdrawn.
     WindowRecord record = describe(*x, a, {window}).front();
     return record.visible ? record : WindowRecord();
+}
+
+namespace {
+
+constexpr std::uint32_t kSourcePager = 2; // EWMH: the request comes from a pager or tool
+constexpr std::uint32_t kIconicRequest = 3;
+constexpr std::uint32_t kStateRemove = 0;
+constexpr std::uint32_t kStateAdd = 1;
+
+bool exists(X11Connection& x, WindowHandle window)
+{
+    if (window == 0 || window > UINT32_MAX) return false;
+    Reply<xcb_get_window_attributes_reply_t> attributes(xcb_get_window_attributes_reply(
+        x.connection(), xcb_get_window_attributes(x.connection(), xcb_window_t(window)), nullptr));
+    return bool(attributes);
+}
+
+void sendClientMessage(X11Connection& x, xcb_window_t destination, std::uint32_t eventMask,
+                       xcb_window_t window, xcb_atom_t type, std::array<std::uint32_t, 5> data)
+{
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = window;
+    event.type = type;
+    std::copy(data.begin(), data.end(), event.data.data32);
+    xcb_send_event(x.connection(), 0, destination, eventMask,
+                   reinterpret_cast<const char*>(&event));
+    xcb_flush(x.connection());
+}
+
+void askWindowManager(X11Connection& x, xcb_window_t window, const char* message,
+                      std::array<std::uint32_t, 5> data)
+{
+    sendClientMessage(x, x.root(),
+                      XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                      window, x.atom(message), data);
+}
+
+void setMaximized(X11Connection& x, xcb_window_t window, bool maximized)
+{
+    askWindowManager(x, window, "_NET_WM_STATE",
+                     {maximized ? kStateAdd : kStateRemove, x.atom("_NET_WM_STATE_MAXIMIZED_VERT"),
+                      x.atom("_NET_WM_STATE_MAXIMIZED_HORZ"), kSourcePager, 0});
+}
+
+// Without a window manager nothing can minimize or maximize, but raising and focusing are
+// plain requests that the window's owner would otherwise leave to the manager.
+bool activate(X11Connection& x, const Atoms& a, xcb_window_t window)
+{
+    if (windowManagerRunning(x, a)) {
+        askWindowManager(x, window, "_NET_ACTIVE_WINDOW",
+                         {kSourcePager, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0});
+        return true;
+    }
+    xcb_connection_t* c = x.connection();
+    const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+    xcb_map_window(c, window);
+    xcb_configure_window(c, window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+    xcb_set_input_focus(c, XCB_INPUT_FOCUS_POINTER_ROOT, window, XCB_CURRENT_TIME);
+    xcb_flush(c);
+    return true;
+}
+
+std::string fileNameOf(std::string path)
+{
+    // The link of a program whose file was replaced while it ran ends in this.
+    const std::string deleted = " (deleted)";
+    if (path.size() > deleted.size() &&
+        path.compare(path.size() - deleted.size(), deleted.size(), deleted) == 0)
+        path.resize(path.size() - deleted.size());
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+} // namespace
+
+WindowHandle windowAt(Point point)
+{
+    for (const WindowRecord& w : listTopLevelWindows())
+        if (w.visible && !w.minimized && w.frame.contains(point)) return w.handle;
+    return 0;
+}
+
+std::string windowProcessName(WindowHandle window)
+{
+    X11Connection* x = X11Connection::shared();
+    if (!x || !exists(*x, window)) return {};
+    xcb_connection_t* c = x->connection();
+    const xcb_window_t w = xcb_window_t(window);
+    const auto pidCookie = askProperty(c, w, x->atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 1);
+    const auto machineCookie = askProperty(c, w, XCB_ATOM_WM_CLIENT_MACHINE, XCB_ATOM_STRING, 64);
+    const std::vector<std::uint32_t> pid = propertyWords(c, pidCookie);
+    std::vector<std::uint8_t> machine = propertyBytes(c, machineCookie);
+    if (pid.empty() || pid[0] == 0) return {};
+    // A window of another host names a process id of that host, not of this one.
+    char host[HOST_NAME_MAX + 1] = {};
+    gethostname(host, sizeof host - 1);
+    machine.erase(std::find(machine.begin(), machine.end(), 0), machine.end());
+    if (!machine.empty() && std::string(machine.begin(), machine.end()) != host) return {};
+
+    const std::string proc = "/proc/" + std::to_string(pid[0]);
+    char target[PATH_MAX];
+    const ssize_t length = readlink((proc + "/exe").c_str(), target, sizeof target - 1);
+    if (length > 0) return fileNameOf(std::string(target, std::size_t(length)));
+    // Another user's program hides its file, but not its (shortened) command name.
+    std::string command;
+    std::getline(std::ifstream(proc + "/comm"), command);
+    return command;
+}
+
+bool activateWindow(WindowHandle window)
+{
+    X11Connection* x = X11Connection::shared();
+    if (!x || !exists(*x, window)) return false;
+    return activate(*x, Atoms(*x), xcb_window_t(window));
+}
+
+bool minimizeWindow(WindowHandle window)
+{
+    X11Connection* x = X11Connection::shared();
+    if (!x || !exists(*x, window) || !windowManagerRunning(*x, Atoms(*x))) return false;
+    // The manager owns _NET_WM_STATE_HIDDEN and ignores requests to set it; this is the way.
+    askWindowManager(*x, xcb_window_t(window), "WM_CHANGE_STATE", {kIconicRequest, 0, 0, 0, 0});
+    return true;
+}
+
+bool maximizeWindow(WindowHandle window)
+{
+    X11Connection* x = X11Connection::shared();
+    if (!x || !exists(*x, window)) return false;
+    const Atoms a(*x);
+    if (!windowManagerRunning(*x, a)) return false;
+    setMaximized(*x, xcb_window_t(window), true);
+    return activate(*x, a, xcb_window_t(window));
+}
+
+bool restoreWindow(WindowHandle window)
+{
+    X11Connection* x = X11Connection::shared();
+    if (!x || !exists(*x, window)) return false;
+    const Atoms a(*x);
+    // Un-minimizing brings a window back as it was, maximized or not, as on Windows.
+    if (!describe(*x, a, {xcb_window_t(window)}).front().minimized && windowManagerRunning(*x, a))
+        setMaximized(*x, xcb_window_t(window), false);
+    return activate(*x, a, xcb_window_t(window));
+}
+
+bool closeWindow(WindowHandle window)
+{
+    X11Connection* x = X11Connection::shared();
+    if (!x || !exists(*x, window)) return false;
+    const xcb_window_t w = xcb_window_t(window);
+    if (windowManagerRunning(*x, Atoms(*x))) {
+        askWindowManager(*x, w, "_NET_CLOSE_WINDOW", {XCB_CURRENT_TIME, kSourcePager, 0, 0, 0});
+        return true;
+    }
+    // What the manager would do: ask the program, if it takes part in the deletion protocol.
+    const xcb_atom_t deleteWindow = x->atom("WM_DELETE_WINDOW");
+    const std::vector<std::uint32_t> protocols = propertyWords(
+        x->connection(), askProperty(x->connection(), w, x->atom("WM_PROTOCOLS"), XCB_ATOM_ATOM));
+    if (std::find(protocols.begin(), protocols.end(), deleteWindow) == protocols.end())
+        return false;
+    sendClientMessage(*x, w, XCB_EVENT_MASK_NO_EVENT, w, x->atom("WM_PROTOCOLS"),
+                      {deleteWindow, XCB_CURRENT_TIME, 0, 0, 0});
+    return true;
 }
 
 } // namespace zelmor::platform

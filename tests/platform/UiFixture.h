@@ -1,0 +1,82 @@
+#pragma once
+
+// Drives the zelmor-ui-fixture program: another process with a window of named controls that
+// reports what happens to them.
+
+#include "platform/Windows.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QRect>
+#include <QStringList>
+#include <QTest>
+
+namespace zelmor::test {
+
+class UiFixture
+{
+public:
+    UiFixture(const QString& title, const QRect& geometry) : m_title(title)
+    {
+        m_process.start(QCoreApplication::applicationDirPath() +
+                            QStringLiteral("/zelmor-ui-fixture"),
+                        {title, QString::number(geometry.x()), QString::number(geometry.y()),
+                         QString::number(geometry.width()), QString::number(geometry.height())});
+        m_process.waitForStarted();
+    }
+    ~UiFixture()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+
+    const QString& title() const { return m_title; }
+    QProcess& process() { return m_process; }
+
+    // The fixture's window once it is listed, else 0.
+    platform::WindowHandle handle() const
+    {
+        for (const platform::WindowRecord& w : platform::listTopLevelWindows())
+            if (QString::fromStdString(w.title) == m_title && w.visible) return w.handle;
+        return 0;
+    }
+
+    const QStringList& lines()
+    {
+        while (m_process.canReadLine())
+            m_lines << QString::fromUtf8(m_process.readLine()).chopped(1);
+        return m_lines;
+    }
+    bool saw(const QString& line) { return lines().contains(line); }
+    void forget() { lines(), m_lines.clear(); }
+    QString lastText()
+    {
+        for (auto it = lines().crbegin(); it != lines().crend(); ++it)
+            if (it->startsWith(QLatin1String("text "))) return it->mid(5);
+        return {};
+    }
+
+    // The control's rectangle on the screen, as the fixture itself sees it.
+    QRect where(const QString& name)
+    {
+        const QString prefix = QStringLiteral("at %1 ").arg(name);
+        m_process.write(QStringLiteral("where %1\n").arg(name).toUtf8());
+        for (int i = 0; i < 50; ++i) {
+            lines();
+            for (int l = 0; l < m_lines.size(); ++l)
+                if (m_lines[l].startsWith(prefix)) {
+                    const QStringList n = m_lines.takeAt(l).mid(prefix.size()).split(' ');
+                    return QRect(n[0].toInt(), n[1].toInt(), n[2].toInt(), n[3].toInt());
+                }
+            m_process.waitForReadyRead(100);
+        }
+        return {};
+    }
+
+private:
+    QString m_title;
+    QProcess m_process;
+    QStringList m_lines;
+};
+
+} // namespace zelmor::test

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+
+namespace zelmor::platform {
+
+// Blocks until standard input has bytes, ends, or interruptStandardInputRead() is called.
+// Returns the count read (at most `size`), 0 at end of input or on interruption, -1 on error.
+long readStandardInput(char* buffer, std::size_t size);
+
+// Makes the read blocked now, or else the next one, return 0. Safe from any thread.
+void interruptStandardInputRead();
+
+// Moves standard output to a private descriptor and points standard output at standard
+// error, so that a stray write anywhere in the process cannot corrupt a protocol stream.
+// Returns the private descriptor, or -1 when that fails and standard output is unchanged.
+int reserveStandardOutput();
+
+} // namespace zelmor::platform

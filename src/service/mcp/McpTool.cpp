@@ -1,0 +1,412 @@
+#include "McpTool.h"
+
+#include <QGuiApplication>
+#include <QJsonArray>
+
+#include <initializer_list>
+
+namespace zelmor::service::mcp {
+
+namespace {
+
+struct Property
+{
+    const char* name;
+    const char* type;
+    const char* description = nullptr;
+    bool required = false;
+};
+constexpr bool Required = true;
+
+QJsonObject objectSchema(std::initializer_list<Property> arguments)
+{
+    QJsonObject properties;
+    QJsonArray required;
+    for (const Property& p : arguments) {
+        QJsonObject property{{QStringLiteral("type"), QLatin1String(p.type)}};
+        if (p.description)
+            property.insert(QStringLiteral("description"), QString::fromUtf8(p.description));
+        properties.insert(QLatin1String(p.name), property);
+        if (p.required) required.append(QLatin1String(p.name));
+    }
+    QJsonObject schema{{QStringLiteral("type"), QStringLiteral("object")},
+                       {QStringLiteral("properties"), properties}};
+    if (!required.isEmpty()) schema.insert(QStringLiteral("required"), required);
+    schema.insert(QStringLiteral("additionalProperties"), false);
+    return schema;
+}
+
+QJsonObject emptySchema()
+{
+    return objectSchema({});
+}
+
+QJsonObject annotateImageSchema()
+{
+    const auto typed = [](const char* type, const char* description) {
+        QJsonObject o{{QStringLiteral("type"), QLatin1String(type)}};
+        if (description) o.insert(QStringLiteral("description"), QLatin1String(description));
+        return o;
+    };
+    const QJsonObject point{{QStringLiteral("type"), QStringLiteral("array")},
+                            {QStringLiteral("items"), typed("number", nullptr)},
+                            {QStringLiteral("minItems"), 2}};
+    QJsonObject points = typed("array", "Array of [x,y] points. 2 for rect/ellipse/arrow/line, "
+                                        "N for brush/highlight, 1 for text/counter/stamp.");
+    points.insert(QStringLiteral("items"), point);
+    QJsonObject kind = typed("string", nullptr);
+    kind.insert(QStringLiteral("enum"),
+                QJsonArray{QStringLiteral("rect"), QStringLiteral("ellipse"),
+                           QStringLiteral("arrow"), QStringLiteral("line"), QStringLiteral("brush"),
+                           QStringLiteral("highlight"), QStringLiteral("mosaic"),
+                           QStringLiteral("blur"), QStringLiteral("text"),
+                           QStringLiteral("counter"), QStringLiteral("stamp")});
+    const QJsonObject annotation{
+        {QStringLiteral("type"), QStringLiteral("object")},
+        {QStringLiteral("properties"),
+         QJsonObject{{QStringLiteral("kind"), kind},
+                     {QStringLiteral("points"), points},
+                     {QStringLiteral("color"), typed("string", "#RRGGBB. Default #FF5252.")},
+                     {QStringLiteral("penWidth"), typed("integer", "Pen width. Default 3.")},
+                     {QStringLiteral("fontSize"),
+                      typed("integer", "Font size (text/counter/stamp). Default 18.")},
+                     {QStringLiteral("text"), typed("string", "Text label (text/counter/stamp).")},
+                     {QStringLiteral("mosaicSize"),
+                      typed("integer", "Mosaic/blur block size. Default 12.")}}},
+        {QStringLiteral("required"), QJsonArray{QStringLiteral("kind"), QStringLiteral("points")}}};
+    QJsonObject annotations = typed("array", nullptr);
+    annotations.insert(QStringLiteral("items"), annotation);
+    return {{QStringLiteral("type"), QStringLiteral("object")},
+            {QStringLiteral("properties"),
+             QJsonObject{
+                 {QStringLiteral("id"),
+                  typed("integer", "History row id of the source image. Default = most recent.")},
+                 {QStringLiteral("image"),
+                  typed("string", "Base64 PNG of the source image (overrides id).")},
+                 {QStringLiteral("annotations"), annotations}}},
+            {QStringLiteral("required"), QJsonArray{QStringLiteral("annotations")}},
+            {QStringLiteral("additionalProperties"), false}};
+}
+
+McpToolResult pingTool(const McpToolArgs&)
+{
+    return {{QStringLiteral("text"), QStringLiteral("pong")}, {QStringLiteral("pong"), true}};
+}
+
+McpTool tool(const char* name, const char* description, McpToolSchemaFn schema,
+             McpToolHandler handler)
+{
+    return {QLatin1String(name), QString::fromUtf8(description), schema, handler};
+}
+
+// Handlers live beside their tools' code; a row without one answers as an unknown tool.
+QList<McpTool> buildTable()
+{
+    return {
+        tool("ping", "Health-check. Returns {pong:true}.", nullptr, &pingTool),
+        tool("capture_fullscreen",
+             "Capture all screens silently, write to history + clipboard. Returns "
+             "{path,width,height}.",
+             nullptr, nullptr),
+        tool(
+            "capture_region",
+            "Capture a screen region (x, y, w, h in virtual screen coords). Returns "
+            "{path,width,height}.",
+            [] {
+                return objectSchema({{"x", "number", "Left", Required},
+                                     {"y", "number", "Top", Required},
+                                     {"w", "number", "Width", Required},
+                                     {"h", "number", "Height", Required}});
+            },
+            nullptr),
+        tool("screenshot_active_window",
+             "Capture the active foreground window. Returns {path,width,height}.", &emptySchema,
+             nullptr),
+        tool(
+            "launch_app",
+            "Launch an application, open a URL, or open a file using the default system "
+            "handler.",
+            [] {
+                return objectSchema({{"target", "string",
+                                      "The URL, file path, or application command to launch "
+                                      "(e.g. 'welink', 'notepad', 'chrome')",
+                                      Required}});
+            },
+            nullptr),
+        tool(
+            "ocr",
+            "Run OCR on an image file path, the most recent screenshot, or a specified history "
+            "id. Returns {text}.",
+            [] {
+                return objectSchema(
+                    {{"path", "string", "Optional image file path to run OCR on."},
+                     {"id", "integer", "Optional history row id; default = most recent."}});
+            },
+            nullptr),
+        tool(
+            "list_history",
+            "Return recent history items (default 20). Returns "
+            "{items:[{id,kind,path,width,height,createdAt}]}",
+            [] {
+                return objectSchema({{"limit", "integer", "Max items (default 20, max 200)."}});
+            },
+            nullptr),
+        tool(
+            "search_history",
+            "Full-text search (FTS5) across path names and OCR text. Returns {items:[...]}.",
+            [] {
+                return objectSchema({{"query", "string", "Search query.", Required},
+                                     {"limit", "integer", "Max items (default 20)."}});
+            },
+            nullptr),
+        tool("pin_last",
+             "Pin the most recent screenshot (or specified id) as an always-on-top floating "
+             "window.",
+             nullptr, nullptr),
+        tool("annotate_image",
+             "Draw annotations "
+             "(rect/ellipse/arrow/line/brush/highlight/mosaic/blur/text/counter/stamp) onto a "
+             "screenshot — by history id or inline base64 PNG. Returns {path,width,height,base64}.",
+             &annotateImageSchema, nullptr),
+        tool(
+            "mouse_click",
+            "Perform a mouse click (left, right, or middle) at specific screen coordinates (x, "
+            "y).",
+            [] {
+                return objectSchema(
+                    {{"x", "integer", "X screen coordinate to move and click (optional)"},
+                     {"y", "integer", "Y screen coordinate to move and click (optional)"},
+                     {"button", "string", "Mouse button: 'left' (default), 'right', or 'middle'"},
+                     {"clicks", "integer",
+                      "Number of clicks: 1 (single click, default) or 2 (double click)"}});
+            },
+            nullptr),
+        tool(
+            "mouse_move", "Move the mouse cursor to specific screen coordinates (x, y).",
+            [] {
+                return objectSchema({{"x", "integer", "X screen coordinate", Required},
+                                     {"y", "integer", "Y screen coordinate", Required}});
+            },
+            nullptr),
+        tool(
+            "mouse_scroll", "Scroll the mouse wheel vertically (positive = up, negative = down).",
+            [] {
+                return objectSchema(
+                    {{"delta", "integer",
+                      "Scroll amount (e.g., 120 for scroll up, -120 for scroll down)", Required},
+                     {"x", "integer", "X screen coordinate (optional)"},
+                     {"y", "integer", "Y screen coordinate (optional)"}});
+            },
+            nullptr),
+        tool(
+            "type_text",
+            "Type text (supports unicode, Chinese, English, numbers, and symbols) into the "
+            "currently active window.",
+            [] {
+                return objectSchema(
+                    {{"text", "string", "The text content to type into the active window",
+                      Required}});
+            },
+            nullptr),
+        tool(
+            "send_hotkey",
+            "Send key combinations or hotkeys (e.g., 'ctrl+c', 'ctrl+v', 'alt+tab', 'win+r', "
+            "'enter', 'escape', 'tab').",
+            [] {
+                return objectSchema({{"hotkey", "string",
+                                      "Hotkey string to send (e.g. 'ctrl+c', 'ctrl+v', "
+                                      "'alt+tab', 'win+r', 'enter', 'escape', 'tab')",
+                                      Required}});
+            },
+            nullptr),
+        tool("list_windows",
+             "List all visible top-level desktop windows including title, process name, "
+             "position, and dimensions.",
+             &emptySchema, nullptr),
+        tool(
+            "focus_window",
+            "Bring a specific window to front and give it focus (matches window title "
+            "keywords).",
+            [] {
+                return objectSchema({{"title", "string",
+                                      "Keywords matching the window title (e.g. 'Notepad', "
+                                      "'Visual Studio Code', 'Chrome')",
+                                      Required}});
+            },
+            nullptr),
+        tool("read_clipboard", "Read the current text content from the Windows system clipboard.",
+             nullptr, nullptr),
+        tool(
+            "write_clipboard", "Set text content into the Windows system clipboard.",
+            [] {
+                return objectSchema(
+                    {{"text", "string", "Text to copy to the Windows clipboard", Required}});
+            },
+            nullptr),
+        tool(
+            "mouse_drag",
+            "Press mouse button at (startX, startY), drag to (endX, endY), and release.",
+            [] {
+                return objectSchema(
+                    {{"startX", "integer", nullptr, Required},
+                     {"startY", "integer", nullptr, Required},
+                     {"endX", "integer", nullptr, Required},
+                     {"endY", "integer", nullptr, Required},
+                     {"button", "string", "Mouse button: 'left' (default) or 'right'"}});
+            },
+            nullptr),
+        tool("get_active_window_info",
+             "Get detailed information of the currently active focused window (title, process "
+             "name, position, and dimensions).",
+             nullptr, nullptr),
+        tool(
+            "window_action",
+            "Perform window state action ('minimize', 'maximize', 'restore', 'close') on target "
+            "window.",
+            [] {
+                return objectSchema(
+                    {{"action", "string",
+                      "Action to perform: 'minimize', 'maximize', 'restore', or 'close'", Required},
+                     {"title", "string",
+                      "Keywords matching window title (optional, defaults to active window)"}});
+            },
+            nullptr),
+        tool(
+            "inspect_ui_element",
+            "Inspect the UIAutomation element under the mouse cursor or at specified "
+            "coordinates.",
+            [] {
+                return objectSchema({{"x", "integer"}, {"y", "integer"}});
+            },
+            nullptr),
+        tool(
+            "find_ui_elements",
+            "Search UIAutomation elements across the entire Windows desktop by name or control "
+            "type.",
+            [] {
+                return objectSchema(
+                    {{"name", "string", "Element name or title keyword to search", Required}});
+            },
+            nullptr),
+        tool(
+            "click_ui_element",
+            "Find a UIAutomation element on the desktop by name, activate its parent window, "
+            "and click its center.",
+            [] {
+                return objectSchema(
+                    {{"name", "string", "Name of the UI element/button to find and click",
+                      Required}});
+            },
+            nullptr),
+        tool(
+            "set_ui_element_text",
+            "Set text value directly on an Edit/TextBox UIAutomation element across the "
+            "desktop.",
+            [] {
+                return objectSchema(
+                    {{"name", "string", "Name of the UI element/input box to find and set text",
+                      Required},
+                     {"text", "string", "Text value to write into the element", Required}});
+            },
+            nullptr),
+        tool(
+            "key_down",
+            "Press and hold a specific key (e.g., 'shift', 'ctrl', 'alt', 'space', 'a').",
+            [] {
+                return objectSchema({{"key", "string",
+                                      "Key name to press down (e.g. 'shift', 'ctrl', 'alt', "
+                                      "'space', 'a')",
+                                      Required}});
+            },
+            nullptr),
+        tool(
+            "key_up", "Release a held key (e.g., 'shift', 'ctrl', 'alt', 'space', 'a').",
+            [] {
+                return objectSchema(
+                    {{"key", "string",
+                      "Key name to release (e.g. 'shift', 'ctrl', 'alt', 'space', 'a')",
+                      Required}});
+            },
+            nullptr),
+        tool(
+            "paste_text_to_focused",
+            "Set text into Windows clipboard and simulate Ctrl+V to paste into the active "
+            "window instantly (100% reliable for Chinese text & symbols).",
+            [] {
+                return objectSchema({{"text", "string",
+                                      "Text to set to clipboard and paste via Ctrl+V", Required}});
+            },
+            nullptr),
+        tool(
+            "activate_window_and_paste",
+            "Focus target window by title/process name, optionally send hotkey (e.g. 'ctrl+f') "
+            "and paste text via Ctrl+V.",
+            [] {
+                return objectSchema(
+                    {{"title", "string",
+                      "Target window title or process keyword (e.g. 'WeLink', 'WeChat', "
+                      "'Notepad')",
+                      Required},
+                     {"hotkey", "string",
+                      "Optional hotkey to send after focusing window (e.g. 'ctrl+f', 'enter')"},
+                     {"text", "string", "Optional text to paste via Ctrl+V"}});
+            },
+            nullptr),
+        tool(
+            "open_folder_and_select",
+            "Open Windows File Explorer and automatically highlight/select a specific file or "
+            "folder.",
+            [] {
+                return objectSchema(
+                    {{"path", "string",
+                      "Absolute path to the file or directory to highlight in Explorer",
+                      Required}});
+            },
+            nullptr),
+        tool(
+            "get_file_info",
+            "Get file system metadata (size, created time, modified time, extension, "
+            "permissions) for a target file.",
+            [] {
+                return objectSchema(
+                    {{"path", "string", "Absolute path to the file or directory", Required}});
+            },
+            nullptr),
+    };
+}
+
+} // namespace
+
+const QList<McpTool>& mcpTools()
+{
+    static const QList<McpTool> table = buildTable();
+    return table;
+}
+
+McpToolResult callMcpTool(const QString& name, const McpToolArgs& args)
+{
+    for (const McpTool& t : mcpTools())
+        if (t.handler && t.name == name) return t.handler(args);
+    return mcpToolError(QStringLiteral("unknown tool: %1").arg(name));
+}
+
+McpToolResult mcpToolError(const QString& message)
+{
+    return {{QStringLiteral("isError"), true}, {QStringLiteral("text"), message}};
+}
+
+bool mcpDisplayAvailable()
+{
+    const QString platform = QGuiApplication::platformName();
+    return qobject_cast<QGuiApplication*>(QCoreApplication::instance()) &&
+           platform != QLatin1String("offscreen") && platform != QLatin1String("minimal");
+}
+
+McpToolResult mcpNoDisplayError()
+{
+    return mcpToolError(QStringLiteral(
+        "no display: zelmor-mcp was started without a reachable desktop session, so this tool "
+        "cannot see or drive the screen. Start the MCP client from the desktop session."));
+}
+
+} // namespace zelmor::service::mcp

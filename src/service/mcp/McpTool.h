@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QList>
+#include <QString>
+#include <QVariantMap>
+
+namespace zelmor::service::mcp {
+
+using McpToolArgs = QVariantMap;
+using McpToolResult = QVariantMap;
+using McpToolSchemaFn = QJsonObject (*)();
+using McpToolHandler = McpToolResult (*)(const McpToolArgs&);
+
+// One desktop tool, the same for outside clients and for the in-process chat loop.
+struct McpTool
+{
+    QString name;
+    QString description;
+    McpToolSchemaFn schema = nullptr; // null: the tool announces no arguments
+    McpToolHandler handler = nullptr; // null: called, it answers as an unknown tool
+};
+
+// The 32 tools in their fixed order; built once, never changed.
+const QList<McpTool>& mcpTools();
+
+// Runs the first tool of that exact name that has a handler; otherwise the unknown-tool
+// failure. Blocks the caller for as long as the tool runs.
+McpToolResult callMcpTool(const QString& name, const McpToolArgs& args);
+
+// The failure result: exactly `isError` = true and `text` = message.
+McpToolResult mcpToolError(const QString& message);
+
+// False when the process runs on the offscreen platform (started without a reachable
+// display); tools that need the screen, windows or input answer mcpNoDisplayError() then.
+bool mcpDisplayAvailable();
+McpToolResult mcpNoDisplayError();
+
+} // namespace zelmor::service::mcp

@@ -4,6 +4,12 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install-deps.sh
+# The official MCP client that drives zelmor-mcp in the protocol tests; again only when
+# the lock file changed.
+if [ ! -f tests/mcp/node_modules/.package-lock.json ] ||
+  [ tests/mcp/package-lock.json -nt tests/mcp/node_modules/.package-lock.json ]; then
+  npm ci --prefix tests/mcp --no-audit --no-fund
+fi
 scripts/build.sh -DZELMOR_WERROR=ON "$@"
 build=${ZELMOR_BUILD_DIR:-build}
 sandbox=$(mktemp -d /tmp/zelmor-tests.XXXXXX)

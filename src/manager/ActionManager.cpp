@@ -4,14 +4,18 @@
 #include "core/Log.h"
 #include "core/Toast.h"
 #include "core/Utilities.h"
+#include "manager/AiResultImages.h"
 #include "manager/PinManager.h"
+#include "manager/TaskManager.h"
 #include "manager/ThemeManager.h"
+#include "service/ai/AiWorkflow.h"
 #include "service/capture/CaptureService.h"
 #include "service/capture/OutputFile.h"
 #include "service/capture/ScreenGrabber.h"
 #include "service/capture/WindowList.h"
 #include "service/history/HistoryService.h"
 #include "widget/MainWindow.h"
+#include "widget/OcrResultDialog.h"
 #include "widget/overlay/CaptureOverlay.h"
 
 #include <QClipboard>
@@ -93,11 +97,172 @@ void ActionManager::captureRegion()
         m_regionCaptureActive = false;
         saveCropped(cropped, SaveKind::Capture);
     });
+    connectAiOutcomes(overlay);
+    connect(overlay, &widget::CaptureOverlay::ocrRequested, this, clearFlag);
+    connect(overlay, &widget::CaptureOverlay::translateRequested, this, clearFlag);
+    connect(overlay, &widget::CaptureOverlay::aiAnnotateRequested, this, clearFlag);
     connect(overlay, &widget::CaptureOverlay::cancelled, this, clearFlag);
     connect(overlay, &QObject::destroyed, this, clearFlag);
     overlay->show();
     overlay->raise();
     overlay->activateWindow();
+}
+
+void ActionManager::connectAiOutcomes(widget::CaptureOverlay* overlay)
+{
+    connect(overlay, &widget::CaptureOverlay::ocrRequested, this, &ActionManager::ocrWithPixmap);
+    connect(overlay, &widget::CaptureOverlay::translateRequested, this,
+            &ActionManager::translateWithPixmap);
+    connect(overlay, &widget::CaptureOverlay::aiAnnotateRequested, this,
+            &ActionManager::aiAnnotateWithPixmap);
+}
+
+void ActionManager::quickOcr()
+{
+    openAiOverlay(AiOverlay::QuickOcr);
+}
+
+void ActionManager::aiAnnotate()
+{
+    openAiOverlay(AiOverlay::AiAnnotate);
+}
+
+// An overlay whose plain copy goes to recognition or detection instead of the clipboard.
+void ActionManager::openAiOverlay(AiOverlay kind)
+{
+    const QPixmap pixmap = m_captureService->grabScreens();
+    if (pixmap.isNull()) {
+        toast(tr("Capture failed", "capture.failed.title"),
+              tr("Failed to grab screens.", "capture.failed.body"));
+        return;
+    }
+    auto* overlay = new widget::CaptureOverlay(pixmap, nullptr);
+    connect(overlay, &widget::CaptureOverlay::copyRequested, this,
+            kind == AiOverlay::QuickOcr ? &ActionManager::ocrWithPixmap
+                                        : &ActionManager::aiAnnotateWithPixmap);
+    connectAiOutcomes(overlay);
+    overlay->show();
+}
+
+// OCR and translation keep their source picture in the history before any answer comes.
+void ActionManager::saveAiSource(const QPixmap& pixmap)
+{
+    const QPixmap copy = pixmap.copy();
+    const QString path = newCapturePath();
+    if (service::capture::savePixmapFile(copy, path))
+        service::history::HistoryService::instance().insert(copy, path, core::HistoryCategory::Ai,
+                                                            QString());
+}
+
+void ActionManager::ocrWithPixmap(const QPixmap& pixmap)
+{
+    if (pixmap.isNull()) return;
+    toast(tr("OCR", "tray.ocr"), tr("🔍 正在提取文字，请稍候...", "ai.ocr.processing"));
+    auto* workflow = new service::ai::AiWorkflow(this);
+    const quint64 task = TaskManager::instance().addTask(
+        tr("文字识别 (OCR)", "ai.ocr.title"), tr("正在提取文字...", "ai.ocr.processing"), pixmap,
+        [workflow = QPointer<service::ai::AiWorkflow>(workflow)] {
+            if (workflow) workflow->cancel();
+        });
+    saveAiSource(pixmap);
+    connect(workflow, &service::ai::AiWorkflow::resultReady, this,
+            [this, workflow, task](const QString&, const QString& text) {
+                TaskManager::instance().updateTask(task, TaskItem::Finished,
+                                                   tr("提取成功", "ai.ocr.success"), text);
+                showTextResult(text, false);
+                workflow->deleteLater();
+            });
+    connect(workflow, &service::ai::AiWorkflow::failed, this,
+            [workflow, task](const QString& reason) {
+                TaskManager::instance().updateTask(task, TaskItem::Failed,
+                                                   tr("识别失败", "ai.ocr.failed"), reason);
+                workflow->deleteLater();
+            });
+    workflow->ocr(pixmap);
+}
+
+void ActionManager::translateWithPixmap(const QPixmap& pixmap)
+{
+    if (pixmap.isNull()) return;
+    toast(tr("Translation", "tray.translate"),
+          tr("🌐 正在翻译图片内容，请稍候...", "ai.translate.processing"));
+    auto* workflow = new service::ai::AiWorkflow(this);
+    const quint64 task = TaskManager::instance().addTask(
+        tr("截图翻译", "ai.translate.title"), tr("正在翻译图片...", "ai.translate.processing"),
+        pixmap, [workflow = QPointer<service::ai::AiWorkflow>(workflow)] {
+            if (workflow) workflow->cancel();
+        });
+    saveAiSource(pixmap);
+    connect(workflow, &service::ai::AiWorkflow::resultReady, this,
+            [this, workflow, task](const QString&, const QString& text) {
+                TaskManager::instance().updateTask(task, TaskItem::Finished,
+                                                   tr("翻译成功", "ai.translate.success"), text);
+                showTextResult(text, true);
+                workflow->deleteLater();
+            });
+    connect(workflow, &service::ai::AiWorkflow::failed, this,
+            [workflow, task](const QString& reason) {
+                TaskManager::instance().updateTask(task, TaskItem::Failed,
+                                                   tr("翻译失败", "ai.translate.failed"), reason);
+                workflow->deleteLater();
+            });
+    workflow->translate(pixmap, QStringLiteral("中文"));
+}
+
+// The text goes to the clipboard and into the result dialog, from where it can be pinned.
+void ActionManager::showTextResult(const QString& text, bool translation)
+{
+    core::copyTextToClipboard(text);
+    auto* dialog = new widget::OcrResultDialog(text, m_mainWindow);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    if (translation) dialog->setWindowTitle(tr("截图翻译结果", "ai.translate.dialogTitle"));
+    connect(dialog, &widget::OcrResultDialog::pinRequested, this,
+            [this, translation](const QString& note) {
+                const QPixmap pixmap = translation ? makeTranslationNote(note) : makeOcrNote(note);
+                if (!pixmap.isNull()) m_pinManager->addPin(pixmap);
+            });
+    dialog->show();
+    dialog->raise();
+    dialog->activateWindow();
+}
+
+void ActionManager::aiAnnotateWithPixmap(const QPixmap& pixmap)
+{
+    if (pixmap.isNull()) return;
+    toast(tr("AI 自动标注", "ai.annotate.processing.title"),
+          tr("✏️ AI 正在智能识别并标注 UI 控件，请稍候...",
+             "ai.annotate.processing.body"));
+    auto* workflow = new service::ai::AiWorkflow(this);
+    workflow->setProperty("__srcPixmap", QVariant::fromValue(pixmap));
+    const quint64 task = TaskManager::instance().addTask(
+        tr("AI 自动标注", "ai.annotate.title"), tr("正在识别 UI 控件...", "ai.annotate.processing"),
+        pixmap, [workflow = QPointer<service::ai::AiWorkflow>(workflow)] {
+            if (workflow) workflow->cancel();
+        });
+    connect(workflow, &service::ai::AiWorkflow::boxesReady, this,
+            [this, workflow, task](const QList<service::ai::AnnotationBox>& boxes) {
+                TaskManager::instance().updateTask(
+                    task, TaskItem::Finished,
+                    tr("标注成功 (%1 个控件)", "ai.annotate.success").arg(boxes.size()), QString());
+                const QPixmap source = workflow->property("__srcPixmap").value<QPixmap>();
+                if (!source.isNull()) {
+                    const QPixmap marked = drawAnnotationBoxes(source, boxes);
+                    core::copyPixmapToClipboard(marked);
+                    m_pinManager->addPin(marked);
+                    const QString path = newCapturePath();
+                    if (service::capture::savePixmapFile(marked, path))
+                        service::history::HistoryService::instance().insert(
+                            marked, path, core::HistoryCategory::Ai, QString());
+                }
+                workflow->deleteLater();
+            });
+    connect(workflow, &service::ai::AiWorkflow::failed, this,
+            [workflow, task](const QString& reason) {
+                TaskManager::instance().updateTask(task, TaskItem::Failed,
+                                                   tr("标注失败", "ai.annotate.failed"), reason);
+                workflow->deleteLater();
+            });
+    workflow->annotate(pixmap);
 }
 
 void ActionManager::annotateScreen()

@@ -32,6 +32,11 @@ public:
 
 public Q_SLOTS:
     void captureRegion();
+    void quickOcr();
+    void aiAnnotate();
+    void ocrWithPixmap(const QPixmap& pixmap);
+    void translateWithPixmap(const QPixmap& pixmap);
+    void aiAnnotateWithPixmap(const QPixmap& pixmap);
     void captureFullscreen();
     void captureWindow();
     void captureDelayed(int secs = 3);
@@ -52,6 +57,11 @@ public Q_SLOTS:
 private:
     enum class SaveKind { Capture, Annotation };
     void openAnnotationOverlay(const QPixmap& pixmap, const QString& copiedBody);
+    enum class AiOverlay { QuickOcr, AiAnnotate };
+    void openAiOverlay(AiOverlay kind);
+    void connectAiOutcomes(widget::CaptureOverlay* overlay);
+    void saveAiSource(const QPixmap& pixmap);
+    void showTextResult(const QString& text, bool translation);
     void copyAndSave(const QPixmap& cropped);
     void saveCropped(const QPixmap& cropped, SaveKind kind);
     void copyOnly(const QPixmap& cropped, const QString& body);

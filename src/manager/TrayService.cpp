@@ -84,6 +84,11 @@ void TrayService::rebuildMenu()
         tr("Zelmor · v%1", "tray.header").arg(QStringLiteral("1.0.20")), 0, menu));
     menu->addSeparator();
 
+    addItem(menu, tr("🔤 Extract Text (OCR)", "tray.ocr"), a, &ActionManager::quickOcr);
+    addItem(menu, tr("✏️ AI Auto Annotate UI", "tray.aiAnnotate"), a,
+            &ActionManager::aiAnnotate);
+    menu->addSeparator();
+
     addItem(menu, tr("Region capture", "tray.captureRegion"), a, &ActionManager::captureRegion,
             config.hotkeyRegion());
     addItem(menu, tr("Fullscreen capture", "tray.captureFullscreen"), a,

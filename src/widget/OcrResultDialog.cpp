@@ -99,6 +99,8 @@ OcrResultDialog::OcrResultDialog(const QString& text, QWidget* parent) : QDialog
         close();
     });
     QPushButton* chat = makeButton(tr("💬 移至 AI 聊天", "ocr.dialog.chat"), container);
+    m_chatButton = chat;
+    chat->hide();
     connect(chat, &QPushButton::clicked, this, [this] {
         Q_EMIT chatRequested(this->text());
         close();
@@ -118,6 +120,11 @@ void OcrResultDialog::applyTheme()
 {
     setStyleSheet(
         dialogSheet(manager::ThemeManager::instance().currentTheme() == QLatin1String("dark")));
+}
+
+void OcrResultDialog::setChatAvailable(bool available)
+{
+    m_chatButton->setVisible(available);
 }
 
 QString OcrResultDialog::text() const

@@ -2,6 +2,7 @@
 
 #include <QDialog>
 
+class QPushButton;
 class QTextEdit;
 
 namespace zelmor::widget {
@@ -14,6 +15,8 @@ public:
     explicit OcrResultDialog(const QString& text, QWidget* parent = nullptr);
 
     QString text() const;
+    // The move-to-chat button, hidden until a chat can take the text.
+    void setChatAvailable(bool available);
 
 Q_SIGNALS:
     void pinRequested(const QString& text);
@@ -23,6 +26,7 @@ private:
     void applyTheme();
 
     QTextEdit* m_edit;
+    QPushButton* m_chatButton;
 };
 
 } // namespace zelmor::widget

@@ -57,6 +57,9 @@ private Q_SLOTS:
     {
         const QStringList expected = {
             QStringLiteral("-"),
+            QStringLiteral("🔤 Extract Text (OCR)"),
+            QStringLiteral("✏️ AI Auto Annotate UI"),
+            QStringLiteral("-"),
             QStringLiteral("Region capture\tF6"),
             QStringLiteral("Fullscreen capture\tCtrl+F6"),
             QStringLiteral("Window capture\tCtrl+Alt+W"),

@@ -159,7 +159,7 @@ AiProvider AiProviderService::get(qint64 id) const
 
 qint64 AiProviderService::insert(const AiProvider& provider)
 {
-    if (!m_ready) return -1;
+    if (!ensureReady()) return -1;
     QSqlQuery query(database());
     query.prepare(kInsert);
     query.addBindValue(text(provider.name));
@@ -179,7 +179,7 @@ qint64 AiProviderService::insert(const AiProvider& provider)
 
 bool AiProviderService::update(const AiProvider& provider)
 {
-    if (!m_ready || provider.id < 1) return false;
+    if (!ensureReady() || provider.id < 1) return false;
     QSqlQuery query(database());
     query.prepare(QStringLiteral("UPDATE ai_providers SET name=?, protocol=?, base_url=?, "
                                  "api_key=?, model=?, is_default=?, sort_order=? WHERE id=?"));
@@ -199,7 +199,7 @@ bool AiProviderService::update(const AiProvider& provider)
 
 bool AiProviderService::setDefault(qint64 id)
 {
-    if (!m_ready) return false;
+    if (!ensureReady()) return false;
     QSqlQuery query(database());
     if (!query.exec(QStringLiteral("UPDATE ai_providers SET is_default=0"))) return false;
     query.prepare(QStringLiteral("UPDATE ai_providers SET is_default=1 WHERE id=?"));
@@ -211,7 +211,7 @@ bool AiProviderService::setDefault(qint64 id)
 
 bool AiProviderService::remove(qint64 id)
 {
-    if (!m_ready) return false;
+    if (!ensureReady()) return false;
     const bool wasDefault = get(id).isDefault;
     QSqlQuery query(database());
     query.prepare(QStringLiteral("DELETE FROM ai_providers WHERE id=?"));

@@ -1,0 +1,149 @@
+#include "FakeAiServer.h"
+#include "TestMain.h"
+
+#include "core/ConfigManager.h"
+#include "manager/ActionManager.h"
+#include "manager/AiResultImages.h"
+#include "manager/PinManager.h"
+#include "manager/TaskManager.h"
+#include "service/ai/AiProviderService.h"
+#include "service/history/HistoryService.h"
+#include "widget/MainWindow.h"
+#include "widget/OcrResultDialog.h"
+
+#include <QClipboard>
+#include <QJsonArray>
+
+using namespace zelmor;
+using manager::TaskItem;
+using manager::TaskManager;
+using service::history::HistoryService;
+
+namespace {
+
+QByteArray openAiAnswer(const QString& text)
+{
+    return QJsonDocument(QJsonObject{{QStringLiteral("choices"),
+                                      QJsonArray{QJsonObject{
+                                          {QStringLiteral("message"),
+                                           QJsonObject{{QStringLiteral("content"), text}}}}}}})
+        .toJson(QJsonDocument::Compact);
+}
+
+widget::OcrResultDialog* openDialog()
+{
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (auto* d = qobject_cast<widget::OcrResultDialog*>(w); d && d->isVisible()) return d;
+    return nullptr;
+}
+
+QPixmap picture()
+{
+    QPixmap p(120, 80);
+    p.fill(Qt::white);
+    return p;
+}
+
+} // namespace
+
+class TestAiEntries : public QObject
+{
+    Q_OBJECT
+
+    test::FakeAiServer m_server;
+    widget::MainWindow m_window;
+    std::unique_ptr<manager::ActionManager> m_actions;
+
+    static TaskItem lastTask() { return TaskManager::instance().tasks().last(); }
+    static qsizetype aiRows()
+    {
+        qsizetype n = 0;
+        for (const core::HistoryItem& i : HistoryService::instance().recent(500))
+            n += i.category == core::HistoryCategory::Ai;
+        return n;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        core::ConfigManager::instance().setOutputDir(
+            test::sandboxRoot().filePath(QStringLiteral("shots")));
+        service::ai::AiProvider p;
+        p.name = QStringLiteral("local");
+        p.protocol = QStringLiteral("openai");
+        p.baseUrl = m_server.baseUrl();
+        p.model = QStringLiteral("m");
+        QVERIFY(service::ai::AiProviderService::instance().insert(p) > 0);
+        m_actions = std::make_unique<manager::ActionManager>(&m_window);
+    }
+
+    void ocrEndsInTheDialogAndTheClipboard()
+    {
+        const qsizetype before = aiRows();
+        m_server.enqueue(200, openAiAnswer(QStringLiteral("Total: 42")));
+        m_actions->ocrWithPixmap(picture());
+        QCOMPARE(aiRows(), before + 1); // the source is kept before any answer
+        QCOMPARE(lastTask().title, QStringLiteral("文字识别 (OCR)"));
+        QTRY_COMPARE(lastTask().state, TaskItem::Finished);
+        QCOMPARE(lastTask().message, QStringLiteral("提取成功"));
+        QCOMPARE(lastTask().result, QStringLiteral("Total: 42"));
+        QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("Total: 42"));
+        QTRY_VERIFY(openDialog());
+        QCOMPARE(openDialog()->text(), QStringLiteral("Total: 42"));
+        const qsizetype pins = m_actions->pinManager()->pins().size();
+        Q_EMIT openDialog()->pinRequested(QStringLiteral("note text"));
+        QCOMPARE(m_actions->pinManager()->pins().size(), pins + 1);
+        openDialog()->close();
+    }
+
+    void failedOcrKeepsItsSourceAndTellsTheTask()
+    {
+        const qsizetype before = aiRows();
+        m_server.enqueue(401, R"({"error":{"message":"bad key"}})");
+        m_actions->ocrWithPixmap(picture());
+        QTRY_COMPARE(lastTask().state, TaskItem::Failed);
+        QCOMPARE(lastTask().message, QStringLiteral("识别失败"));
+        QCOMPARE(lastTask().result, QStringLiteral("bad key"));
+        QCOMPARE(aiRows(), before + 1);
+    }
+
+    void annotationPinsAndStoresTheMarkedImage()
+    {
+        const qsizetype before = aiRows();
+        const qsizetype pins = m_actions->pinManager()->pins().size();
+        m_server.enqueue(
+            200, openAiAnswer(QStringLiteral("[{\"box\":[10,5,40,30],\"label\":\"button\"}]")));
+        m_actions->aiAnnotateWithPixmap(picture());
+        QTRY_COMPARE(lastTask().state, TaskItem::Finished);
+        QCOMPARE(lastTask().message, QStringLiteral("标注成功 (1 个控件)"));
+        QCOMPARE(m_actions->pinManager()->pins().size(), pins + 1);
+        QCOMPARE(aiRows(), before + 1);
+        const QImage stored(HistoryService::instance().recent(1).first().path);
+        QCOMPARE(stored.pixelColor(10, 20), QColor(0, 184, 107)); // the outline
+        QCOMPARE(stored.pixelColor(12, 2),
+                 QColor(0, 184, 107)); // a top box's label plate starts at y 0
+    }
+
+    void failedAnnotationSavesNothing()
+    {
+        const qsizetype before = aiRows();
+        m_server.enqueue(200, openAiAnswer(QStringLiteral("I see no controls")));
+        m_actions->aiAnnotateWithPixmap(picture());
+        QTRY_COMPARE(lastTask().state, TaskItem::Failed);
+        QCOMPARE(lastTask().result, QStringLiteral("No JSON array in AI response"));
+        QCOMPARE(aiRows(), before);
+    }
+
+    void notesFitTheirText()
+    {
+        const QPixmap ocr = manager::makeOcrNote(QStringLiteral("short"));
+        QCOMPARE(ocr.width(), 260);
+        QCOMPARE(ocr.toImage().pixelColor(ocr.width() / 2, 10), QColor(255, 249, 196));
+        const QPixmap translation = manager::makeTranslationNote(QStringLiteral("短"));
+        QCOMPARE(translation.size(), QSize(240, 120));
+        QCOMPARE(translation.toImage().pixelColor(2, 2), QColor(254, 243, 199));
+    }
+};
+
+ZELMOR_TEST_MAIN(TestAiEntries, QApplication)
+#include "tst_aientries.moc"

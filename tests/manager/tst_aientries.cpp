@@ -2,6 +2,7 @@
 #include "TestMain.h"
 
 #include "core/ConfigManager.h"
+#include "core/Toast.h"
 #include "manager/ActionManager.h"
 #include "manager/AiResultImages.h"
 #include "manager/PinManager.h"
@@ -10,9 +11,14 @@
 #include "service/history/HistoryService.h"
 #include "widget/MainWindow.h"
 #include "widget/OcrResultDialog.h"
+#include "widget/TaskNotificationToast.h"
+#include "widget/overlay/CaptureOverlay.h"
+#include "widget/overlay/OverlayPanels.h"
 
 #include <QClipboard>
 #include <QJsonArray>
+#include <QSettings>
+#include <QToolButton>
 
 using namespace zelmor;
 using manager::TaskItem;
@@ -34,6 +40,13 @@ widget::OcrResultDialog* openDialog()
 {
     for (QWidget* w : QApplication::topLevelWidgets())
         if (auto* d = qobject_cast<widget::OcrResultDialog*>(w); d && d->isVisible()) return d;
+    return nullptr;
+}
+
+widget::CaptureOverlay* shownOverlay()
+{
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (auto* o = qobject_cast<widget::CaptureOverlay*>(w); o && o->isVisible()) return o;
     return nullptr;
 }
 
@@ -77,12 +90,23 @@ private Q_SLOTS:
         m_actions = std::make_unique<manager::ActionManager>(&m_window);
     }
 
-    void ocrEndsInTheDialogAndTheClipboard()
+    void ocrButtonOfTheRegionOverlay()
     {
         const qsizetype before = aiRows();
         m_server.enqueue(200, openAiAnswer(QStringLiteral("Total: 42")));
-        m_actions->ocrWithPixmap(picture());
+        m_actions->captureRegion();
+        widget::CaptureOverlay* overlay = nullptr;
+        QTRY_VERIFY((overlay = shownOverlay()));
+        QTest::mousePress(overlay, Qt::LeftButton, Qt::NoModifier, QPoint(100, 100));
+        QMouseEvent move(QEvent::MouseMove, QPointF(300, 200),
+                         overlay->mapToGlobal(QPointF(300, 200)), Qt::NoButton, Qt::LeftButton,
+                         Qt::NoModifier);
+        QApplication::sendEvent(overlay, &move);
+        QTest::mouseRelease(overlay, Qt::LeftButton, Qt::NoModifier, QPoint(300, 200));
+        overlay->panels()->actionButton(widget::overlay::OverlayPanels::Ocr)->click();
         QCOMPARE(aiRows(), before + 1); // the source is kept before any answer
+        QCOMPARE(HistoryService::instance().recent(1).first().width, 201);
+        QVERIFY(widget::TaskNotificationToast::instance().isVisible());
         QCOMPARE(lastTask().title, QStringLiteral("文字识别 (OCR)"));
         QTRY_COMPARE(lastTask().state, TaskItem::Finished);
         QCOMPARE(lastTask().message, QStringLiteral("提取成功"));
@@ -102,6 +126,10 @@ private Q_SLOTS:
         m_server.enqueue(401, R"({"error":{"message":"bad key"}})");
         m_actions->ocrWithPixmap(picture());
         QTRY_COMPARE(lastTask().state, TaskItem::Failed);
+        QCOMPARE(core::tool::Toast::current()->title(),
+                 QStringLiteral("OCR")); // no toast of its own
+        QCOMPARE(widget::TaskNotificationToast::instance().row(lastTask().id)->statusText(),
+                 QStringLiteral("❌ 失败"));
         QCOMPARE(lastTask().message, QStringLiteral("识别失败"));
         QCOMPARE(lastTask().result, QStringLiteral("bad key"));
         QCOMPARE(aiRows(), before + 1);

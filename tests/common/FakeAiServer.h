@@ -7,6 +7,7 @@
 
 #include <QByteArray>
 #include <QHostAddress>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QList>
@@ -133,5 +134,15 @@ private:
     QQueue<HttpReply> m_replies;
     QList<HttpRequest> m_requests;
 };
+
+// The body of an OpenAI-style chat answer holding `text`.
+inline QByteArray openAiReply(const QString& text)
+{
+    return QJsonDocument(QJsonObject{{QStringLiteral("choices"),
+                                      QJsonArray{QJsonObject{
+                                          {QStringLiteral("message"),
+                                           QJsonObject{{QStringLiteral("content"), text}}}}}}})
+        .toJson(QJsonDocument::Compact);
+}
 
 } // namespace zelmor::test

@@ -27,15 +27,6 @@ using service::history::HistoryService;
 
 namespace {
 
-QByteArray openAiAnswer(const QString& text)
-{
-    return QJsonDocument(QJsonObject{{QStringLiteral("choices"),
-                                      QJsonArray{QJsonObject{
-                                          {QStringLiteral("message"),
-                                           QJsonObject{{QStringLiteral("content"), text}}}}}}})
-        .toJson(QJsonDocument::Compact);
-}
-
 widget::OcrResultDialog* openDialog()
 {
     for (QWidget* w : QApplication::topLevelWidgets())
@@ -93,7 +84,7 @@ private Q_SLOTS:
     void ocrButtonOfTheRegionOverlay()
     {
         const qsizetype before = aiRows();
-        m_server.enqueue(200, openAiAnswer(QStringLiteral("Total: 42")));
+        m_server.enqueue(200, test::openAiReply(QStringLiteral("Total: 42")));
         m_actions->captureRegion();
         widget::CaptureOverlay* overlay = nullptr;
         QTRY_VERIFY((overlay = shownOverlay()));
@@ -139,8 +130,8 @@ private Q_SLOTS:
     {
         const qsizetype before = aiRows();
         const qsizetype pins = m_actions->pinManager()->pins().size();
-        m_server.enqueue(
-            200, openAiAnswer(QStringLiteral("[{\"box\":[10,5,40,30],\"label\":\"button\"}]")));
+        m_server.enqueue(200, test::openAiReply(
+                                  QStringLiteral("[{\"box\":[10,5,40,30],\"label\":\"button\"}]")));
         m_actions->aiAnnotateWithPixmap(picture());
         QTRY_COMPARE(lastTask().state, TaskItem::Finished);
         QCOMPARE(lastTask().message, QStringLiteral("标注成功 (1 个控件)"));
@@ -155,7 +146,7 @@ private Q_SLOTS:
     void failedAnnotationSavesNothing()
     {
         const qsizetype before = aiRows();
-        m_server.enqueue(200, openAiAnswer(QStringLiteral("I see no controls")));
+        m_server.enqueue(200, test::openAiReply(QStringLiteral("I see no controls")));
         m_actions->aiAnnotateWithPixmap(picture());
         QTRY_COMPARE(lastTask().state, TaskItem::Failed);
         QCOMPARE(lastTask().result, QStringLiteral("No JSON array in AI response"));

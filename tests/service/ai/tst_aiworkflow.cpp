@@ -13,15 +13,6 @@ using zelmor::test::FakeAiServer;
 
 namespace {
 
-QByteArray openAiAnswer(const QString& text)
-{
-    return QJsonDocument(QJsonObject{{QStringLiteral("choices"),
-                                      QJsonArray{QJsonObject{
-                                          {QStringLiteral("message"),
-                                           QJsonObject{{QStringLiteral("content"), text}}}}}}})
-        .toJson(QJsonDocument::Compact);
-}
-
 // The picture the request carried, decoded from its data URL.
 QImage sentImage(const QJsonObject& body)
 {
@@ -74,7 +65,7 @@ private Q_SLOTS:
     {
         QFETCH(QSize, size);
         QFETCH(QSize, sent);
-        m_server.enqueue(200, openAiAnswer(QStringLiteral("Hello")));
+        m_server.enqueue(200, zelmor::test::openAiReply(QStringLiteral("Hello")));
         AiWorkflow workflow;
         QSignalSpy result(&workflow, &AiWorkflow::resultReady);
         QPixmap pixmap(size);
@@ -90,7 +81,7 @@ private Q_SLOTS:
 
     void annotationParsesBoxesAgainstTheImage()
     {
-        m_server.enqueue(200, openAiAnswer(QStringLiteral(
+        m_server.enqueue(200, zelmor::test::openAiReply(QStringLiteral(
                                   "Here:\n[{\"box\":[190,90,50,50],\"label\":\"button\"}]")));
         AiWorkflow workflow;
         QSignalSpy boxes(&workflow, &AiWorkflow::boxesReady);
@@ -114,7 +105,7 @@ private Q_SLOTS:
 
     void answersWithoutArraysFail()
     {
-        m_server.enqueue(200, openAiAnswer(QStringLiteral("no boxes, sorry")));
+        m_server.enqueue(200, zelmor::test::openAiReply(QStringLiteral("no boxes, sorry")));
         AiWorkflow workflow;
         QSignalSpy failed(&workflow, &AiWorkflow::failed);
         workflow.annotate(QPixmap(10, 10));
@@ -133,7 +124,7 @@ private Q_SLOTS:
         ocr.cancel();
         QTRY_COMPARE(ocrFailed.count(), 1);
 
-        m_server.enqueue(200, openAiAnswer(QStringLiteral("你好")));
+        m_server.enqueue(200, zelmor::test::openAiReply(QStringLiteral("你好")));
         AiWorkflow translation;
         QSignalSpy translated(&translation, &AiWorkflow::resultReady);
         translation.translate(QPixmap(10, 10), QStringLiteral("中文"));

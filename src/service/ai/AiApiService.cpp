@@ -3,7 +3,9 @@
 #include "AiDialect.h"
 #include "AiProviderService.h"
 #include "core/Log.h"
+#include "service/mcp/McpTool.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -18,6 +20,8 @@ namespace {
 
 constexpr int kChatLimitMs = 120000;
 constexpr int kTestLimitMs = 30000;
+// A model stuck asking for tools would otherwise drive the desktop without end.
+constexpr int kMaxToolDepth = 100;
 
 // Neither the key nor the provider's words go to the log: some providers quote the key
 // back in their error message, and a base URL may carry one in its query.
@@ -48,12 +52,19 @@ void AiApiService::chat(const ChatRequest& request)
         return;
     }
     step.apiKey = provider.apiKey;
-    step.body = requestBody(request, step.protocol, provider.model);
+    step.body = requestBody(request, step.protocol, provider.model, {},
+                            request.enableTools ? toolDefinitions() : QJsonArray());
     send(step);
 }
 
 void AiApiService::send(const Step& step)
 {
+    if (step.depth > kMaxToolDepth) {
+        core::writeLogLine(
+            QStringLiteral("[ai] tool loop stopped after %1 rounds").arg(kMaxToolDepth));
+        Q_EMIT chatFailed(tr("Max tool execution depth (%1 steps) exceeded").arg(kMaxToolDepth));
+        return;
+    }
     QNetworkReply* reply = m_network->post(makeRequest(step.url, step.protocol, step.apiKey),
                                            QJsonDocument(step.body).toJson(QJsonDocument::Compact));
     m_reply = reply;
@@ -81,10 +92,45 @@ void AiApiService::finish(QNetworkReply* reply, const Step& step)
         Q_EMIT chatFailed(failureReason(reply->errorString(), bytes));
         return;
     }
+    if (step.protocol == QLatin1String("openai")) {
+        const QJsonObject turn = toolCallTurn(bytes);
+        if (!turn.isEmpty()) {
+            runTools(step, turn);
+            return;
+        }
+    }
     QString text = replyText(bytes);
     // An answer in no known shape, an HTML page say, is still what the user should see.
     if (text.isEmpty() && !bytes.isEmpty()) text = QString::fromUtf8(bytes);
     Q_EMIT chatFinished(text);
+}
+
+void AiApiService::runTools(const Step& step, const QJsonObject& turn)
+{
+    QJsonArray messages = step.body.value(QStringLiteral("messages")).toArray();
+    messages.append(turn);
+    // A tool that waits in an event loop of its own, or a listener, may delete this object.
+    const QPointer<AiApiService> alive(this);
+    for (const QJsonValue& value : turn.value(QStringLiteral("tool_calls")).toArray()) {
+        const QJsonObject call = value.toObject();
+        const QJsonObject function = call.value(QStringLiteral("function")).toObject();
+        const QString name = function.value(QStringLiteral("name")).toString();
+        const QVariantMap args = toolArguments(function.value(QStringLiteral("arguments")));
+        const QVariantMap result = mcp::callMcpTool(name, args);
+        if (!alive) return;
+        Q_EMIT chatToolExecuted(name, args, result);
+        if (!alive) return;
+        const QByteArray content =
+            QJsonDocument(QJsonObject::fromVariantMap(result)).toJson(QJsonDocument::Compact);
+        messages.append(
+            QJsonObject{{QStringLiteral("role"), QStringLiteral("tool")},
+                        {QStringLiteral("tool_call_id"), call.value(QStringLiteral("id"))},
+                        {QStringLiteral("content"), QString::fromUtf8(content)}});
+    }
+    Step next = step;
+    next.body.insert(QStringLiteral("messages"), messages);
+    ++next.depth;
+    send(next);
 }
 
 void AiApiService::cancel()

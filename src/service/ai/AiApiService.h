@@ -6,6 +6,7 @@
 #include <QJsonObject>
 #include <QObject>
 #include <QPointer>
+#include <QVariantMap>
 
 #include <functional>
 
@@ -22,7 +23,9 @@ class AiApiService : public QObject
 public:
     explicit AiApiService(QObject* parent = nullptr);
 
-    // Ends in exactly one of chatFinished or chatFailed.
+    // Ends in exactly one of chatFinished or chatFailed. With tools on, an OpenAI-dialect
+    // provider may ask for tools: they run here, and their results go back in a further POST,
+    // up to 100 such rounds.
     void chat(const ChatRequest& request);
     // Aborts the request in flight, which then ends in chatFailed.
     void cancel();
@@ -36,6 +39,9 @@ Q_SIGNALS:
     void chatFailed(const QString& reason);
     // Never emitted: every request asks for the whole answer at once.
     void chatStreamChunk(const QString& chunk);
+    // Once per tool the provider asked for, in its order, before the next POST goes out.
+    void chatToolExecuted(const QString& toolName, const QVariantMap& args,
+                          const QVariantMap& result);
 
 private:
     // One POST, captured whole by its reply's handler.
@@ -44,11 +50,13 @@ private:
         QString url;
         QString protocol; // effective
         QString apiKey;
-        QJsonObject body;
+        QJsonObject body; // carries the whole conversation so far
+        int depth = 0;    // rounds of tool calls before this POST
     };
 
     void send(const Step& step);
     void finish(QNetworkReply* reply, const Step& step);
+    void runTools(const Step& step, const QJsonObject& turn);
 
     QNetworkAccessManager* m_network;
     QPointer<QNetworkReply> m_reply;

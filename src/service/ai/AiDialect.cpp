@@ -1,6 +1,7 @@
 #include "AiDialect.h"
 
 #include "core/Utilities.h"
+#include "service/mcp/McpTool.h"
 
 #include <QJsonDocument>
 #include <QNetworkRequest>
@@ -155,6 +156,37 @@ QJsonObject requestBody(const ChatRequest& request, const QString& effectiveProt
         body.insert(QStringLiteral("stream"), false);
     }
     return body;
+}
+
+QJsonArray toolDefinitions()
+{
+    QJsonArray tools;
+    for (const mcp::McpTool& tool : mcp::mcpTools()) {
+        QJsonObject function{{QStringLiteral("name"), tool.name},
+                             {QStringLiteral("description"), tool.description}};
+        if (tool.schema) function.insert(QStringLiteral("parameters"), tool.schema());
+        tools.append(QJsonObject{{QStringLiteral("type"), QStringLiteral("function")},
+                                 {QStringLiteral("function"), function}});
+    }
+    return tools;
+}
+
+QJsonObject toolCallTurn(const QByteArray& reply)
+{
+    const QJsonArray choices =
+        QJsonDocument::fromJson(reply).object().value(QStringLiteral("choices")).toArray();
+    if (choices.isEmpty()) return {};
+    const QJsonObject message =
+        choices.at(0).toObject().value(QStringLiteral("message")).toObject();
+    if (message.value(QStringLiteral("tool_calls")).toArray().isEmpty()) return {};
+    return message;
+}
+
+QVariantMap toolArguments(const QJsonValue& arguments)
+{
+    // The dialect sends a string of JSON; some relays pass the object itself.
+    if (arguments.isObject()) return arguments.toObject().toVariantMap();
+    return QJsonDocument::fromJson(arguments.toString().toUtf8()).object().toVariantMap();
 }
 
 QString replyText(const QByteArray& reply)

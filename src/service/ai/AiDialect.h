@@ -6,6 +6,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QString>
+#include <QVariantMap>
 
 class QNetworkRequest;
 
@@ -28,6 +29,16 @@ QNetworkRequest makeRequest(const QString& url, const QString& effectiveProtocol
 QJsonObject requestBody(const ChatRequest& request, const QString& effectiveProtocol,
                         const QString& model, const QJsonArray& messages = {},
                         const QJsonArray& tools = {});
+
+// The registry's tools as OpenAI function definitions, in table order.
+QJsonArray toolDefinitions();
+
+// The assistant turn of an OpenAI answer that asks for tools, whole and unchanged; empty
+// when the answer asks for none.
+QJsonObject toolCallTurn(const QByteArray& reply);
+
+// A call's "arguments" as a map; anything but a JSON object gives an empty map.
+QVariantMap toolArguments(const QJsonValue& arguments);
 
 // The answer's text, found by the shape of the reply whatever dialect it came in; empty
 // when no known shape holds any.

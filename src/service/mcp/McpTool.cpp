@@ -1,5 +1,7 @@
 #include "McpTool.h"
 
+#include "CaptureTools.h"
+
 #include <QGuiApplication>
 #include <QJsonArray>
 
@@ -107,7 +109,7 @@ QList<McpTool> buildTable()
         tool("capture_fullscreen",
              "Capture all screens silently, write to history + clipboard. Returns "
              "{path,width,height}.",
-             nullptr, nullptr),
+             nullptr, &captureFullscreenTool),
         tool(
             "capture_region",
             "Capture a screen region (x, y, w, h in virtual screen coords). Returns "
@@ -118,10 +120,10 @@ QList<McpTool> buildTable()
                                      {"w", "number", "Width", Required},
                                      {"h", "number", "Height", Required}});
             },
-            nullptr),
+            &captureRegionTool),
         tool("screenshot_active_window",
              "Capture the active foreground window. Returns {path,width,height}.", &emptySchema,
-             nullptr),
+             &screenshotActiveWindowTool),
         tool(
             "launch_app",
             "Launch an application, open a URL, or open a file using the default system "
@@ -142,7 +144,7 @@ QList<McpTool> buildTable()
                     {{"path", "string", "Optional image file path to run OCR on."},
                      {"id", "integer", "Optional history row id; default = most recent."}});
             },
-            nullptr),
+            &ocrTool),
         tool(
             "list_history",
             "Return recent history items (default 20). Returns "
@@ -150,7 +152,7 @@ QList<McpTool> buildTable()
             [] {
                 return objectSchema({{"limit", "integer", "Max items (default 20, max 200)."}});
             },
-            nullptr),
+            &listHistoryTool),
         tool(
             "search_history",
             "Full-text search (FTS5) across path names and OCR text. Returns {items:[...]}.",
@@ -158,16 +160,16 @@ QList<McpTool> buildTable()
                 return objectSchema({{"query", "string", "Search query.", Required},
                                      {"limit", "integer", "Max items (default 20)."}});
             },
-            nullptr),
+            &searchHistoryTool),
         tool("pin_last",
              "Pin the most recent screenshot (or specified id) as an always-on-top floating "
              "window.",
-             nullptr, nullptr),
+             nullptr, &pinLastTool),
         tool("annotate_image",
              "Draw annotations "
              "(rect/ellipse/arrow/line/brush/highlight/mosaic/blur/text/counter/stamp) onto a "
              "screenshot — by history id or inline base64 PNG. Returns {path,width,height,base64}.",
-             &annotateImageSchema, nullptr),
+             &annotateImageSchema, &annotateImageTool),
         tool(
             "mouse_click",
             "Perform a mouse click (left, right, or middle) at specific screen coordinates (x, "

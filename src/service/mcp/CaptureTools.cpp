@@ -1,0 +1,291 @@
+#include "CaptureTools.h"
+
+#include "core/ConfigManager.h"
+#include "platform/ScreenGrab.h"
+#include "service/ai/AiWorkflow.h"
+#include "service/capture/AnnotationPainter.h"
+#include "service/capture/CaptureService.h"
+#include "service/capture/OutputFile.h"
+#include "service/capture/WindowList.h"
+#include "service/history/HistoryService.h"
+
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QHash>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QPainter>
+#include <QTimer>
+
+namespace zelmor::service::mcp {
+
+namespace {
+
+constexpr int kHistoryLimit = 200;
+constexpr int kOcrLimitMs = 120000;
+
+QString key(const char* name)
+{
+    return QLatin1String(name);
+}
+
+history::HistoryService& historyStore()
+{
+    return history::HistoryService::instance();
+}
+
+// Saves under the user's output naming, records the row and answers like every capture.
+// Neither a failed save nor a failed insert is reported: the path is what the caller asked for.
+McpToolResult saveAndRecord(const QPixmap& pixmap, core::HistoryCategory category, int width,
+                            int height)
+{
+    const core::ConfigManager& config = core::ConfigManager::instance();
+    const QString path =
+        capture::makeOutputPath(config.outputDir(), config.fileNaming(), QStringLiteral("png"));
+    capture::savePixmapFile(pixmap, path);
+    historyStore().insert(pixmap, path, category, QString());
+    return {
+        {key("text"), path}, {key("path"), path}, {key("width"), width}, {key("height"), height}};
+}
+
+McpToolResult saveCapture(const QPixmap& pixmap, int width, int height)
+{
+    return saveAndRecord(pixmap, core::HistoryCategory::Screenshot, width, height);
+}
+
+QImage sourceImage(const McpToolArgs& args)
+{
+    QByteArray encoded = args.value(key("image")).toString().toLatin1();
+    // Models like to send data URLs; the payload after the comma is the base64.
+    if (encoded.startsWith("data:")) encoded = encoded.mid(encoded.indexOf(',') + 1);
+    if (!encoded.isEmpty()) {
+        QImage image;
+        if (image.loadFromData(QByteArray::fromBase64(encoded), "PNG")) return image;
+    }
+    return historyPixmapById(args.value(key("id")).toLongLong()).toImage();
+}
+
+int clampedLimit(const McpToolArgs& args)
+{
+    return qBound(1, args.value(key("limit"), 20).toInt(), kHistoryLimit);
+}
+
+} // namespace
+
+capture::AnnotationShape::Kind mcpAnnotationKind(const QString& kind)
+{
+    using Shape = capture::AnnotationShape;
+    static const QHash<QString, Shape::Kind> kinds{
+        {QStringLiteral("ellipse"), Shape::Ellipse},     {QStringLiteral("oval"), Shape::Ellipse},
+        {QStringLiteral("arrow"), Shape::Arrow},         {QStringLiteral("line"), Shape::Line},
+        {QStringLiteral("brush"), Shape::Brush},         {QStringLiteral("pen"), Shape::Brush},
+        {QStringLiteral("highlight"), Shape::Highlight}, {QStringLiteral("mosaic"), Shape::Mosaic},
+        {QStringLiteral("blur"), Shape::Blur},           {QStringLiteral("text"), Shape::Text},
+        {QStringLiteral("counter"), Shape::Counter},     {QStringLiteral("number"), Shape::Counter},
+        {QStringLiteral("stamp"), Shape::Stamp},
+    };
+    return kinds.value(kind.toLower(), Shape::Rect);
+}
+
+capture::AnnotationShape readMcpAnnotation(const QVariantMap& annotation)
+{
+    capture::AnnotationShape shape;
+    shape.kind = mcpAnnotationKind(annotation.value(key("kind")).toString());
+    for (const QVariant& point : annotation.value(key("points")).toList()) {
+        const QVariantList xy = point.toList();
+        if (xy.size() >= 2) shape.points.append(QPointF(xy.at(0).toDouble(), xy.at(1).toDouble()));
+    }
+    const QColor fallback(QStringLiteral("#FF5252"));
+    const QColor color(annotation.value(key("color"), fallback.name()).toString());
+    shape.color = color.isValid() ? color : fallback;
+    shape.width = annotation.value(key("penWidth"), 3).toInt();
+    shape.fontSize = annotation.value(key("fontSize"), 18).toInt();
+    shape.text = annotation.value(key("text")).toString();
+    shape.blockSize = annotation.value(key("mosaicSize"), 12).toInt();
+    return shape;
+}
+
+QString historyItemsJson(const QList<core::HistoryItem>& items)
+{
+    QJsonArray array;
+    for (const core::HistoryItem& item : items) {
+        const char* kind = item.kind == core::Gif      ? "gif"
+                           : item.kind == core::Scroll ? "scroll"
+                                                       : "image";
+        array.append(QJsonObject{{key("id"), item.id},
+                                 {key("kind"), QLatin1String(kind)},
+                                 {key("path"), item.path},
+                                 {key("width"), item.width},
+                                 {key("height"), item.height},
+                                 {key("createdAt"), item.createdAt.toString(Qt::ISODate)}});
+    }
+    return QString::fromUtf8(
+        QJsonDocument(QJsonObject{{key("items"), array}}).toJson(QJsonDocument::Compact));
+}
+
+QPixmap historyPixmapById(qint64 id)
+{
+    if (id < 1) {
+        const QList<core::HistoryItem> latest = historyStore().recent(1);
+        return latest.isEmpty() ? QPixmap() : QPixmap(latest.first().path);
+    }
+    for (const core::HistoryItem& item : historyStore().recent(kHistoryLimit))
+        if (item.id == id) return QPixmap(item.path);
+    return QPixmap();
+}
+
+McpToolResult captureFullscreenTool(const McpToolArgs&)
+{
+    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
+    capture::CaptureService service;
+    const core::CaptureResult result = service.captureFullscreen();
+    if (result.pixmap.isNull()) return mcpToolError(QStringLiteral("capture failed"));
+    return saveCapture(result.pixmap, result.width, result.height);
+}
+
+McpToolResult captureRegionTool(const McpToolArgs& args)
+{
+    // One flag for all four on purpose: only the height's conversion decides.
+    bool ok = false;
+    const int x = args.value(key("x")).toInt(&ok);
+    const int y = args.value(key("y")).toInt(&ok);
+    const int w = args.value(key("w")).toInt(&ok);
+    const int h = args.value(key("h")).toInt(&ok);
+    if (!ok || w < 1 || h < 1) return mcpToolError(QStringLiteral("invalid region"));
+    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
+
+    capture::CaptureService service;
+    const QPixmap frozen = service.grabScreens();
+    if (frozen.isNull()) return mcpToolError(QStringLiteral("freeze failed"));
+    // The rectangle is taken as canvas coordinates as given, with no shift by the desktop's
+    // origin.
+    const QPixmap cropped = frozen.copy(QRect(x, y, w, h));
+    if (cropped.isNull()) return mcpToolError(QStringLiteral("crop failed"));
+    return saveCapture(cropped, cropped.width(), cropped.height());
+}
+
+McpToolResult screenshotActiveWindowTool(const McpToolArgs&)
+{
+    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
+    const capture::WindowInfo window = capture::foregroundWindow();
+    QRect rect;
+    if (window.handle == 0) {
+        // No focused window: the desktop stands in, as the root window would.
+        const platform::Rect desktop = platform::virtualDesktopRect();
+        if (desktop.isEmpty()) return mcpToolError(QStringLiteral("no active window found"));
+        rect = QRect(desktop.x, desktop.y, desktop.width, desktop.height);
+    } else {
+        rect = window.rect;
+        if (rect.isEmpty()) return mcpToolError(QStringLiteral("could not get active window rect"));
+    }
+
+    capture::CaptureService service;
+    const QPixmap frozen = service.grabScreens();
+    if (frozen.isNull()) return mcpToolError(QStringLiteral("freeze failed"));
+    const QPixmap cropped = frozen.copy(rect.intersected(frozen.rect()));
+    if (cropped.isNull()) return mcpToolError(QStringLiteral("crop active window failed"));
+    return saveCapture(cropped, cropped.width(), cropped.height());
+}
+
+McpToolResult annotateImageTool(const McpToolArgs& args)
+{
+    const QImage source = sourceImage(args);
+    if (source.isNull())
+        return mcpToolError(QStringLiteral("no source image (provide id or base64)"));
+    QImage canvas = source.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    if (canvas.isNull()) return mcpToolError(QStringLiteral("canvas alloc failed"));
+    // Mosaic and blur read this copy, so later shapes never sample earlier ones.
+    const QImage unmarked = canvas;
+
+    QPainter painter(&canvas);
+    painter.setRenderHint(QPainter::Antialiasing);
+    for (const QVariant& annotation : args.value(key("annotations")).toList())
+        capture::paintAnnotation(painter, unmarked, readMcpAnnotation(annotation.toMap()));
+    painter.end();
+
+    McpToolResult result =
+        saveAndRecord(QPixmap::fromImage(canvas), core::HistoryCategory::Annotation, canvas.width(),
+                      canvas.height());
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    canvas.save(&buffer, "PNG");
+    result.insert(key("base64"), QString::fromLatin1(png.toBase64()));
+    return result;
+}
+
+McpToolResult ocrTool(const McpToolArgs& args)
+{
+    QPixmap pixmap;
+    const QString path = args.value(key("path")).toString();
+    if (!path.isEmpty()) pixmap.load(path);
+    if (pixmap.isNull()) pixmap = historyPixmapById(args.value(key("id")).toLongLong());
+    if (pixmap.isNull())
+        return mcpToolError(
+            QStringLiteral("no image to OCR. Please specify a valid 'path' or history 'id'."));
+
+    ai::AiWorkflow workflow;
+    QEventLoop loop;
+    QTimer limit;
+    limit.setSingleShot(true);
+    QString text;
+    // The first outcome wins: a cancel or a missing provider can fail before the loop runs.
+    bool done = false;
+    const auto settle = [&](const QString& outcome) {
+        if (done) return;
+        done = true;
+        text = outcome;
+        loop.quit();
+    };
+    QObject::connect(&workflow, &ai::AiWorkflow::resultReady, &loop,
+                     [&](const QString&, const QString& result) { settle(result); });
+    QObject::connect(&workflow, &ai::AiWorkflow::failed, &loop, [&](const QString& reason) {
+        settle(QStringLiteral("[error] %1").arg(reason));
+    });
+    QObject::connect(&limit, &QTimer::timeout, &loop, [&] {
+        settle(QStringLiteral("[error] OCR request timed out (120s)"));
+        // The workflow dies with this frame; its request must not outlive it.
+        workflow.cancel();
+    });
+
+    workflow.ocr(pixmap);
+    limit.start(kOcrLimitMs);
+    if (!done) loop.exec();
+    // A failure is an answer, not a tool error: the text says "[error]".
+    return {{key("text"), text}};
+}
+
+McpToolResult pinLastTool(const McpToolArgs& args)
+{
+    const QPixmap pixmap = historyPixmapById(args.value(key("id")).toLongLong());
+    if (pixmap.isNull()) return mcpToolError(QStringLiteral("no image to pin"));
+    const QCoreApplication* application = QCoreApplication::instance();
+    // The tool only answers; it opens no pin window in either process.
+    if (application && application->inherits("QApplication"))
+        return {{key("text"), QStringLiteral("pinned")}};
+    return {{key("text"), QStringLiteral("Image resolved (%1x%2) but pin window requires the "
+                                         "Zelmor GUI process to be running. Start zelmor and "
+                                         "try again.")
+                              .arg(pixmap.width())
+                              .arg(pixmap.height())},
+            {key("isError"), false}};
+}
+
+McpToolResult listHistoryTool(const McpToolArgs& args)
+{
+    return {{key("text"), historyItemsJson(historyStore().recent(clampedLimit(args)))}};
+}
+
+McpToolResult searchHistoryTool(const McpToolArgs& args)
+{
+    QString query = args.value(key("query")).toString().trimmed();
+    if (query.isEmpty()) return mcpToolError(QStringLiteral("query required"));
+    query.replace(QLatin1Char('"'), QLatin1Char(' '));
+    const QString phrase = QStringLiteral("\"%1\"*").arg(query);
+    return {{key("text"), historyItemsJson(historyStore().search(phrase, clampedLimit(args)))}};
+}
+
+} // namespace zelmor::service::mcp

@@ -3,6 +3,7 @@
 #include "app/HotkeyBindings.h"
 #include "app/SingleInstance.h"
 #include "core/ConfigManager.h"
+#include "core/DisplaySession.h"
 #include "core/EventBus.h"
 #include "core/Log.h"
 #include "core/Resources.h"
@@ -53,6 +54,7 @@ int main(int argc, char** argv)
         return 0;
     }
     core::startupTrace("single-instance locked");
+    core::recordDisplaySession();
 
     QFont font(QStringLiteral("Segoe UI Variable"));
     font.setPointSize(10);

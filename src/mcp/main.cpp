@@ -1,3 +1,4 @@
+#include "core/DisplaySession.h"
 #include "core/Log.h"
 #include "platform/Session.h"
 #include "platform/StandardStreams.h"
@@ -16,8 +17,12 @@ int main(int argc, char** argv)
     // Protocol lines alone may reach the client; whatever else prints goes to stderr.
     const int protocolOutput = platform::reserveStandardOutput();
 
-    // A client may start us with no display at all; the tools that need none still serve.
-    const bool display = platform::displayReachable();
+    // A client may start us with no display at all: the one the Zelmor window recorded is
+    // taken when it answers, and without any the tools that need none still serve.
+    QCoreApplication::setOrganizationName(QStringLiteral("Zelmor"));
+    QCoreApplication::setApplicationName(QStringLiteral("Zelmor"));
+    bool display = platform::displayReachable();
+    if (!display && core::adoptRecordedDisplaySession()) display = platform::displayReachable();
     if (!display) qputenv("QT_QPA_PLATFORM", "offscreen");
 
     QGuiApplication application(argc, argv);

@@ -123,6 +123,13 @@ private Q_SLOTS:
             QVERIFY2(home.log().contains(QLatin1String(stage)), stage);
         QTest::qWait(500);
         QCOMPARE(int(zelmor::service::capture::listTopLevelWindows().size()), windowsBefore);
+        // The display is recorded for the tool server, which may start without one.
+        QCOMPARE(zelmor::test::readFile(
+                     home.dir.filePath(QStringLiteral("data/Zelmor/Zelmor/display-session"))),
+                 "DISPLAY=" + qgetenv("DISPLAY") + '\n' +
+                     (qEnvironmentVariableIsSet("XAUTHORITY")
+                          ? "XAUTHORITY=" + qgetenv("XAUTHORITY") + '\n'
+                          : QByteArray()));
         QVERIFY(home.outputs().isEmpty());
         stop(*process);
     }

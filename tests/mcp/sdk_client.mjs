@@ -314,5 +314,24 @@ await check("capture, annotation, OCR and history tools", async (stderr) => {
   }
 });
 
+// Started with only HOME, PATH and USER, as clients do: the display the Zelmor window
+// recorded in the data folder is the one the capture tools use.
+await check("recorded session", async (stderr) => {
+  assert.ok(process.env.DISPLAY, "runs in the X test session");
+  const root = mkdtempSync(join(tmpdir(), "zelmor-mcp-session-"));
+  const data = join(root, ".local", "share", "Zelmor", "Zelmor");
+  mkdirSync(data, { recursive: true });
+  writeFileSync(join(data, "display-session"), `DISPLAY=${process.env.DISPLAY}\n`);
+  const client = await connect({ HOME: root, PATH: process.env.PATH, USER: process.env.USER ?? "root" }, stderr);
+  try {
+    const full = toolData(await client.callTool({ name: "capture_fullscreen", arguments: {} }));
+    assert.equal(full.width, 1920);
+    assert.equal(full.height, 1080);
+  } finally {
+    await client.close();
+    rmSync(root, { recursive: true, force: true });
+  }
+});
+
 rmSync(home, { recursive: true, force: true });
 process.exit(failures === 0 ? 0 : 1);

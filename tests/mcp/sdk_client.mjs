@@ -333,5 +333,21 @@ await check("recorded session", async (stderr) => {
   }
 });
 
+// A thousand calls in a row must not make the server grow.
+await check("memory stays flat", async (stderr) => {
+  const client = await connect({ ...sandbox }, stderr);
+  const rss = () => Number(/VmRSS:\s+(\d+)/.exec(readFileSync(`/proc/${client.transport.pid}/status`, "latin1"))[1]);
+  try {
+    const call = () => client.callTool({ name: "list_history", arguments: { limit: 200 } });
+    for (let i = 0; i < 100; i++) await call();
+    const settled = rss();
+    for (let i = 0; i < 1000; i++) await call();
+    const grown = rss() - settled;
+    assert.ok(grown < 4096, `grew by ${grown} kB over 1000 calls`);
+  } finally {
+    await client.close();
+  }
+});
+
 rmSync(home, { recursive: true, force: true });
 process.exit(failures === 0 ? 0 : 1);

@@ -1,6 +1,9 @@
 #include "McpTool.h"
 
 #include "CaptureTools.h"
+#include "InputTools.h"
+#include "UiTools.h"
+#include "WindowTools.h"
 
 #include <QGuiApplication>
 #include <QJsonArray>
@@ -134,7 +137,7 @@ QList<McpTool> buildTable()
                                       "(e.g. 'welink', 'notepad', 'chrome')",
                                       Required}});
             },
-            nullptr),
+            &launchAppTool),
         tool(
             "ocr",
             "Run OCR on an image file path, the most recent screenshot, or a specified history "
@@ -182,14 +185,14 @@ QList<McpTool> buildTable()
                      {"clicks", "integer",
                       "Number of clicks: 1 (single click, default) or 2 (double click)"}});
             },
-            nullptr),
+            &mouseClickTool),
         tool(
             "mouse_move", "Move the mouse cursor to specific screen coordinates (x, y).",
             [] {
                 return objectSchema({{"x", "integer", "X screen coordinate", Required},
                                      {"y", "integer", "Y screen coordinate", Required}});
             },
-            nullptr),
+            &mouseMoveTool),
         tool(
             "mouse_scroll", "Scroll the mouse wheel vertically (positive = up, negative = down).",
             [] {
@@ -199,7 +202,7 @@ QList<McpTool> buildTable()
                      {"x", "integer", "X screen coordinate (optional)"},
                      {"y", "integer", "Y screen coordinate (optional)"}});
             },
-            nullptr),
+            &mouseScrollTool),
         tool(
             "type_text",
             "Type text (supports unicode, Chinese, English, numbers, and symbols) into the "
@@ -209,7 +212,7 @@ QList<McpTool> buildTable()
                     {{"text", "string", "The text content to type into the active window",
                       Required}});
             },
-            nullptr),
+            &typeTextTool),
         tool(
             "send_hotkey",
             "Send key combinations or hotkeys (e.g., 'ctrl+c', 'ctrl+v', 'alt+tab', 'win+r', "
@@ -220,11 +223,11 @@ QList<McpTool> buildTable()
                                       "'alt+tab', 'win+r', 'enter', 'escape', 'tab')",
                                       Required}});
             },
-            nullptr),
+            &sendHotkeyTool),
         tool("list_windows",
              "List all visible top-level desktop windows including title, process name, "
              "position, and dimensions.",
-             &emptySchema, nullptr),
+             &emptySchema, &listWindowsTool),
         tool(
             "focus_window",
             "Bring a specific window to front and give it focus (matches window title "
@@ -235,16 +238,16 @@ QList<McpTool> buildTable()
                                       "'Visual Studio Code', 'Chrome')",
                                       Required}});
             },
-            nullptr),
+            &focusWindowTool),
         tool("read_clipboard", "Read the current text content from the Windows system clipboard.",
-             nullptr, nullptr),
+             nullptr, &readClipboardTool),
         tool(
             "write_clipboard", "Set text content into the Windows system clipboard.",
             [] {
                 return objectSchema(
                     {{"text", "string", "Text to copy to the Windows clipboard", Required}});
             },
-            nullptr),
+            &writeClipboardTool),
         tool(
             "mouse_drag",
             "Press mouse button at (startX, startY), drag to (endX, endY), and release.",
@@ -256,11 +259,11 @@ QList<McpTool> buildTable()
                      {"endY", "integer", nullptr, Required},
                      {"button", "string", "Mouse button: 'left' (default) or 'right'"}});
             },
-            nullptr),
+            &mouseDragTool),
         tool("get_active_window_info",
              "Get detailed information of the currently active focused window (title, process "
              "name, position, and dimensions).",
-             nullptr, nullptr),
+             nullptr, &getActiveWindowInfoTool),
         tool(
             "window_action",
             "Perform window state action ('minimize', 'maximize', 'restore', 'close') on target "
@@ -272,7 +275,7 @@ QList<McpTool> buildTable()
                      {"title", "string",
                       "Keywords matching window title (optional, defaults to active window)"}});
             },
-            nullptr),
+            &windowActionTool),
         tool(
             "inspect_ui_element",
             "Inspect the UIAutomation element under the mouse cursor or at specified "
@@ -280,7 +283,7 @@ QList<McpTool> buildTable()
             [] {
                 return objectSchema({{"x", "integer"}, {"y", "integer"}});
             },
-            nullptr),
+            &inspectUiElementTool),
         tool(
             "find_ui_elements",
             "Search UIAutomation elements across the entire Windows desktop by name or control "
@@ -289,7 +292,7 @@ QList<McpTool> buildTable()
                 return objectSchema(
                     {{"name", "string", "Element name or title keyword to search", Required}});
             },
-            nullptr),
+            &findUiElementsTool),
         tool(
             "click_ui_element",
             "Find a UIAutomation element on the desktop by name, activate its parent window, "
@@ -299,7 +302,7 @@ QList<McpTool> buildTable()
                     {{"name", "string", "Name of the UI element/button to find and click",
                       Required}});
             },
-            nullptr),
+            &clickUiElementTool),
         tool(
             "set_ui_element_text",
             "Set text value directly on an Edit/TextBox UIAutomation element across the "
@@ -310,7 +313,7 @@ QList<McpTool> buildTable()
                       Required},
                      {"text", "string", "Text value to write into the element", Required}});
             },
-            nullptr),
+            &setUiElementTextTool),
         tool(
             "key_down",
             "Press and hold a specific key (e.g., 'shift', 'ctrl', 'alt', 'space', 'a').",
@@ -320,7 +323,7 @@ QList<McpTool> buildTable()
                                       "'space', 'a')",
                                       Required}});
             },
-            nullptr),
+            &keyDownTool),
         tool(
             "key_up", "Release a held key (e.g., 'shift', 'ctrl', 'alt', 'space', 'a').",
             [] {
@@ -329,7 +332,7 @@ QList<McpTool> buildTable()
                       "Key name to release (e.g. 'shift', 'ctrl', 'alt', 'space', 'a')",
                       Required}});
             },
-            nullptr),
+            &keyUpTool),
         tool(
             "paste_text_to_focused",
             "Set text into Windows clipboard and simulate Ctrl+V to paste into the active "
@@ -338,7 +341,7 @@ QList<McpTool> buildTable()
                 return objectSchema({{"text", "string",
                                       "Text to set to clipboard and paste via Ctrl+V", Required}});
             },
-            nullptr),
+            &pasteTextToFocusedTool),
         tool(
             "activate_window_and_paste",
             "Focus target window by title/process name, optionally send hotkey (e.g. 'ctrl+f') "
@@ -353,7 +356,7 @@ QList<McpTool> buildTable()
                       "Optional hotkey to send after focusing window (e.g. 'ctrl+f', 'enter')"},
                      {"text", "string", "Optional text to paste via Ctrl+V"}});
             },
-            nullptr),
+            &activateWindowAndPasteTool),
         tool(
             "open_folder_and_select",
             "Open Windows File Explorer and automatically highlight/select a specific file or "
@@ -364,7 +367,7 @@ QList<McpTool> buildTable()
                       "Absolute path to the file or directory to highlight in Explorer",
                       Required}});
             },
-            nullptr),
+            &openFolderAndSelectTool),
         tool(
             "get_file_info",
             "Get file system metadata (size, created time, modified time, extension, "
@@ -373,7 +376,7 @@ QList<McpTool> buildTable()
                 return objectSchema(
                     {{"path", "string", "Absolute path to the file or directory", Required}});
             },
-            nullptr),
+            &getFileInfoTool),
     };
 }
 

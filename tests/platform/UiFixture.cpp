@@ -1,10 +1,15 @@
 // Another program for the desktop tests: a window of named controls that reports on standard
-// output, one line each, what happens to them. "where NAME" on standard input answers
-// "at NAME X Y WIDTH HEIGHT" with the control's rectangle on the screen.
+// output, one line each, what happens to them. Commands on standard input:
+//   where NAME             answers "at NAME X Y WIDTH HEIGHT", the control's screen rectangle
+//   add KIND COUNT NAME    adds controls to a second window, "TITLE extras", named NAME, or
+//                          "NAME 1" to "NAME COUNT" when COUNT > 1. KIND: label, edit, button,
+//                          hidden (a button never shown), echo (a label showing NAME and then
+//                          the first window's text)
 //   zelmor-ui-fixture TITLE X Y WIDTH HEIGHT
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -14,9 +19,10 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
-#include <cstdio>
 #include <iostream>
-#include <string>
+#include <memory>
+
+#include <unistd.h>
 
 namespace {
 
@@ -49,8 +55,11 @@ class KeyReporter : public QObject
 protected:
     bool eventFilter(QObject*, QEvent* e) override
     {
+        const auto* key = static_cast<QKeyEvent*>(e);
         if (e->type() == QEvent::KeyPress)
-            report(QStringLiteral("key %1").arg(static_cast<QKeyEvent*>(e)->key()));
+            report(QStringLiteral("key %1").arg(key->key()));
+        else if (e->type() == QEvent::KeyRelease && !key->isAutoRepeat())
+            report(QStringLiteral("release %1").arg(key->key()));
         return false;
     }
 };
@@ -94,15 +103,59 @@ int main(int argc, char** argv)
           static_cast<QWidget*>(level), static_cast<QWidget*>(pad)})
         layout->addWidget(w);
 
-    QSocketNotifier input(fileno(stdin), QSocketNotifier::Read);
-    QObject::connect(&input, &QSocketNotifier::activated, [&] {
-        std::string line;
-        if (!std::getline(std::cin, line)) {
-            input.setEnabled(false);
+    std::unique_ptr<QWidget> extras;
+    QGridLayout* extrasLayout = nullptr;
+    const auto addOne = [&](const QString& kind, const QString& name) {
+        QWidget* w = nullptr;
+        if (kind == QLatin1String("label")) {
+            w = new QLabel(name);
+        } else if (kind == QLatin1String("echo")) {
+            auto* echo = new QLabel(name + ' ' + edit->text());
+            QObject::connect(edit, &QLineEdit::textChanged, echo,
+                             [echo, name](const QString& t) { echo->setText(name + ' ' + t); });
+            w = echo;
+        } else if (kind == QLatin1String("edit")) {
+            auto* field = new QLineEdit;
+            field->setAccessibleName(name);
+            QObject::connect(field, &QLineEdit::textChanged, [name](const QString& t) {
+                report(QStringLiteral("changed %1: %2").arg(name, t));
+            });
+            w = field;
+        } else if (kind == QLatin1String("button") || kind == QLatin1String("hidden")) {
+            auto* button = new QPushButton(name);
+            QObject::connect(button, &QPushButton::clicked,
+                             [name] { report(QStringLiteral("clicked %1").arg(name)); });
+            w = button;
+        } else {
             return;
         }
-        const QString name = QString::fromStdString(line).section(' ', 1);
-        for (QWidget* w : window.findChildren<QWidget*>()) {
+        const int n = extrasLayout->count();
+        extrasLayout->addWidget(w, n / 4, n % 4);
+        if (kind == QLatin1String("hidden")) w->hide();
+    };
+    const auto addExtras = [&](const QString& kind, int count, const QString& name) {
+        if (!extras) {
+            extras = std::make_unique<QWidget>();
+            extras->setWindowTitle(window.windowTitle() + QStringLiteral(" extras"));
+            extrasLayout = new QGridLayout(extras.get());
+            extras->move(window.geometry().right() + 20, window.geometry().top());
+        }
+        for (int i = 1; i <= count; ++i)
+            addOne(kind, count > 1 ? QStringLiteral("%1 %2").arg(name).arg(i) : name);
+        extras->adjustSize();
+        extras->show();
+    };
+
+    const auto run = [&](const QString& command) {
+        if (command.startsWith(QLatin1String("add "))) {
+            addExtras(command.section(' ', 1, 1), command.section(' ', 2, 2).toInt(),
+                      command.section(' ', 3));
+            return;
+        }
+        const QString name = command.section(' ', 1);
+        QList<QWidget*> widgets = window.findChildren<QWidget*>();
+        if (extras) widgets += extras->findChildren<QWidget*>();
+        for (QWidget* w : widgets) {
             const QString wName = w->accessibleName().isEmpty() ? w->property("text").toString()
                                                                 : w->accessibleName();
             if (wName == name)
@@ -113,6 +166,21 @@ int main(int argc, char** argv)
                            .arg(w->width())
                            .arg(w->height()));
         }
+    };
+    // Read raw: a buffered stream would take in several commands at once and leave the
+    // notifier nothing to announce for the rest.
+    QByteArray pending;
+    QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
+    QObject::connect(&input, &QSocketNotifier::activated, [&] {
+        char buffer[4096];
+        const ssize_t n = ::read(STDIN_FILENO, buffer, sizeof buffer);
+        if (n <= 0) {
+            input.setEnabled(false);
+            return;
+        }
+        pending.append(buffer, n);
+        for (qsizetype end; (end = pending.indexOf('\n')) >= 0; pending.remove(0, end + 1))
+            run(QString::fromUtf8(pending.left(end)));
     });
 
     if (argc > 5) window.setGeometry(atoi(argv[2]), atoi(argv[3]), atoi(argv[4]), atoi(argv[5]));

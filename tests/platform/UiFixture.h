@@ -56,6 +56,13 @@ public:
         return {};
     }
 
+    // Adds controls to the fixture's second window, "TITLE extras"; KIND as zelmor-ui-fixture
+    // takes it.
+    void add(const QString& kind, int count, const QString& name)
+    {
+        m_process.write(QStringLiteral("add %1 %2 %3\n").arg(kind).arg(count).arg(name).toUtf8());
+    }
+
     // The control's rectangle on the screen, as the fixture itself sees it.
     QRect where(const QString& name)
     {

@@ -1,0 +1,143 @@
+// The UI element tools on another program's controls: a search capped at 30, a click that
+// passes over elements without a rectangle, a write that passes over elements refusing text,
+// and the element under a point.
+
+#include "TestMain.h"
+#include "UiFixture.h"
+
+#include "service/mcp/McpTool.h"
+
+using namespace zelmor::service::mcp;
+using zelmor::test::UiFixture;
+
+namespace {
+
+McpToolResult succeeded(McpToolResult fields)
+{
+    fields.insert("success", true);
+    return fields;
+}
+
+QVariantMap record(const QString& name, const QString& type, const QRect& r)
+{
+    return {{"name", name}, {"controlType", type}, {"x", r.x()},
+            {"y", r.y()},   {"width", r.width()},  {"height", r.height()}};
+}
+
+} // namespace
+
+class TestUiTools : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<UiFixture> m_fixture;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_fixture = std::make_unique<UiFixture>("Tools fixture", QRect(100, 120, 420, 460));
+        m_fixture->add("hidden", 1, "Send (hidden)");
+        m_fixture->add("button", 1, "Send");
+        m_fixture->add("label", 1, "Note label");
+        m_fixture->add("edit", 1, "Note field");
+        m_fixture->add("label", 100, "Row");
+        QTRY_COMPARE(callMcpTool("find_ui_elements", {{"name", "Row 100"}}).value("count"), 1);
+    }
+
+    void failures_data()
+    {
+        QTest::addColumn<QString>("tool");
+        QTest::addColumn<QVariantMap>("args");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("find, blanks")
+            << "find_ui_elements" << QVariantMap{{"name", " "}} << "name cannot be empty";
+        QTest::newRow("click, no name")
+            << "click_ui_element" << QVariantMap{} << "name cannot be empty";
+        QTest::newRow("set, no name")
+            << "set_ui_element_text" << QVariantMap{{"text", "x"}} << "name cannot be empty";
+        QTest::newRow("click, no match")
+            << "click_ui_element" << QVariantMap{{"name", " nothing 4711 "}}
+            << "no UI element found matching 'nothing 4711'";
+        QTest::newRow("set, only a button")
+            << "set_ui_element_text" << QVariantMap{{"name", "save"}, {"text", "x"}}
+            << "no editable UI element found matching 'save'";
+    }
+    void failures()
+    {
+        QFETCH(QString, tool);
+        QFETCH(QVariantMap, args);
+        QFETCH(QString, message);
+        QCOMPARE(callMcpTool(tool, args), mcpToolError(message));
+    }
+
+    void findReturnsTheFirstThirty()
+    {
+        const McpToolResult found = callMcpTool("find_ui_elements", {{"name", " ROW "}});
+        QCOMPARE(found.value("count"), 30);
+        const QVariantList elements = found.value("elements").toList();
+        QCOMPARE(elements.size(), 30);
+        for (int i = 0; i < 30; ++i)
+            QCOMPARE(elements[i].toMap().value("name"), QStringLiteral("Row %1").arg(i + 1));
+        const QString first = QStringLiteral("Row 1");
+        QCOMPARE(elements[0].toMap(), record(first, "Text", m_fixture->where(first)));
+        QCOMPARE(callMcpTool("find_ui_elements", {{"name", "nothing 4711"}}),
+                 succeeded({{"elements", QVariantList()}, {"count", 0}}));
+    }
+
+    void clickPassesOverElementsWithoutRectangle()
+    {
+        const QVariantList matches =
+            callMcpTool("find_ui_elements", {{"name", "send"}}).value("elements").toList();
+        QCOMPARE(matches.size(), 2);
+        QCOMPARE(matches[0].toMap().value("name"), "Send (hidden)");
+        QCOMPARE(matches[0].toMap().value("width", 0), 0);
+        const QRect send = m_fixture->where("Send");
+        QCOMPARE(callMcpTool("click_ui_element", {{"name", "send"}}),
+                 succeeded({{"matchedName", "Send"},
+                            {"x", send.x() + send.width() / 2},
+                            {"y", send.y() + send.height() / 2}}));
+        QTRY_VERIFY(m_fixture->saw("clicked Send"));
+        QVERIFY(!m_fixture->saw("clicked Send (hidden)"));
+    }
+
+    void setTextPassesOverElementsRefusingIt()
+    {
+        QCOMPARE(callMcpTool("set_ui_element_text", {{"name", " NOTE "}, {"text", " 写入 "}}),
+                 succeeded({{"matchedName", "Note field"}, {"text", " 写入 "}}));
+        QTRY_VERIFY(m_fixture->saw("changed Note field:  写入 "));
+    }
+
+    void inspectsTheElementAtAPoint_data()
+    {
+        QTest::addColumn<QString>("control");
+        QTest::addColumn<bool>("onlyX"); // then the cursor's position counts
+        QTest::addColumn<QString>("type");
+        QTest::newRow("button under the cursor") << "Save" << true << "Button";
+        QTest::newRow("pane at a point") << "Pad" << false << "Custom(50033)";
+        QTest::newRow("spin box at a point") << "Count" << false << "Custom(50016)";
+    }
+    void inspectsTheElementAtAPoint()
+    {
+        QFETCH(QString, control);
+        QFETCH(bool, onlyX);
+        QFETCH(QString, type);
+        const QRect r = m_fixture->where(control);
+        const QPoint c = r.center();
+        McpToolArgs args{{"x", c.x()}, {"y", c.y()}};
+        if (onlyX) {
+            callMcpTool("mouse_move", args);
+            args = {{"x", 3}};
+        }
+        const McpToolResult result = callMcpTool("inspect_ui_element", args);
+        QCOMPARE(result, succeeded({{"element", record(control, type, r)}}));
+    }
+
+    void nothingToInspectIsNoFailure()
+    {
+        QCOMPARE(callMcpTool("inspect_ui_element", {{"x", 1900}, {"y", 1060}}),
+                 (McpToolResult{{"element", QVariantMap()}, {"success", false}}));
+    }
+};
+
+ZELMOR_TEST_MAIN(TestUiTools, QApplication)
+#include "tst_uitools.moc"

@@ -154,28 +154,39 @@ void ActionManager::saveAiSource(const QPixmap& pixmap)
                                                             QString());
 }
 
+// A workflow with its task: a cancel of the task reaches the workflow, and a failure marks
+// the task with `failedMessage` and the reason. No toast: the task card carries it.
+ActionManager::AiJob ActionManager::startAiJob(const QPixmap& pixmap, const QString& title,
+                                               const QString& message, const QString& failedMessage)
+{
+    auto* workflow = new service::ai::AiWorkflow(this);
+    const quint64 task = TaskManager::instance().addTask(
+        title, message, pixmap, [guard = QPointer<service::ai::AiWorkflow>(workflow)] {
+            if (guard) guard->cancel();
+        });
+    connect(workflow, &service::ai::AiWorkflow::failed, this,
+            [workflow, task, failedMessage](const QString& reason) {
+                TaskManager::instance().updateTask(task, TaskItem::Failed, failedMessage, reason);
+                workflow->deleteLater();
+            });
+    return {workflow, task};
+}
+
 void ActionManager::ocrWithPixmap(const QPixmap& pixmap)
 {
     if (pixmap.isNull()) return;
     toast(tr("OCR", "tray.ocr"), tr("🔍 正在提取文字，请稍候...", "ai.ocr.processing"));
-    auto* workflow = new service::ai::AiWorkflow(this);
-    const quint64 task = TaskManager::instance().addTask(
-        tr("文字识别 (OCR)", "ai.ocr.title"), tr("正在提取文字...", "ai.ocr.processing"), pixmap,
-        [workflow = QPointer<service::ai::AiWorkflow>(workflow)] {
-            if (workflow) workflow->cancel();
-        });
+    const AiJob job =
+        startAiJob(pixmap, tr("文字识别 (OCR)", "ai.ocr.title"),
+                   tr("正在提取文字...", "ai.ocr.processing"), tr("识别失败", "ai.ocr.failed"));
+    service::ai::AiWorkflow* workflow = job.workflow; // named for the lambdas below
+    const quint64 task = job.task;
     saveAiSource(pixmap);
     connect(workflow, &service::ai::AiWorkflow::resultReady, this,
             [this, workflow, task](const QString&, const QString& text) {
                 TaskManager::instance().updateTask(task, TaskItem::Finished,
                                                    tr("提取成功", "ai.ocr.success"), text);
                 showTextResult(text, false);
-                workflow->deleteLater();
-            });
-    connect(workflow, &service::ai::AiWorkflow::failed, this,
-            [workflow, task](const QString& reason) {
-                TaskManager::instance().updateTask(task, TaskItem::Failed,
-                                                   tr("识别失败", "ai.ocr.failed"), reason);
                 workflow->deleteLater();
             });
     workflow->ocr(pixmap);
@@ -186,24 +197,17 @@ void ActionManager::translateWithPixmap(const QPixmap& pixmap)
     if (pixmap.isNull()) return;
     toast(tr("Translation", "tray.translate"),
           tr("🌐 正在翻译图片内容，请稍候...", "ai.translate.processing"));
-    auto* workflow = new service::ai::AiWorkflow(this);
-    const quint64 task = TaskManager::instance().addTask(
-        tr("截图翻译", "ai.translate.title"), tr("正在翻译图片...", "ai.translate.processing"),
-        pixmap, [workflow = QPointer<service::ai::AiWorkflow>(workflow)] {
-            if (workflow) workflow->cancel();
-        });
+    const AiJob job = startAiJob(pixmap, tr("截图翻译", "ai.translate.title"),
+                                 tr("正在翻译图片...", "ai.translate.processing"),
+                                 tr("翻译失败", "ai.translate.failed"));
+    service::ai::AiWorkflow* workflow = job.workflow; // named for the lambdas below
+    const quint64 task = job.task;
     saveAiSource(pixmap);
     connect(workflow, &service::ai::AiWorkflow::resultReady, this,
             [this, workflow, task](const QString&, const QString& text) {
                 TaskManager::instance().updateTask(task, TaskItem::Finished,
                                                    tr("翻译成功", "ai.translate.success"), text);
                 showTextResult(text, true);
-                workflow->deleteLater();
-            });
-    connect(workflow, &service::ai::AiWorkflow::failed, this,
-            [workflow, task](const QString& reason) {
-                TaskManager::instance().updateTask(task, TaskItem::Failed,
-                                                   tr("翻译失败", "ai.translate.failed"), reason);
                 workflow->deleteLater();
             });
     workflow->translate(pixmap, QStringLiteral("中文"));
@@ -232,13 +236,12 @@ void ActionManager::aiAnnotateWithPixmap(const QPixmap& pixmap)
     toast(tr("AI 自动标注", "ai.annotate.processing.title"),
           tr("✏️ AI 正在智能识别并标注 UI 控件，请稍候...",
              "ai.annotate.processing.body"));
-    auto* workflow = new service::ai::AiWorkflow(this);
+    const AiJob job = startAiJob(pixmap, tr("AI 自动标注", "ai.annotate.title"),
+                                 tr("正在识别 UI 控件...", "ai.annotate.processing"),
+                                 tr("标注失败", "ai.annotate.failed"));
+    service::ai::AiWorkflow* workflow = job.workflow; // named for the lambdas below
+    const quint64 task = job.task;
     workflow->setProperty("__srcPixmap", QVariant::fromValue(pixmap));
-    const quint64 task = TaskManager::instance().addTask(
-        tr("AI 自动标注", "ai.annotate.title"), tr("正在识别 UI 控件...", "ai.annotate.processing"),
-        pixmap, [workflow = QPointer<service::ai::AiWorkflow>(workflow)] {
-            if (workflow) workflow->cancel();
-        });
     connect(workflow, &service::ai::AiWorkflow::boxesReady, this,
             [this, workflow, task](const QList<service::ai::AnnotationBox>& boxes) {
                 TaskManager::instance().updateTask(
@@ -254,12 +257,6 @@ void ActionManager::aiAnnotateWithPixmap(const QPixmap& pixmap)
                         service::history::HistoryService::instance().insert(
                             marked, path, core::HistoryCategory::Ai, QString());
                 }
-                workflow->deleteLater();
-            });
-    connect(workflow, &service::ai::AiWorkflow::failed, this,
-            [workflow, task](const QString& reason) {
-                TaskManager::instance().updateTask(task, TaskItem::Failed,
-                                                   tr("标注失败", "ai.annotate.failed"), reason);
                 workflow->deleteLater();
             });
     workflow->annotate(pixmap);

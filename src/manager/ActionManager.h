@@ -7,6 +7,9 @@ class QPixmap;
 namespace zelmor::manager {
 class PinManager;
 }
+namespace zelmor::service::ai {
+class AiWorkflow;
+}
 namespace zelmor::service::capture {
 class CaptureService;
 }
@@ -60,6 +63,13 @@ private:
     enum class AiOverlay { QuickOcr, AiAnnotate };
     void openAiOverlay(AiOverlay kind);
     void connectAiOutcomes(widget::CaptureOverlay* overlay);
+    struct AiJob
+    {
+        service::ai::AiWorkflow* workflow;
+        quint64 task;
+    };
+    AiJob startAiJob(const QPixmap& pixmap, const QString& title, const QString& message,
+                     const QString& failedMessage);
     void saveAiSource(const QPixmap& pixmap);
     void showTextResult(const QString& text, bool translation);
     void copyAndSave(const QPixmap& cropped);

@@ -157,11 +157,9 @@ AiProvider AiProviderService::get(qint64 id) const
     return selectOne(kSelect + QStringLiteral("WHERE id=?"), {id});
 }
 
-qint64 AiProviderService::insert(const AiProvider& provider)
+// The columns insert and update share, in the order both statements name them.
+static void bindFields(QSqlQuery& query, const AiProvider& provider)
 {
-    if (!ensureReady()) return -1;
-    QSqlQuery query(database());
-    query.prepare(kInsert);
     query.addBindValue(text(provider.name));
     query.addBindValue(text(provider.protocol));
     query.addBindValue(text(provider.baseUrl));
@@ -169,6 +167,14 @@ qint64 AiProviderService::insert(const AiProvider& provider)
     query.addBindValue(text(provider.model));
     query.addBindValue(provider.isDefault ? 1 : 0);
     query.addBindValue(provider.sortOrder);
+}
+
+qint64 AiProviderService::insert(const AiProvider& provider)
+{
+    if (!ensureReady()) return -1;
+    QSqlQuery query(database());
+    query.prepare(kInsert);
+    bindFields(query, provider);
     query.addBindValue(QDateTime::currentMSecsSinceEpoch());
     if (!query.exec()) return -1;
     const qint64 id = query.lastInsertId().toLongLong();
@@ -183,13 +189,7 @@ bool AiProviderService::update(const AiProvider& provider)
     QSqlQuery query(database());
     query.prepare(QStringLiteral("UPDATE ai_providers SET name=?, protocol=?, base_url=?, "
                                  "api_key=?, model=?, is_default=?, sort_order=? WHERE id=?"));
-    query.addBindValue(text(provider.name));
-    query.addBindValue(text(provider.protocol));
-    query.addBindValue(text(provider.baseUrl));
-    query.addBindValue(text(provider.apiKey));
-    query.addBindValue(text(provider.model));
-    query.addBindValue(provider.isDefault ? 1 : 0);
-    query.addBindValue(provider.sortOrder);
+    bindFields(query, provider);
     query.addBindValue(provider.id);
     if (!query.exec()) return false;
     if (provider.isDefault) setDefault(provider.id);

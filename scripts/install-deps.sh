@@ -13,7 +13,7 @@ packages=(
   libxcb-keysyms1-dev libxcb-shm0-dev libxcb-xkb-dev libx11-dev libx11-xcb-dev
   libxkbcommon-dev libatspi2.0-dev
   # run and test
-  fonts-dejavu-core at-spi2-core dbus dbus-x11 xvfb xauth x11-utils openbox trayer
+  fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji at-spi2-core dbus dbus-x11 xvfb xauth x11-utils openbox trayer
   xdotool xclip xdg-utils
   # independent GIF readers for the encoder tests, and the benchmark's reference encoder
   gifsicle ffmpeg

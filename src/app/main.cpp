@@ -60,7 +60,7 @@ int main(int argc, char** argv)
     QFont::insertSubstitutions(QStringLiteral("Segoe UI Variable"),
                                {QStringLiteral("Segoe UI"), QStringLiteral("Microsoft YaHei UI"),
                                 QStringLiteral("Noto Sans"), QStringLiteral("Noto Sans CJK SC"),
-                                QStringLiteral("DejaVu Sans")});
+                                QStringLiteral("DejaVu Sans"), QStringLiteral("Noto Color Emoji")});
     QApplication::setFont(font);
 
     manager::ThemeManager::instance().apply(core::ConfigManager::instance().theme());

@@ -28,8 +28,11 @@ QString toastStyleSheet(bool dark)
     return QStringLiteral("#toast { background: %1; border: 1px solid %2; border-radius: 10px; }"
                           "#toastAccent { background: #F57C00; border-top-left-radius: 10px;"
                           " border-bottom-left-radius: 10px; }"
-                          "#toastTitle { color: %3; background: transparent; }"
-                          "#toastBody { color: %4; background: transparent; }")
+                          // Sizes again here: the application sheet's font size would win
+                          // over the labels' own fonts.
+                          "#toastTitle { color: %3; background: transparent; font-size: 9pt;"
+                          " font-weight: 700; }"
+                          "#toastBody { color: %4; background: transparent; font-size: 9pt; }")
         .arg(dark ? QStringLiteral("#2b2b30") : QStringLiteral("#FFFFFF"),
              dark ? QStringLiteral("#3a3a40") : QStringLiteral("#E6E6E6"),
              dark ? QStringLiteral("#e4e4e7") : QStringLiteral("#222222"),
@@ -109,6 +112,9 @@ void Toast::setTexts(const QString& title, const QString& body)
     bodyLabel->setText(shown);
     bodyLabel->setVisible(!shown.isEmpty());
 
+    // Measured in the fonts the style sheets give, which apply at polish.
+    titleLabel->ensurePolished();
+    bodyLabel->ensurePolished();
     const int titleWidth = QFontMetrics(titleLabel->font()).horizontalAdvance(title);
     const int bodyWidth = QFontMetrics(bodyLabel->font())
                               .boundingRect(QRect(0, 0, 412, 1000), Qt::TextWordWrap, shown)

@@ -14,6 +14,7 @@
 #include "service/capture/ScreenGrabber.h"
 #include "service/capture/WindowList.h"
 #include "service/history/HistoryService.h"
+#include "widget/LicenseDialog.h"
 #include "widget/MainWindow.h"
 #include "widget/OcrResultDialog.h"
 #include "widget/overlay/CaptureOverlay.h"
@@ -28,6 +29,8 @@
 #include <QScreen>
 #include <QTimer>
 #include <QUrl>
+
+#include <memory>
 
 namespace zelmor::manager {
 
@@ -160,13 +163,18 @@ ActionManager::AiJob ActionManager::startAiJob(const QPixmap& pixmap, const QStr
                                                const QString& message, const QString& failedMessage)
 {
     auto* workflow = new service::ai::AiWorkflow(this);
+    // The abort that a cancel causes comes back as a failure, which the task must not show.
+    auto cancelled = std::make_shared<bool>(false);
     const quint64 task = TaskManager::instance().addTask(
-        title, message, pixmap, [guard = QPointer<service::ai::AiWorkflow>(workflow)] {
+        title, message, pixmap, [guard = QPointer<service::ai::AiWorkflow>(workflow), cancelled] {
+            *cancelled = true;
             if (guard) guard->cancel();
         });
     connect(workflow, &service::ai::AiWorkflow::failed, this,
-            [workflow, task, failedMessage](const QString& reason) {
-                TaskManager::instance().updateTask(task, TaskItem::Failed, failedMessage, reason);
+            [workflow, task, failedMessage, cancelled](const QString& reason) {
+                if (!*cancelled)
+                    TaskManager::instance().updateTask(task, TaskItem::Failed, failedMessage,
+                                                       reason);
                 workflow->deleteLater();
             });
     return {workflow, task};
@@ -418,6 +426,13 @@ void ActionManager::openOutputDir()
     const QString dir = core::ConfigManager::instance().outputDir();
     QDir().mkpath(dir);
     QDesktopServices::openUrl(QUrl::fromLocalFile(dir));
+}
+
+void ActionManager::showLicense()
+{
+    auto* dialog = new widget::LicenseDialog(nullptr);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->show();
 }
 
 // Windows relaunches through the elevation prompt. An X11 desktop has no equivalent for a

@@ -53,6 +53,7 @@ public Q_SLOTS:
     void reeditFromPixmap(const QPixmap& pixmap);
     void showHistory();
     void openOutputDir();
+    void showLicense();
     void restartAsAdmin();
     void setTheme(const QString& name);
     void quit();

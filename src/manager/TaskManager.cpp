@@ -72,9 +72,10 @@ void TaskManager::cancelTask(quint64 id)
     if (!task || !task->isActive()) return;
     task->state = TaskItem::Cancelled;
     task->message = tr("已取消");
-    const TaskItem cancelled = *task;
-    if (cancelled.onCancel) cancelled.onCancel();
-    Q_EMIT taskUpdated(cancelled);
+    const std::function<void()> onCancel = task->onCancel;
+    if (onCancel) onCancel();
+    // The job may have reported meanwhile; what is announced is what the list now holds.
+    if (const TaskItem* now = find(id)) Q_EMIT taskUpdated(*now);
     Q_EMIT activeCountChanged(activeCount());
 }
 

@@ -120,6 +120,7 @@ void TrayService::rebuildMenu()
     addItem(theme, tr("Dark", "tray.theme.dark"), a, [a] { a->setTheme(QStringLiteral("dark")); });
     addItem(theme, tr("System", "tray.theme.system"), a,
             [a] { a->setTheme(QStringLiteral("system")); });
+    addItem(menu, tr("License...", "tray.license"), a, &ActionManager::showLicense);
     addItem(menu, tr("Restart as admin", "tray.restartAdmin"), a, &ActionManager::restartAsAdmin);
     menu->addSeparator();
     addItem(menu, tr("Quit", "tray.quit"), a, &ActionManager::quit);

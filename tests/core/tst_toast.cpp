@@ -2,6 +2,7 @@
 
 #include "core/ThemeFlag.h"
 #include "core/Toast.h"
+#include "manager/ThemeManager.h"
 #include "service/capture/WindowList.h"
 
 #include <QLabel>
@@ -65,6 +66,20 @@ private Q_SLOTS:
         const QRect frame = toast->frameGeometry();
         QCOMPARE(frame.right(), area().right() - 16 - 1);
         QCOMPARE(frame.bottom(), area().bottom() - 16 - 1);
+    }
+
+    // The application's sheet sets a font size for every widget; the toast keeps its own.
+    void keepsItsFontUnderTheApplicationSheet()
+    {
+        zelmor::manager::ThemeManager::instance().apply(QStringLiteral("light"));
+        const QString title = QStringLiteral("Region copied to the clipboard");
+        Toast* toast = showAndWait(title, QString());
+        QVERIFY(toast);
+        const QLabel* label = toast->findChild<QLabel*>(QStringLiteral("toastTitle"));
+        QCOMPARE(label->font().pointSize(), 9);
+        QCOMPARE(toast->width(),
+                 qBound(320, label->fontMetrics().horizontalAdvance(title) + 48, 460));
+        qApp->setStyleSheet(QString());
     }
 
     void secondToastReplacesTheFirstAtOnce()

@@ -17,7 +17,9 @@
 
 #include <QClipboard>
 #include <QJsonArray>
+#include <QPushButton>
 #include <QSettings>
+#include <QSignalSpy>
 #include <QToolButton>
 
 using namespace zelmor;
@@ -124,6 +126,22 @@ private Q_SLOTS:
         QCOMPARE(lastTask().message, QStringLiteral("识别失败"));
         QCOMPARE(lastTask().result, QStringLiteral("bad key"));
         QCOMPARE(aiRows(), before + 1);
+    }
+
+    // The abort that a cancel causes is no failure of its own: list and card say cancelled.
+    void cancelledOcrStaysCancelled()
+    {
+        m_server.enqueueHold();
+        const qsizetype requests = m_server.requests().size();
+        QSignalSpy updates(&TaskManager::instance(), &TaskManager::taskUpdated);
+        m_actions->ocrWithPixmap(picture());
+        const quint64 id = lastTask().id;
+        QTRY_VERIFY(m_server.requests().size() > requests);
+        widget::TaskNotificationToast::instance().row(id)->findChild<QPushButton*>()->click();
+        QCOMPARE(lastTask().state, TaskItem::Cancelled);
+        QCOMPARE(updates.last().first().value<TaskItem>().state, TaskItem::Cancelled);
+        QCOMPARE(widget::TaskNotificationToast::instance().row(id)->statusText(),
+                 QStringLiteral("已取消"));
     }
 
     void annotationPinsAndStoresTheMarkedImage()

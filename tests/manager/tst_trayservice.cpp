@@ -3,12 +3,14 @@
 #include "core/ConfigManager.h"
 #include "manager/ActionManager.h"
 #include "manager/TrayService.h"
+#include "widget/LicenseDialog.h"
 #include "widget/MainWindow.h"
 #include "widget/TrayMenu.h"
 #include "widget/overlay/CaptureOverlay.h"
 
 #include <QProcess>
 #include <QSystemTrayIcon>
+#include <QTextBrowser>
 
 using zelmor::manager::TrayService;
 
@@ -72,6 +74,7 @@ private Q_SLOTS:
             QStringLiteral("[Pin sessions]"),
             QStringLiteral("-"),
             QStringLiteral("[Theme]"),
+            QStringLiteral("License..."),
             QStringLiteral("Restart as admin"),
             QStringLiteral("-"),
             QStringLiteral("Quit"),
@@ -106,6 +109,22 @@ private Q_SLOTS:
         for (QWidget* w : QApplication::topLevelWidgets())
             if (qobject_cast<zelmor::widget::CaptureOverlay*>(w)) w->close();
         QTRY_VERIFY(!m_actions->regionCaptureActive());
+    }
+
+    void licenseRowShowsTheComponents()
+    {
+        for (QAction* a : m_tray->menu()->actions())
+            if (a->text() == QLatin1String("License...")) a->trigger();
+        zelmor::widget::LicenseDialog* dialog = nullptr;
+        QTRY_VERIFY((dialog = QApplication::activeWindow()
+                                  ? qobject_cast<zelmor::widget::LicenseDialog*>(
+                                        QApplication::activeWindow())
+                                  : nullptr));
+        const QString text = dialog->findChild<QTextBrowser*>()->toPlainText();
+        for (const char* component : {"Qt 6", "SQLite", "libatspi", "libxcb", "Noto Sans CJK",
+                                      "Noto Color Emoji", "/usr/share/doc/libqt6core6/copyright"})
+            QVERIFY2(text.contains(QLatin1String(component)), component);
+        dialog->close();
     }
 };
 

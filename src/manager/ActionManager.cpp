@@ -233,6 +233,12 @@ void ActionManager::showTextResult(const QString& text, bool translation)
                 const QPixmap pixmap = translation ? makeTranslationNote(note) : makeOcrNote(note);
                 if (!pixmap.isNull()) m_pinManager->addPin(pixmap);
             });
+    // Recognised text goes on as a chat message once the chat panel exists; a translation
+    // only opens the chat.
+    dialog->setChatAvailable(true);
+    connect(dialog, &widget::OcrResultDialog::chatRequested, this, [this] {
+        if (m_mainWindow) m_mainWindow->showAiChat();
+    });
     dialog->show();
     dialog->raise();
     dialog->activateWindow();

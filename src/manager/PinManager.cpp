@@ -59,7 +59,7 @@ void PinManager::toggleClickThroughAtCursor()
 {
     const QPoint cursor = QCursor::pos();
     for (widget::PinWindow* pin : std::as_const(m_pins)) {
-        if (pin->isVisible() && pin->frameGeometry().contains(cursor)) {
+        if (pin->frameGeometry().contains(cursor)) {
             pin->toggleClickThrough();
             return;
         }

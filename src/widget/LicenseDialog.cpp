@@ -21,12 +21,11 @@ QString packageNotice(const char* package)
 
 QString noticeHtml(const LicenseNotice& notice)
 {
-    const QString where =
-        QFileInfo::exists(notice.fullText)
-            ? QStringLiteral("<a href=\"%1\">%2</a>")
-                  .arg(QUrl::fromLocalFile(notice.fullText).toString(),
-                       notice.fullText.toHtmlEscaped())
-            : notice.fullText.toHtmlEscaped();
+    const QString where = QFileInfo::exists(notice.fullText)
+                              ? QStringLiteral("<a href=\"%1\">%2</a>")
+                                    .arg(QUrl::fromLocalFile(notice.fullText).toString(),
+                                         notice.fullText.toHtmlEscaped())
+                              : notice.fullText.toHtmlEscaped();
     return QStringLiteral("<h3>%1</h3><p>%2<br><b>%3</b><br>%4</p>")
         .arg(notice.component.toHtmlEscaped(), notice.use.toHtmlEscaped(),
              notice.license.toHtmlEscaped(), where);

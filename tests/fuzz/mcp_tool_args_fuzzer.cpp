@@ -12,9 +12,9 @@
 #include <QJsonObject>
 #include <QSet>
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cmath>
 #include <cstring>
 
 namespace {
@@ -59,10 +59,11 @@ private:
 const QStringList& vocabulary()
 {
     static const QStringList words = [] {
-        QSet<QString> set{"kind", "points", "color", "penWidth", "fontSize", "text", "mosaicSize",
-                          "rect", "ellipse", "oval", "arrow", "line", "brush", "pen", "highlight",
-                          "mosaic", "blur", "counter", "number", "stamp", "#00FF00", "*", "\"",
-                          "NEAR(", "/", "/tmp", ".."};
+        QSet<QString> set{"kind",       "points", "color",     "penWidth", "fontSize", "text",
+                          "mosaicSize", "rect",   "ellipse",   "oval",     "arrow",    "line",
+                          "brush",      "pen",    "highlight", "mosaic",   "blur",     "counter",
+                          "number",     "stamp",  "#00FF00",   "*",        "\"",       "NEAR(",
+                          "/",          "/tmp",   ".."};
         for (const McpTool& tool : zelmor::service::mcp::mcpTools())
             if (tool.schema)
                 for (const QString& key : tool.schema().value("properties").toObject().keys())
@@ -101,13 +102,20 @@ QVariantMap object(Choices& in, int depth)
 QVariant value(Choices& in, int depth)
 {
     switch (in.below(depth < 4 ? 10 : 7)) {
-    case 0: return QVariant();
-    case 1: return bool(in.byte() & 1);
-    case 2: return int(qint8(in.byte()));
-    case 3: return in.number();
-    case 4: return in.text();
-    case 5: return vocabulary().at(int(in.below(unsigned(vocabulary().size()))));
-    case 6: return smallPng();
+    case 0:
+        return QVariant();
+    case 1:
+        return bool(in.byte() & 1);
+    case 2:
+        return int(qint8(in.byte()));
+    case 3:
+        return in.number();
+    case 4:
+        return in.text();
+    case 5:
+        return vocabulary().at(int(in.below(unsigned(vocabulary().size()))));
+    case 6:
+        return smallPng();
     case 7:
     case 8: {
         QVariantList list;
@@ -115,7 +123,8 @@ QVariant value(Choices& in, int depth)
             list << value(in, depth + 1);
         return list;
     }
-    default: return object(in, depth);
+    default:
+        return object(in, depth);
     }
 }
 
@@ -124,21 +133,27 @@ QVariant value(Choices& in, int depth)
 QVariant measure(Choices& in)
 {
     switch (in.below(4)) {
-    case 0: return int(qint8(in.byte())) * 3;
-    case 1: return (in.byte() & 1 ? -1.0 : 1.0) * std::pow(10.0, in.below(16));
-    case 2: return int(in.byte() << 24 | in.byte() << 16 | in.byte() << 8 | in.byte());
-    default: return in.number();
+    case 0:
+        return int(qint8(in.byte())) * 3;
+    case 1:
+        return (in.byte() & 1 ? -1.0 : 1.0) * std::pow(10.0, in.below(16));
+    case 2:
+        return int(in.byte() << 24 | in.byte() << 16 | in.byte() << 8 | in.byte());
+    default:
+        return in.number();
     }
 }
 
 QVariantMap annotation(Choices& in)
 {
-    static const QStringList kinds{"rect",  "ellipse", "oval",    "arrow",  "line",
+    static const QStringList kinds{"rect",  "ellipse", "oval",      "arrow",  "line",
                                    "brush", "pen",     "highlight", "mosaic", "blur",
-                                   "text",  "counter", "number",  "stamp"};
+                                   "text",  "counter", "number",    "stamp"};
     QVariantMap shape;
-    if (in.below(4)) shape.insert("kind", kinds.at(int(in.below(unsigned(kinds.size())))));
-    else if (in.below(2)) shape.insert("kind", value(in, 3));
+    if (in.below(4))
+        shape.insert("kind", kinds.at(int(in.below(unsigned(kinds.size())))));
+    else if (in.below(2))
+        shape.insert("kind", value(in, 3));
     QVariantList points;
     for (unsigned n = in.below(6); n > 0; --n)
         points << QVariant(QVariantList{measure(in), measure(in)});

@@ -110,6 +110,9 @@ private Q_SLOTS:
         const qsizetype pins = m_actions->pinManager()->pins().size();
         Q_EMIT openDialog()->pinRequested(QStringLiteral("note text"));
         QCOMPARE(m_actions->pinManager()->pins().size(), pins + 1);
+        Q_EMIT openDialog()->chatRequested(QStringLiteral("note text"));
+        QTRY_VERIFY(m_window.isVisible());
+        m_window.hide();
         openDialog()->close();
     }
 

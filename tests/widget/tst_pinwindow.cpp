@@ -281,6 +281,14 @@ private Q_SLOTS:
         QVERIFY(!p->clickThrough());
         QVERIFY(QTest::qWaitForWindowExposed(p));
         QTRY_COMPARE(p->frameGeometry(), before);
+
+        // A hidden pin under the pointer counts as well, and stays hidden.
+        m_manager->hideAll();
+        m_manager->toggleClickThroughAtCursor();
+        QVERIFY(p->clickThrough());
+        QVERIFY(!p->isVisible());
+        m_manager->toggleClickThroughAtCursor();
+        m_manager->restoreAll();
     }
 
     void shiftPressWithoutDragLeavesThePin()

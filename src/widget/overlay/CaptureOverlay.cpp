@@ -42,9 +42,16 @@ QRect unitedScreens()
     return all;
 }
 
-bool isTwoPointTool(int tool)
+// A shape grows by its own kind: the tool may change while it is being dragged.
+bool isTwoPointKind(int kind)
 {
-    return (tool >= 1 && tool <= 4) || tool == 7 || tool == 8;
+    return (kind >= AnnotationShape::Rect && kind <= AnnotationShape::Line) ||
+           kind == AnnotationShape::Mosaic || kind == AnnotationShape::Blur;
+}
+
+bool isPathKind(int kind)
+{
+    return kind == AnnotationShape::Brush || kind == AnnotationShape::Highlight;
 }
 
 bool isFontTool(int tool)
@@ -563,17 +570,17 @@ void CaptureOverlay::beginShape(const QPoint& pos)
     m_currentShape.kind = service::capture::shapeKindForTool(m_tool);
     const QPointF point = pos - m_selection.topLeft();
     m_currentShape.points = {point};
-    if (isTwoPointTool(m_tool)) m_currentShape.points.append(point);
-    if (m_tool == 7) m_currentShape.blockSize = 12;
-    if (m_tool == 8) m_currentShape.blockSize = 16;
+    if (isTwoPointKind(m_currentShape.kind)) m_currentShape.points.append(point);
+    if (m_currentShape.kind == AnnotationShape::Mosaic) m_currentShape.blockSize = 12;
+    if (m_currentShape.kind == AnnotationShape::Blur) m_currentShape.blockSize = 16;
 }
 
 void CaptureOverlay::extendShape(const QPoint& pos)
 {
     const QPointF point = pos - m_selection.topLeft();
-    if (isTwoPointTool(m_tool)) {
+    if (isTwoPointKind(m_currentShape.kind)) {
         m_currentShape.points[1] = point;
-    } else if (m_tool == 5 || m_tool == 6) {
+    } else if (isPathKind(m_currentShape.kind)) {
         m_currentShape.points.append(point);
     } else {
         m_currentShape.points[0] = point;
@@ -583,15 +590,15 @@ void CaptureOverlay::extendShape(const QPoint& pos)
 void CaptureOverlay::finishShape(const QPoint& pos)
 {
     m_drawing = false;
-    if (m_tool == kTextTool) {
-        openInlineEdit(pos, QString());
+    if (m_currentShape.kind == AnnotationShape::Text) {
+        openInlineEdit(pos, QString(), kTextTool);
         return;
     }
-    if (m_tool == kStampTool) {
-        openInlineEdit(pos, QStringLiteral("✓"));
+    if (m_currentShape.kind == AnnotationShape::Stamp) {
+        openInlineEdit(pos, QStringLiteral("✓"), kStampTool);
         return;
     }
-    if (m_tool == kCounterTool) {
+    if (m_currentShape.kind == AnnotationShape::Counter) {
         m_currentShape.text = QString::number(m_nextCounter++);
         commitShape();
         return;
@@ -611,7 +618,7 @@ void CaptureOverlay::commitShape()
     update();
 }
 
-void CaptureOverlay::openInlineEdit(const QPoint& pos, const QString& text)
+void CaptureOverlay::openInlineEdit(const QPoint& pos, const QString& text, int tool)
 {
     if (!m_inlineEdit) {
         m_inlineEdit = new QTextEdit(this);
@@ -621,7 +628,7 @@ void CaptureOverlay::openInlineEdit(const QPoint& pos, const QString& text)
         m_inlineEdit->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         m_inlineEdit->installEventFilter(this);
     }
-    m_inlineEditTool = m_tool;
+    m_inlineEditTool = tool;
     m_inlineEdit->setPlainText(text);
     QFont font = m_inlineEdit->font();
     font.setPointSize(qBound(8, m_fontSize, 40));
@@ -635,7 +642,7 @@ void CaptureOverlay::openInlineEdit(const QPoint& pos, const QString& text)
     m_inlineEdit->setFixedSize(240, 90);
     m_inlineEdit->move(qMax(0, qMin(pos.x(), width() - 240)),
                        qMax(0, qMin(pos.y(), height() - 90)));
-    if (m_tool == kStampTool) {
+    if (tool == kStampTool) {
         m_inlineEdit->selectAll();
     } else {
         m_inlineEdit->moveCursor(QTextCursor::End);

@@ -88,7 +88,7 @@ private:
     void extendShape(const QPoint& pos);
     void finishShape(const QPoint& pos);
     void commitShape();
-    void openInlineEdit(const QPoint& pos, const QString& text);
+    void openInlineEdit(const QPoint& pos, const QString& text, int tool);
     void commitInlineEdit(bool accept);
     bool handleToolKey(const QString& text);
     void copyColourUnderPointer();

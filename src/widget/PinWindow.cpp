@@ -41,6 +41,26 @@ QByteArray encodePng(const QPixmap& pixmap)
 
 } // namespace
 
+// "Clear all pins" may arrive while the pin's menu, its Save-as dialog or a drag still runs
+// on the stack with objects of the pin's: its deletion waits until they have returned.
+class PinWindow::NestedLoop
+{
+public:
+    explicit NestedLoop(PinWindow* pin) : m_pin(pin) { ++m_pin->m_nestedLoops; }
+    // Qt drops a second deleteLater() of an object, so the deferred deletion is queued anew.
+    ~NestedLoop()
+    {
+        if (--m_pin->m_nestedLoops == 0 && m_pin->m_deleteAfterLoops)
+            QMetaObject::invokeMethod(
+                m_pin, [pin = m_pin] { delete pin; }, Qt::QueuedConnection);
+    }
+    NestedLoop(const NestedLoop&) = delete;
+    NestedLoop& operator=(const NestedLoop&) = delete;
+
+private:
+    PinWindow* m_pin;
+};
+
 PinWindow::PinWindow(const QPixmap& pixmap, QWidget* parent)
     : QWidget(parent), m_sourcePixmap(pixmap), m_displayPixmap(pixmap)
 {
@@ -164,6 +184,7 @@ QMimeData* PinWindow::createDragMimeData() const
 
 void PinWindow::startDragOut()
 {
+    const NestedLoop running(this);
     std::unique_ptr<QMimeData> data(createDragMimeData());
     if (!data) return;
     auto* drag = new QDrag(this);
@@ -300,8 +321,18 @@ void PinWindow::wheelEvent(QWheelEvent* event)
         QWidget::wheelEvent(event);
 }
 
+bool PinWindow::event(QEvent* event)
+{
+    if (event->type() == QEvent::DeferredDelete && m_nestedLoops > 0) {
+        m_deleteAfterLoops = true;
+        return true;
+    }
+    return QWidget::event(event);
+}
+
 void PinWindow::contextMenuEvent(QContextMenuEvent* event)
 {
+    const NestedLoop running(this);
     QMenu menu(this);
     QAction* copy = menu.addAction(tr("Copy", "pin.menu.copy"));
     QAction* save = menu.addAction(tr("Save as...", "pin.menu.saveAs"));

@@ -333,6 +333,24 @@ private Q_SLOTS:
         m_manager->clearAll();
         QCOMPARE(changed.count(), 0);
     }
+
+    // The menu and the dialog live on the pin's stack while "Clear all pins" comes in.
+    void clearAllWhileTheSaveDialogIsOpen()
+    {
+        QPointer<PinWindow> p = pin();
+        QVERIFY(p);
+        bool hidden = false;
+        chooseFromMenu(p, QStringLiteral("Save as..."), [&](QWidget* modal) {
+            QPointer<QWidget> dialog = modal;
+            m_manager->clearAll();
+            hidden = p && !p->isVisible();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            if (dialog) static_cast<QDialog*>(dialog.data())->reject();
+        });
+        QVERIFY(hidden);
+        QVERIFY(m_manager->pins().isEmpty());
+        QTRY_VERIFY(p.isNull());
+    }
 };
 
 ZELMOR_TEST_MAIN(TestPinWindow, QApplication)

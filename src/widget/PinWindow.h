@@ -71,7 +71,7 @@ private:
     bool m_flipH = false;
     bool m_flipV = false;
     bool m_clickThrough = false;
-    int m_shadowMargin = 12;
+    int m_shadowMargin = 0; // room for the shadow, where a compositor can show one
     int m_borderWidth = 1;
     QSize m_windowSize;
     int m_nestedLoops = 0;

@@ -1,5 +1,6 @@
 #include "OcrResultDialog.h"
 
+#include "ControlName.h"
 #include "Translucency.h"
 #include "core/Toast.h"
 #include "core/Utilities.h"
@@ -75,6 +76,7 @@ OcrResultDialog::OcrResultDialog(const QString& text, QWidget* parent) : QDialog
     title->setObjectName(QStringLiteral("ocrTitle"));
     QPushButton* cross = makeButton(QStringLiteral("✕"), container);
     cross->setFixedSize(24, 24);
+    setTipAndName(cross, tr("Close", "ocr.dialog.closeTip"));
     connect(cross, &QPushButton::clicked, this, &QDialog::close);
     header->addWidget(title);
     header->addStretch();

@@ -1,5 +1,6 @@
 #include "TaskNotificationToast.h"
 
+#include "ControlName.h"
 #include "Translucency.h"
 #include "core/ThemeFlag.h"
 #include "manager/ThemeManager.h"
@@ -143,6 +144,7 @@ TaskNotificationToast::TaskNotificationToast() : QWidget(nullptr)
     m_header->setFont(pointFont(this, 10, true));
     auto* close = new QToolButton(card);
     close->setText(QStringLiteral("✕"));
+    setTipAndName(close, tr("Close", "task.close"));
     close->setCursor(Qt::PointingHandCursor);
     connect(close, &QToolButton::clicked, this, &QWidget::hide);
     header->addWidget(m_header);

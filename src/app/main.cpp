@@ -30,12 +30,10 @@ void armCommandLine(int argc, char** argv, manager::ActionManager& actions)
 {
     const char* captureSwitch = app::firstCaptureSwitch(argc, argv);
     if (!captureSwitch) return;
-    if (std::strcmp(captureSwitch, "--capture-fullscreen") == 0) {
-        QTimer::singleShot(800, &actions, &manager::ActionManager::captureFullscreen);
-        return;
-    }
-    core::writeLogLine(QStringLiteral(
-        "[startup] --capture-region: region capture is not available in this build yet"));
+    const bool region = std::strcmp(captureSwitch, "--capture-region") == 0;
+    QTimer::singleShot(800, &actions,
+                       region ? &manager::ActionManager::captureRegion
+                              : &manager::ActionManager::captureFullscreen);
 }
 
 } // namespace

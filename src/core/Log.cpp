@@ -4,11 +4,16 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QLockFile>
 #include <QMutex>
 #include <QStandardPaths>
 #include <QTextStream>
 
 namespace zelmor::core {
+
+namespace {
+constexpr int kLogLockWaitMs = 2000;
+}
 
 QString dataDirectory()
 {
@@ -42,7 +47,10 @@ void writeLogLine(const QString& line)
     static QMutex mutex;
     QMutexLocker lock(&mutex);
     const QString path = logFilePath();
-    rotateLogFile(path);
+    // Both executables append to this file: a rotation in one must not drop the lines that
+    // the other appends meanwhile. Without the lock the line is still appended, unrotated.
+    QLockFile crossProcess(path + QStringLiteral(".lock"));
+    if (crossProcess.tryLock(kLogLockWaitMs)) rotateLogFile(path);
     QFile file(path);
     if (!file.open(QIODevice::Append | QIODevice::Text)) return;
     QTextStream out(&file);

@@ -8,6 +8,9 @@
 #include <QPixmap>
 #include <QTemporaryFile>
 
+#include <algorithm>
+#include <cmath>
+
 namespace zelmor::core {
 
 QString makeTempFilePath(const QString& extension)
@@ -32,6 +35,12 @@ QString formatFileSize(qint64 bytes)
     if (bytes < MB) return scaled(KB, "KB");
     if (bytes < GB) return scaled(MB, "MB");
     return scaled(GB, "GB");
+}
+
+int boundedInt(double value, int limit)
+{
+    if (!std::isfinite(value)) return 0;
+    return int(std::clamp(value, -double(limit), double(limit)));
 }
 
 QByteArray imageToBase64(const QImage& image)

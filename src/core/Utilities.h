@@ -14,6 +14,10 @@ QString makeTempFilePath(const QString& extension);
 // "1023 bytes", "1.5 KB", "10 KB": one decimal below 10 units, none from 10 on.
 QString formatFileSize(qint64 bytes);
 
+// A number from outside as an int: rounded towards zero, held to [-limit, limit], and 0 when
+// it is not finite, so that no conversion overflows.
+int boundedInt(double value, int limit = 1 << 30);
+
 // Base64 of the image's PNG encoding.
 QByteArray imageToBase64(const QImage& image);
 

@@ -16,6 +16,7 @@ int main(int argc, char** argv)
 {
     // Protocol lines alone may reach the client; whatever else prints goes to stderr.
     const int protocolOutput = platform::reserveStandardOutput();
+    platform::survivePeerClosingOutput();
 
     // A client may start us with no display at all: the one the Zelmor window recorded is
     // taken when it answers, and without any the tools that need none still serve.

@@ -16,4 +16,8 @@ void interruptStandardInputRead();
 // Returns the private descriptor, or -1 when that fails and standard output is unchanged.
 int reserveStandardOutput();
 
+// A write to a client that has closed its end fails with an error instead of ending the
+// process.
+void survivePeerClosingOutput();
+
 } // namespace zelmor::platform

@@ -93,6 +93,9 @@ private:
     std::shared_ptr<Node> m_node;
 };
 
+// False when the accessibility service cannot be reached; every walk is then empty.
+bool uiAutomationAvailable();
+
 // The innermost element at a screen point; null when none.
 UiElement uiElementAt(Point point);
 

@@ -6,6 +6,7 @@
 #include "service/capture/WindowList.h"
 #include "service/history/HistoryService.h"
 
+#include <QClipboard>
 #include <QElapsedTimer>
 #include <QLocalServer>
 #include <QLocalSocket>
@@ -83,6 +84,20 @@ bool mainWindowShown()
 
 using zelmor::test::readFile;
 using zelmor::test::writeFile;
+
+qint64 activeWindowPid()
+{
+    QProcess xdo;
+    xdo.start(QStringLiteral("xdotool"),
+              {QStringLiteral("getactivewindow"), QStringLiteral("getwindowpid")});
+    xdo.waitForFinished(3000);
+    return xdo.readAllStandardOutput().trimmed().toLongLong();
+}
+
+void xdotool(const QStringList& args)
+{
+    QProcess::execute(QStringLiteral("xdotool"), args);
+}
 
 void stop(QProcess& process)
 {
@@ -176,6 +191,47 @@ private Q_SLOTS:
         QCOMPARE(first->state(), QProcess::Running);
         stop(*first);
         QTRY_VERIFY(!mainWindowShown());
+    }
+
+    void regionSwitchOpensTheOverlay()
+    {
+        Home home;
+        auto process = start(home.environment(), {QStringLiteral("--capture-region")});
+        QTRY_COMPARE_WITH_TIMEOUT(activeWindowPid(), process->processId(), 5000);
+        const QPoint from = m_marker->mapToGlobal(QPoint(20, 20));
+        const QPoint to = m_marker->mapToGlobal(QPoint(120, 80));
+        // Paced like a hand: Qt folds motion events that queue up into the last one.
+        xdotool({"mousemove",
+                 QString::number(from.x()),
+                 QString::number(from.y()),
+                 "mousedown",
+                 "1",
+                 "sleep",
+                 "0.1",
+                 "mousemove",
+                 QString::number(from.x() + 30),
+                 QString::number(from.y() + 20),
+                 "sleep",
+                 "0.1",
+                 "mousemove",
+                 QString::number(to.x()),
+                 QString::number(to.y()),
+                 "sleep",
+                 "0.1",
+                 "mouseup",
+                 "1",
+                 "key",
+                 "Return"});
+        QTRY_VERIFY_WITH_TIMEOUT(home.outputs().size() == 1, 5000);
+        QImage saved;
+        QTRY_VERIFY(saved.load(home.outputDir() + QLatin1Char('/') + home.outputs().first()));
+        QCOMPARE(saved.size(), QSize(101, 61));
+        QCOMPARE(saved.pixelColor(50, 30), kMarker);
+        QTRY_COMPARE(QGuiApplication::clipboard()->image().size(), saved.size());
+        stop(*process);
+        zelmor::service::history::HistoryService reader(home.historyPath(),
+                                                        QStringLiteral("region"));
+        QCOMPARE(reader.recent(10).size(), 1);
     }
 
     void socketsPlantedInSharedFoldersAreIgnored()

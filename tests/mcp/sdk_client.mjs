@@ -137,6 +137,31 @@ await check("no display", async (stderr) => {
   }
 });
 
+// The UI element tools answer without a display, and without an accessibility bus beside
+// one, and the server lives on.
+await check("UI element tools without a display or accessibility bus", async (stderr) => {
+  const nowhere = "unix:path=/nonexistent/bus";
+  const cases = [
+    [{ ...sandbox }, /^no display/],
+    [{ ...sandbox, DISPLAY: process.env.DISPLAY, XAUTHORITY: process.env.XAUTHORITY ?? "",
+      AT_SPI_BUS_ADDRESS: nowhere, DBUS_SESSION_BUS_ADDRESS: nowhere },
+    /^failed to initialize UIAutomation$/],
+  ];
+  for (const [env, message] of cases) {
+    const client = await connect(env, stderr);
+    try {
+      for (const name of ["find_ui_elements", "set_ui_element_text", "inspect_ui_element"]) {
+        const result = await client.callTool({ name, arguments: { name: "OK", text: "x" } });
+        assert.equal(result.isError, true, name);
+        assert.match(firstText(result), message, name);
+      }
+      assert.equal(firstText(await client.callTool({ name: "ping", arguments: {} })), "pong");
+    } finally {
+      await client.close();
+    }
+  }
+});
+
 // PNG of 8-bit RGB rows, unfiltered: enough for a source image.
 function encodePng(width, height, rgbAt) {
   const chunk = (type, data) => {

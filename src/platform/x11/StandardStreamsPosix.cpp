@@ -4,6 +4,7 @@
 #include "../StandardStreams.h"
 
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
@@ -77,6 +78,11 @@ int reserveStandardOutput()
         return -1;
     }
     return reserved;
+}
+
+void survivePeerClosingOutput()
+{
+    signal(SIGPIPE, SIG_IGN);
 }
 
 } // namespace zelmor::platform

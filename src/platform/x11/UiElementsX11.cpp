@@ -8,7 +8,6 @@
 
 #include <cctype>
 #include <locale>
-#include <mutex>
 #include <sstream>
 
 namespace zelmor::platform {
@@ -121,16 +120,17 @@ constexpr int kLargeContainer = 1000;
 // Guards against a broken tree that leads back into itself.
 constexpr int kMaxDepth = 256;
 
-void ensureInitialized()
+// The library aborts the process on a call that needs a bus it could not reach, so nothing
+// is asked of it after a failed start.
+bool busReachable()
 {
-    static std::once_flag once;
-    std::call_once(once, [] { atspi_init(); });
+    static const bool reachable = atspi_init() != 2; // 2: no accessibility bus
+    return reachable;
 }
 
 AtspiAccessible* desktop()
 {
-    ensureInitialized();
-    return atspi_get_desktop(0); // a new reference
+    return busReachable() ? atspi_get_desktop(0) : nullptr; // a new reference
 }
 
 UiElement wrap(AtspiAccessible* owned)
@@ -394,6 +394,11 @@ bool UiElement::operator==(const UiElement& other) const
 {
     // The library hands out one object per remote element, so identity is pointer identity.
     return accessibleOf(*this) == accessibleOf(other);
+}
+
+bool uiAutomationAvailable()
+{
+    return busReachable();
 }
 
 UiElement uiElementOfWindow(WindowHandle window)

@@ -1,5 +1,7 @@
 #include "AnnotationBox.h"
 
+#include "core/Utilities.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -64,7 +66,8 @@ AnnotationParse parseAnnotationBoxes(const QString& answer, const QSize& imageSi
         double x = 0, y = 0, w = 0, h = 0;
         readGeometry(o, x, y, w, h);
         if (!(w > 0 && h > 0)) continue;
-        parse.boxes.append({clampedRect(int(x), int(y), int(w), int(h), imageSize),
+        parse.boxes.append({clampedRect(core::boundedInt(x), core::boundedInt(y),
+                                        core::boundedInt(w), core::boundedInt(h), imageSize),
                             o.value(QStringLiteral("label")).toString()});
     }
     return parse;

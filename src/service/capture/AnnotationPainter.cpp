@@ -7,13 +7,35 @@
 #include <QPainterPath>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <vector>
 
 namespace zelmor::service::capture {
 
 namespace {
 
 constexpr double kArrowHalfAngle = 0.4487989505128276; // pi / 7
+// Far beyond any desktop, yet small enough that pixel arithmetic never overflows and the
+// raster engine clips rather than walks.
+constexpr double kCoordinateLimit = 1 << 20;
+constexpr int kSizeLimit = 2000; // pen width and font size
+
+double boundedCoordinate(double v)
+{
+    return std::isfinite(v) ? std::clamp(v, -kCoordinateLimit, kCoordinateLimit) : 0.0;
+}
+
+// The shape as it may be painted: coordinates and sizes held to what can be drawn at all.
+AnnotationShape bounded(const AnnotationShape& shape)
+{
+    AnnotationShape out = shape;
+    for (QPointF& p : out.points)
+        p = QPointF(boundedCoordinate(p.x()), boundedCoordinate(p.y()));
+    out.width = std::clamp(shape.width, 0, kSizeLimit);
+    out.fontSize = std::clamp(shape.fontSize, 1, kSizeLimit);
+    return out;
+}
 
 void setBoldFont(QPainter& painter, int pointSize)
 {
@@ -65,25 +87,35 @@ void drawArrow(QPainter& painter, QPointF from, QPointF tip, const QColor& color
     painter.drawPolygon(head, 3, Qt::OddEvenFill);
 }
 
-// Two box passes along the rows only; the missing vertical pass is the intended look.
+// Two box passes along the rows only; the missing vertical pass is the intended look. Taps
+// past either end of a row repeat its end pixel; prefix sums keep a row linear in its width
+// whatever the radius.
 QImage blurRows(const QImage& image, int radius)
 {
     const int w = image.width();
-    const int taps = 2 * radius + 1;
+    const qint64 taps = 2 * qint64(radius) + 1;
     QImage out(image.size(), image.format());
+    std::vector<std::array<qint64, 4>> prefix(size_t(w) + 1);
     for (int y = 0; y < image.height(); ++y) {
         const auto* in = reinterpret_cast<const QRgb*>(image.constScanLine(y));
         auto* dst = reinterpret_cast<QRgb*>(out.scanLine(y));
+        for (int x = 0; x < w; ++x)
+            prefix[size_t(x) + 1] = {
+                prefix[size_t(x)][0] + qAlpha(in[x]), prefix[size_t(x)][1] + qRed(in[x]),
+                prefix[size_t(x)][2] + qGreen(in[x]), prefix[size_t(x)][3] + qBlue(in[x])};
+        const QRgb first = in[0], last = in[w - 1];
         for (int x = 0; x < w; ++x) {
-            int a = 0, r = 0, g = 0, b = 0;
-            for (int k = x - radius; k <= x + radius; ++k) {
-                const QRgb p = in[std::clamp(k, 0, w - 1)];
-                a += qAlpha(p);
-                r += qRed(p);
-                g += qGreen(p);
-                b += qBlue(p);
-            }
-            dst[x] = qRgba(r / taps, g / taps, b / taps, a / taps);
+            const qint64 from = qint64(x) - radius, to = qint64(x) + radius;
+            const qint64 before = std::max<qint64>(0, -from),
+                         after = std::max<qint64>(0, to - (w - 1));
+            const size_t lo = size_t(std::max<qint64>(from, 0)),
+                         hi = size_t(std::min<qint64>(to, w - 1)) + 1;
+            const auto channel = [&](int c, int (*of)(QRgb)) {
+                return int((prefix[hi][c] - prefix[lo][c] + before * of(first) + after * of(last)) /
+                           taps);
+            };
+            dst[x] =
+                qRgba(channel(1, qRed), channel(2, qGreen), channel(3, qBlue), channel(0, qAlpha));
         }
     }
     return out;
@@ -91,6 +123,8 @@ QImage blurRows(const QImage& image, int radius)
 
 void paintBlur(QPainter& painter, const QImage& source, QRect rect, int blockSize)
 {
+    rect &= source.rect();
+    if (rect.isEmpty()) return;
     QImage image = source.copy(rect).convertToFormat(QImage::Format_ARGB32_Premultiplied);
     int radius = blockSize / 4;
     if (radius < 2) radius = 1;
@@ -183,13 +217,19 @@ struct PixelReader
 void paintMosaic(QPainter& painter, const QImage& source, QRect rect, int blockSize)
 {
     if (source.isNull() || rect.isEmpty()) return;
-    const int edge = std::max(blockSize, 2);
+    const qint64 edge = std::clamp<qint64>(blockSize, 2, qint64(kCoordinateLimit));
     const PixelReader reader(source);
-    // 64-bit steps, so that a huge block size cannot overflow the loop.
-    for (qint64 y = rect.top(); y < rect.bottom(); y += edge) {
+    // Blocks stay on the grid of the rectangle's corner; those wholly off the image are
+    // skipped without a walk, so the work is bounded by the image.
+    const auto firstOnImage = [edge](qint64 start) {
+        return start >= 0 ? start : start + (-start) / edge * edge;
+    };
+    const qint64 bottom = std::min<qint64>(rect.bottom(), source.height());
+    const qint64 right = std::min<qint64>(rect.right(), source.width());
+    for (qint64 y = firstOnImage(rect.top()); y < bottom; y += edge) {
         const int y0 = int(std::max<qint64>(y, 0));
         const int y1 = int(std::min<qint64>(y + edge, source.height()));
-        for (qint64 x = rect.left(); x < rect.right(); x += edge) {
+        for (qint64 x = firstOnImage(rect.left()); x < right; x += edge) {
             const int x0 = int(std::max<qint64>(x, 0));
             const int x1 = int(std::min<qint64>(x + edge, source.width()));
             if (x0 >= x1 || y0 >= y1) continue;
@@ -197,14 +237,15 @@ void paintMosaic(QPainter& painter, const QImage& source, QRect rect, int blockS
             for (int py = y0; py < y1; ++py)
                 reader.addRow(py, x0, x1, r, g, b);
             const qint64 count = qint64(x1 - x0) * (y1 - y0);
-            painter.fillRect(QRect(int(x), int(y), edge, edge),
+            painter.fillRect(QRect(int(x), int(y), int(edge), int(edge)),
                              QColor(int(r / count), int(g / count), int(b / count), 255));
         }
     }
 }
 
-void paintAnnotation(QPainter& painter, const QImage& source, const AnnotationShape& shape)
+void paintAnnotation(QPainter& painter, const QImage& source, const AnnotationShape& given)
 {
+    const AnnotationShape shape = bounded(given);
     painter.save();
     painter.setPen(QPen(shape.color, shape.width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.setBrush(Qt::NoBrush);

@@ -26,6 +26,7 @@ namespace {
 
 constexpr int kHistoryLimit = 200;
 constexpr int kOcrLimitMs = 120000;
+constexpr int kMaxLabelLength = 4096; // a label, not a document: keeps one paint short
 
 QString key(const char* name)
 {
@@ -65,12 +66,12 @@ QImage sourceImage(const McpToolArgs& args)
         QImage image;
         if (image.loadFromData(QByteArray::fromBase64(encoded), "PNG")) return image;
     }
-    return historyPixmapById(args.value(key("id")).toLongLong()).toImage();
+    return historyPixmapById(mcpIntArg(args, key("id"))).toImage();
 }
 
 int clampedLimit(const McpToolArgs& args)
 {
-    return qBound(1, args.value(key("limit"), 20).toInt(), kHistoryLimit);
+    return qBound(1, mcpIntArg(args, key("limit"), 20), kHistoryLimit);
 }
 
 } // namespace
@@ -101,10 +102,10 @@ capture::AnnotationShape readMcpAnnotation(const QVariantMap& annotation)
     const QColor fallback(QStringLiteral("#FF5252"));
     const QColor color(annotation.value(key("color"), fallback.name()).toString());
     shape.color = color.isValid() ? color : fallback;
-    shape.width = annotation.value(key("penWidth"), 3).toInt();
-    shape.fontSize = annotation.value(key("fontSize"), 18).toInt();
-    shape.text = annotation.value(key("text")).toString();
-    shape.blockSize = annotation.value(key("mosaicSize"), 12).toInt();
+    shape.width = mcpIntArg(annotation, key("penWidth"), 3);
+    shape.fontSize = mcpIntArg(annotation, key("fontSize"), 18);
+    shape.text = annotation.value(key("text")).toString().left(kMaxLabelLength);
+    shape.blockSize = mcpIntArg(annotation, key("mosaicSize"), 12);
     return shape;
 }
 
@@ -139,7 +140,6 @@ QPixmap historyPixmapById(qint64 id)
 
 McpToolResult captureFullscreenTool(const McpToolArgs&)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
     capture::CaptureService service;
     const core::CaptureResult result = service.captureFullscreen();
     if (result.pixmap.isNull()) return mcpToolError(QStringLiteral("capture failed"));
@@ -150,12 +150,11 @@ McpToolResult captureRegionTool(const McpToolArgs& args)
 {
     // One flag for all four on purpose: only the height's conversion decides.
     bool ok = false;
-    const int x = args.value(key("x")).toInt(&ok);
-    const int y = args.value(key("y")).toInt(&ok);
-    const int w = args.value(key("w")).toInt(&ok);
-    const int h = args.value(key("h")).toInt(&ok);
+    const int x = mcpIntArg(args, key("x"), 0, &ok);
+    const int y = mcpIntArg(args, key("y"), 0, &ok);
+    const int w = mcpIntArg(args, key("w"), 0, &ok);
+    const int h = mcpIntArg(args, key("h"), 0, &ok);
     if (!ok || w < 1 || h < 1) return mcpToolError(QStringLiteral("invalid region"));
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
 
     capture::CaptureService service;
     const QPixmap frozen = service.grabScreens();
@@ -169,7 +168,6 @@ McpToolResult captureRegionTool(const McpToolArgs& args)
 
 McpToolResult screenshotActiveWindowTool(const McpToolArgs&)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
     const capture::WindowInfo window = capture::foregroundWindow();
     QRect rect;
     if (window.handle == 0) {
@@ -222,7 +220,7 @@ McpToolResult ocrTool(const McpToolArgs& args)
     QPixmap pixmap;
     const QString path = args.value(key("path")).toString();
     if (!path.isEmpty()) pixmap.load(path);
-    if (pixmap.isNull()) pixmap = historyPixmapById(args.value(key("id")).toLongLong());
+    if (pixmap.isNull()) pixmap = historyPixmapById(mcpIntArg(args, key("id")));
     if (pixmap.isNull())
         return mcpToolError(
             QStringLiteral("no image to OCR. Please specify a valid 'path' or history 'id'."));
@@ -254,13 +252,18 @@ McpToolResult ocrTool(const McpToolArgs& args)
     workflow.ocr(pixmap);
     limit.start(kOcrLimitMs);
     if (!done) loop.exec();
+    // The loop also ends when the whole process is asked to quit, as at the end of input.
+    if (!done) {
+        settle(QStringLiteral("[error] OCR request interrupted"));
+        workflow.cancel();
+    }
     // A failure is an answer, not a tool error: the text says "[error]".
     return {{key("text"), text}};
 }
 
 McpToolResult pinLastTool(const McpToolArgs& args)
 {
-    const QPixmap pixmap = historyPixmapById(args.value(key("id")).toLongLong());
+    const QPixmap pixmap = historyPixmapById(mcpIntArg(args, key("id")));
     if (pixmap.isNull()) return mcpToolError(QStringLiteral("no image to pin"));
     const QCoreApplication* application = QCoreApplication::instance();
     // The tool only answers; it opens no pin window in either process.

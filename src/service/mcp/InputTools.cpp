@@ -29,7 +29,7 @@ QString text(const McpToolArgs& args, const char* key)
 
 int integer(const McpToolArgs& args, const char* key)
 {
-    return args.value(QLatin1String(key)).toInt();
+    return mcpIntArg(args, QLatin1String(key));
 }
 
 bool hasPoint(const McpToolArgs& args)
@@ -60,7 +60,6 @@ McpToolResult success(McpToolResult result)
 
 McpToolResult sendKey(const McpToolArgs& args, bool down)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
     const QString key = text(args, "key").trimmed();
     const unsigned code = mcpKeyCode(key);
     if (!code) return mcpToolError(QStringLiteral("unrecognized key: %1").arg(key));
@@ -97,13 +96,12 @@ unsigned mcpKeyCode(const QString& name)
 
 McpToolResult mouseClickTool(const McpToolArgs& args)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
     if (hasPoint(args)) {
         moveTo(integer(args, "x"), integer(args, "y"));
         QThread::msleep(30);
     }
     const QString button = lowered(args, "button", "left");
-    const int clicks = qBound(1, args.value(QStringLiteral("clicks"), 1).toInt(), 3);
+    const int clicks = qBound(1, mcpIntArg(args, QStringLiteral("clicks"), 1), 3);
     const MouseButton pressed = button == QLatin1String("right")    ? MouseButton::Right
                                 : button == QLatin1String("middle") ? MouseButton::Middle
                                                                     : MouseButton::Left;
@@ -120,7 +118,6 @@ McpToolResult mouseClickTool(const McpToolArgs& args)
 
 McpToolResult mouseMoveTool(const McpToolArgs& args)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
     const int x = integer(args, "x");
     const int y = integer(args, "y");
     moveTo(x, y);
@@ -129,7 +126,6 @@ McpToolResult mouseMoveTool(const McpToolArgs& args)
 
 McpToolResult mouseScrollTool(const McpToolArgs& args)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
     if (hasPoint(args)) {
         moveTo(integer(args, "x"), integer(args, "y"));
         QThread::msleep(20);
@@ -143,7 +139,6 @@ McpToolResult mouseScrollTool(const McpToolArgs& args)
 
 McpToolResult mouseDragTool(const McpToolArgs& args)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
     const int startX = integer(args, "startX");
     const int startY = integer(args, "startY");
     const int endX = integer(args, "endX");
@@ -178,7 +173,6 @@ McpToolResult keyUpTool(const McpToolArgs& args)
 
 McpToolResult sendHotkeyTool(const McpToolArgs& args)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
     const QString hotkey = text(args, "hotkey").trimmed();
     if (hotkey.isEmpty()) return mcpToolError(QStringLiteral("hotkey cannot be empty"));
     std::vector<unsigned> codes;
@@ -197,7 +191,6 @@ McpToolResult sendHotkeyTool(const McpToolArgs& args)
 
 McpToolResult typeTextTool(const McpToolArgs& args)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
     const QString typed = text(args, "text");
     if (typed.isEmpty()) return mcpToolError(QStringLiteral("text cannot be empty"));
     // X types a character at a time through a remapped key, so a surrogate pair is one key
@@ -209,7 +202,6 @@ McpToolResult typeTextTool(const McpToolArgs& args)
 
 McpToolResult pasteTextToFocusedTool(const McpToolArgs& args)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
     const QString pasted = text(args, "text");
     if (pasted.isEmpty()) return mcpToolError(QStringLiteral("text cannot be empty"));
     // On X the target fetches the text from this process once the caller's event loop runs
@@ -222,7 +214,6 @@ McpToolResult pasteTextToFocusedTool(const McpToolArgs& args)
 
 McpToolResult readClipboardTool(const McpToolArgs&)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
     // X has no clipboard to open or lock: the owner is asked for its text, so the Windows
     // build's "could not open" failure does not arise.
     const QMimeData* data = QGuiApplication::clipboard()->mimeData(QClipboard::Clipboard);
@@ -233,7 +224,6 @@ McpToolResult readClipboardTool(const McpToolArgs&)
 
 McpToolResult writeClipboardTool(const McpToolArgs& args)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
     const QString written = text(args, "text");
     // The text stays on the clipboard only while this process runs: X keeps no copy.
     QGuiApplication::clipboard()->setText(written, QClipboard::Clipboard);

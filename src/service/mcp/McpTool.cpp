@@ -5,6 +5,8 @@
 #include "UiTools.h"
 #include "WindowTools.h"
 
+#include "core/Utilities.h"
+
 #include <QGuiApplication>
 #include <QJsonArray>
 
@@ -98,10 +100,12 @@ McpToolResult pingTool(const McpToolArgs&)
     return {{QStringLiteral("text"), QStringLiteral("pong")}, {QStringLiteral("pong"), true}};
 }
 
+enum Needs { NoDisplay, Display };
+
 McpTool tool(const char* name, const char* description, McpToolSchemaFn schema,
-             McpToolHandler handler)
+             McpToolHandler handler, Needs needs = NoDisplay)
 {
-    return {QLatin1String(name), QString::fromUtf8(description), schema, handler};
+    return {QLatin1String(name), QString::fromUtf8(description), schema, handler, needs == Display};
 }
 
 // Handlers live beside their tools' code; a row without one answers as an unknown tool.
@@ -112,7 +116,7 @@ QList<McpTool> buildTable()
         tool("capture_fullscreen",
              "Capture all screens silently, write to history + clipboard. Returns "
              "{path,width,height}.",
-             nullptr, &captureFullscreenTool),
+             nullptr, &captureFullscreenTool, Display),
         tool(
             "capture_region",
             "Capture a screen region (x, y, w, h in virtual screen coords). Returns "
@@ -123,10 +127,10 @@ QList<McpTool> buildTable()
                                      {"w", "number", "Width", Required},
                                      {"h", "number", "Height", Required}});
             },
-            &captureRegionTool),
+            &captureRegionTool, Display),
         tool("screenshot_active_window",
              "Capture the active foreground window. Returns {path,width,height}.", &emptySchema,
-             &screenshotActiveWindowTool),
+             &screenshotActiveWindowTool, Display),
         tool(
             "launch_app",
             "Launch an application, open a URL, or open a file using the default system "
@@ -185,14 +189,14 @@ QList<McpTool> buildTable()
                      {"clicks", "integer",
                       "Number of clicks: 1 (single click, default) or 2 (double click)"}});
             },
-            &mouseClickTool),
+            &mouseClickTool, Display),
         tool(
             "mouse_move", "Move the mouse cursor to specific screen coordinates (x, y).",
             [] {
                 return objectSchema({{"x", "integer", "X screen coordinate", Required},
                                      {"y", "integer", "Y screen coordinate", Required}});
             },
-            &mouseMoveTool),
+            &mouseMoveTool, Display),
         tool(
             "mouse_scroll", "Scroll the mouse wheel vertically (positive = up, negative = down).",
             [] {
@@ -202,7 +206,7 @@ QList<McpTool> buildTable()
                      {"x", "integer", "X screen coordinate (optional)"},
                      {"y", "integer", "Y screen coordinate (optional)"}});
             },
-            &mouseScrollTool),
+            &mouseScrollTool, Display),
         tool(
             "type_text",
             "Type text (supports unicode, Chinese, English, numbers, and symbols) into the "
@@ -212,7 +216,7 @@ QList<McpTool> buildTable()
                     {{"text", "string", "The text content to type into the active window",
                       Required}});
             },
-            &typeTextTool),
+            &typeTextTool, Display),
         tool(
             "send_hotkey",
             "Send key combinations or hotkeys (e.g., 'ctrl+c', 'ctrl+v', 'alt+tab', 'win+r', "
@@ -223,11 +227,11 @@ QList<McpTool> buildTable()
                                       "'alt+tab', 'win+r', 'enter', 'escape', 'tab')",
                                       Required}});
             },
-            &sendHotkeyTool),
+            &sendHotkeyTool, Display),
         tool("list_windows",
              "List all visible top-level desktop windows including title, process name, "
              "position, and dimensions.",
-             &emptySchema, &listWindowsTool),
+             &emptySchema, &listWindowsTool, Display),
         tool(
             "focus_window",
             "Bring a specific window to front and give it focus (matches window title "
@@ -238,16 +242,16 @@ QList<McpTool> buildTable()
                                       "'Visual Studio Code', 'Chrome')",
                                       Required}});
             },
-            &focusWindowTool),
+            &focusWindowTool, Display),
         tool("read_clipboard", "Read the current text content from the Windows system clipboard.",
-             nullptr, &readClipboardTool),
+             nullptr, &readClipboardTool, Display),
         tool(
             "write_clipboard", "Set text content into the Windows system clipboard.",
             [] {
                 return objectSchema(
                     {{"text", "string", "Text to copy to the Windows clipboard", Required}});
             },
-            &writeClipboardTool),
+            &writeClipboardTool, Display),
         tool(
             "mouse_drag",
             "Press mouse button at (startX, startY), drag to (endX, endY), and release.",
@@ -259,11 +263,11 @@ QList<McpTool> buildTable()
                      {"endY", "integer", nullptr, Required},
                      {"button", "string", "Mouse button: 'left' (default) or 'right'"}});
             },
-            &mouseDragTool),
+            &mouseDragTool, Display),
         tool("get_active_window_info",
              "Get detailed information of the currently active focused window (title, process "
              "name, position, and dimensions).",
-             nullptr, &getActiveWindowInfoTool),
+             nullptr, &getActiveWindowInfoTool, Display),
         tool(
             "window_action",
             "Perform window state action ('minimize', 'maximize', 'restore', 'close') on target "
@@ -275,7 +279,7 @@ QList<McpTool> buildTable()
                      {"title", "string",
                       "Keywords matching window title (optional, defaults to active window)"}});
             },
-            &windowActionTool),
+            &windowActionTool, Display),
         tool(
             "inspect_ui_element",
             "Inspect the UIAutomation element under the mouse cursor or at specified "
@@ -283,7 +287,7 @@ QList<McpTool> buildTable()
             [] {
                 return objectSchema({{"x", "integer"}, {"y", "integer"}});
             },
-            &inspectUiElementTool),
+            &inspectUiElementTool, Display),
         tool(
             "find_ui_elements",
             "Search UIAutomation elements across the entire Windows desktop by name or control "
@@ -292,7 +296,7 @@ QList<McpTool> buildTable()
                 return objectSchema(
                     {{"name", "string", "Element name or title keyword to search", Required}});
             },
-            &findUiElementsTool),
+            &findUiElementsTool, Display),
         tool(
             "click_ui_element",
             "Find a UIAutomation element on the desktop by name, activate its parent window, "
@@ -302,7 +306,7 @@ QList<McpTool> buildTable()
                     {{"name", "string", "Name of the UI element/button to find and click",
                       Required}});
             },
-            &clickUiElementTool),
+            &clickUiElementTool, Display),
         tool(
             "set_ui_element_text",
             "Set text value directly on an Edit/TextBox UIAutomation element across the "
@@ -313,7 +317,7 @@ QList<McpTool> buildTable()
                       Required},
                      {"text", "string", "Text value to write into the element", Required}});
             },
-            &setUiElementTextTool),
+            &setUiElementTextTool, Display),
         tool(
             "key_down",
             "Press and hold a specific key (e.g., 'shift', 'ctrl', 'alt', 'space', 'a').",
@@ -323,7 +327,7 @@ QList<McpTool> buildTable()
                                       "'space', 'a')",
                                       Required}});
             },
-            &keyDownTool),
+            &keyDownTool, Display),
         tool(
             "key_up", "Release a held key (e.g., 'shift', 'ctrl', 'alt', 'space', 'a').",
             [] {
@@ -332,7 +336,7 @@ QList<McpTool> buildTable()
                       "Key name to release (e.g. 'shift', 'ctrl', 'alt', 'space', 'a')",
                       Required}});
             },
-            &keyUpTool),
+            &keyUpTool, Display),
         tool(
             "paste_text_to_focused",
             "Set text into Windows clipboard and simulate Ctrl+V to paste into the active "
@@ -341,7 +345,7 @@ QList<McpTool> buildTable()
                 return objectSchema({{"text", "string",
                                       "Text to set to clipboard and paste via Ctrl+V", Required}});
             },
-            &pasteTextToFocusedTool),
+            &pasteTextToFocusedTool, Display),
         tool(
             "activate_window_and_paste",
             "Focus target window by title/process name, optionally send hotkey (e.g. 'ctrl+f') "
@@ -356,7 +360,7 @@ QList<McpTool> buildTable()
                       "Optional hotkey to send after focusing window (e.g. 'ctrl+f', 'enter')"},
                      {"text", "string", "Optional text to paste via Ctrl+V"}});
             },
-            &activateWindowAndPasteTool),
+            &activateWindowAndPasteTool, Display),
         tool(
             "open_folder_and_select",
             "Open Windows File Explorer and automatically highlight/select a specific file or "
@@ -390,9 +394,20 @@ const QList<McpTool>& mcpTools()
 
 McpToolResult callMcpTool(const QString& name, const McpToolArgs& args)
 {
-    for (const McpTool& t : mcpTools())
-        if (t.handler && t.name == name) return t.handler(args);
+    for (const McpTool& t : mcpTools()) {
+        if (!t.handler || t.name != name) continue;
+        if (t.needsDisplay && !mcpDisplayAvailable()) return mcpNoDisplayError();
+        return t.handler(args);
+    }
     return mcpToolError(QStringLiteral("unknown tool: %1").arg(name));
+}
+
+int mcpIntArg(const McpToolArgs& args, const QString& key, int fallback, bool* ok)
+{
+    bool number = false;
+    const double value = args.value(key).toDouble(&number);
+    if (ok) *ok = number;
+    return number ? core::boundedInt(value) : fallback;
 }
 
 McpToolResult mcpToolError(const QString& message)

@@ -19,20 +19,27 @@ struct McpTool
     QString description;
     McpToolSchemaFn schema = nullptr; // null: the tool announces no arguments
     McpToolHandler handler = nullptr; // null: called, it answers as an unknown tool
+    bool needsDisplay = false;        // without one it answers mcpNoDisplayError()
 };
 
 // The 32 tools in their fixed order; built once, never changed.
 const QList<McpTool>& mcpTools();
 
 // Runs the first tool of that exact name that has a handler; otherwise the unknown-tool
-// failure. Blocks the caller for as long as the tool runs.
+// failure, or the no-display one for a tool that needs the screen when there is none. Blocks
+// the caller for as long as the tool runs.
 McpToolResult callMcpTool(const QString& name, const McpToolArgs& args);
+
+// An integer argument as clients send it, a number or a numeric text: fractions dropped,
+// held to +-2^30 so that no later arithmetic overflows, `fallback` when absent. `ok`, when
+// given, tells whether a number was there.
+int mcpIntArg(const McpToolArgs& args, const QString& key, int fallback = 0, bool* ok = nullptr);
 
 // The failure result: exactly `isError` = true and `text` = message.
 McpToolResult mcpToolError(const QString& message);
 
 // False when the process runs on the offscreen platform (started without a reachable
-// display); tools that need the screen, windows or input answer mcpNoDisplayError() then.
+// display).
 bool mcpDisplayAvailable();
 McpToolResult mcpNoDisplayError();
 

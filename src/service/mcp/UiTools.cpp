@@ -63,6 +63,11 @@ McpToolResult emptyNameError()
     return mcpToolError(QStringLiteral("name cannot be empty"));
 }
 
+McpToolResult noAutomationError()
+{
+    return mcpToolError(QStringLiteral("failed to initialize UIAutomation"));
+}
+
 } // namespace
 
 QString mcpControlTypeName(int controlType)
@@ -85,10 +90,10 @@ QString mcpControlTypeName(int controlType)
 
 McpToolResult inspectUiElementTool(const McpToolArgs& args)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
+    if (!platform::uiAutomationAvailable()) return noAutomationError();
     platform::Point point;
     if (args.contains(QStringLiteral("x")) && args.contains(QStringLiteral("y")))
-        point = {args.value(QStringLiteral("x")).toInt(), args.value(QStringLiteral("y")).toInt()};
+        point = {mcpIntArg(args, QStringLiteral("x")), mcpIntArg(args, QStringLiteral("y"))};
     else
         point = platform::cursorPosition().value_or(platform::Point{});
     const QVariantMap element = describe(platform::uiElementAt(point));
@@ -99,6 +104,7 @@ McpToolResult findUiElementsTool(const McpToolArgs& args)
 {
     const QString keyword = keywordOf(args);
     if (keyword.isEmpty()) return emptyNameError();
+    if (!platform::uiAutomationAvailable()) return noAutomationError();
     QVariantList elements;
     walkMatches(keyword, [&](const UiElement& element, const QString&) {
         elements << describe(element);
@@ -110,9 +116,9 @@ McpToolResult findUiElementsTool(const McpToolArgs& args)
 
 McpToolResult clickUiElementTool(const McpToolArgs& args)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
     const QString keyword = keywordOf(args);
     if (keyword.isEmpty()) return emptyNameError();
+    if (!platform::uiAutomationAvailable()) return noAutomationError();
     QString matched;
     platform::Point centre;
     walkMatches(keyword, [&](const UiElement& element, const QString& name) {
@@ -143,6 +149,7 @@ McpToolResult setUiElementTextTool(const McpToolArgs& args)
 {
     const QString keyword = keywordOf(args);
     if (keyword.isEmpty()) return emptyNameError();
+    if (!platform::uiAutomationAvailable()) return noAutomationError();
     const QString text = args.value(QStringLiteral("text")).toString();
     const std::string utf8 = text.toStdString();
     QString matched;

@@ -91,7 +91,6 @@ bool showInFileManager(const QString& path)
 
 McpToolResult getActiveWindowInfoTool(const McpToolArgs&)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
     const WindowRecord active = platform::foregroundWindow();
     if (!active.handle) return mcpToolError(QStringLiteral("no active window found"));
     return success(windowFields(active));
@@ -99,7 +98,6 @@ McpToolResult getActiveWindowInfoTool(const McpToolArgs&)
 
 McpToolResult listWindowsTool(const McpToolArgs&)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
     QVariantList windows;
     for (const WindowRecord& w : platform::listTopLevelWindows()) {
         if (!w.visible || windowText(w).trimmed().isEmpty() || w.frame.isEmpty()) continue;
@@ -111,7 +109,6 @@ McpToolResult listWindowsTool(const McpToolArgs&)
 
 McpToolResult focusWindowTool(const McpToolArgs& args)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
     const QString keyword = argument(args, "title").trimmed();
     if (keyword.isEmpty()) return mcpToolError(QStringLiteral("title keyword cannot be empty"));
     const std::optional<WindowRecord> found = findWindow(keyword);
@@ -125,7 +122,6 @@ McpToolResult focusWindowTool(const McpToolArgs& args)
 
 McpToolResult windowActionTool(const McpToolArgs& args)
 {
-    if (!mcpDisplayAvailable()) return mcpNoDisplayError();
     const QString action = argument(args, "action").trimmed().toLower();
     const QString keyword = argument(args, "title").trimmed();
     WindowRecord target;

@@ -32,6 +32,8 @@ private Q_SLOTS:
         QTest::newRow("fractions truncate")
             << R"([{"box":[1.9,2.9,3.9,4.9]}])" << QList<QRect>{QRect(1, 2, 3, 4)};
         QTest::newRow("empty array") << "[]" << QList<QRect>{};
+        QTest::newRow("far beyond int: held at the edges")
+            << R"([{"box":[1e12,-1e300,5,1e20]}])" << QList<QRect>{QRect(200, 0, 1, 1 << 30)};
     }
     void boxes()
     {

@@ -367,6 +367,48 @@ private Q_SLOTS:
         painter.end();
         QCOMPARE(image != before, paints);
     }
+
+    // Numbers from outside far beyond the image: the work stays within the image and a
+    // shape covering all of it paints as one that fits.
+    void hugeShapesPaintLikeTheirPartOnTheImage_data()
+    {
+        QTest::addColumn<AnnotationShape>("huge");
+        QTest::addColumn<AnnotationShape>("fitting");
+        const auto block = [](int kind, QList<QPointF> points, int blockSize) {
+            Shape s = makeShape(kind, points);
+            s.blockSize = blockSize;
+            return s;
+        };
+        QTest::newRow("mosaic to a million") << block(Shape::Mosaic, {{0, 0}, {1e6, 1e6}}, 12)
+                                             << block(Shape::Mosaic, {{0, 0}, {108, 108}}, 12);
+        QTest::newRow("mosaic from far left")
+            << block(Shape::Mosaic, {{-1e6 - 6, 0}, {50, 50}}, 12)
+            << block(Shape::Mosaic, {{-10, 0}, {50, 50}}, 12); // the same grid
+        QTest::newRow("mosaic, block of two billion")
+            << block(Shape::Mosaic, {{0, 0}, {1e12, 1e12}}, 2000000000)
+            << block(Shape::Mosaic, {{0, 0}, {100, 100}}, 1000);
+        QTest::newRow("blur of two billion")
+            << block(Shape::Blur, {{-1e15, 0}, {1e15, 50}}, 2000000000)
+            << block(Shape::Blur, {{0, 0}, {100, 50}}, 2000000000);
+        Shape wide = makeShape(Shape::Rect, {{-1e12, -1e12}, {1e12, 1e12}}, 2000000000);
+        QTest::newRow("pen of two billion")
+            << wide << makeShape(Shape::Rect, {{-5000, -5000}, {5000, 5000}}, 2000);
+        Shape counter = makeShape(Shape::Counter, {{50, 50}});
+        counter.fontSize = 2000000000;
+        Shape fittingCounter = counter;
+        fittingCounter.fontSize = 2000;
+        QTest::newRow("counter of two billion") << counter << fittingCounter;
+    }
+    void hugeShapesPaintLikeTheirPartOnTheImage()
+    {
+        QFETCH(AnnotationShape, huge);
+        QFETCH(AnnotationShape, fitting);
+        QImage source = canvas();
+        for (int y = 0; y < 100; ++y)
+            for (int x = 0; x < 100; ++x)
+                source.setPixelColor(x, y, QColor(x * 2, y * 2, (x + y) % 256));
+        QCOMPARE(painted(source, {huge}, source), painted(source, {fitting}, source));
+    }
 };
 
 ZELMOR_TEST_MAIN(TestAnnotationPainter, QGuiApplication)

@@ -5,12 +5,16 @@
 #include "service/mcp/StdinReader.h"
 
 #include <QBuffer>
+#include <QDir>
 #include <QGuiApplication>
+#include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QProcess>
 #include <QSet>
 #include <QSignalSpy>
+#include <QTcpServer>
+#include <QTemporaryDir>
 
 #include <memory>
 
@@ -469,6 +473,59 @@ private slots:
         for (const QJsonObject& r : replies)
             QVERIFY2(r.value("jsonrpc") == QLatin1String("2.0"), "stdout held a non-protocol line");
         QCOMPARE(replyIds(replies), ids);
+    }
+
+    // A client that stops reading: the server ends quietly at the end of input instead of
+    // being killed by the broken pipe.
+    void closedOutputEndsQuietly()
+    {
+        QProcess mcp; // its output goes to a reader that is gone at once
+        mcp.start("bash", {"-c", "\"$0\" | true; exit \"${PIPESTATUS[0]}\"", mcpExecutable()});
+        QVERIFY2(mcp.waitForStarted(), qPrintable(mcp.errorString()));
+        for (int i = 0; i < 100; ++i)
+            mcp.write(request(i, "ping") + '\n');
+        mcp.closeWriteChannel();
+        QVERIFY(mcp.waitForFinished(30000));
+        QCOMPARE(mcp.exitCode(), 0);
+    }
+
+    // Input ends while a recognition waits on its provider: the answer says so rather than
+    // passing for an empty text.
+    void ocrCutShortByEndOfInput()
+    {
+        QTcpServer silentProvider; // takes the request and never answers
+        QVERIFY(silentProvider.listen(QHostAddress::LocalHost));
+        QTemporaryDir home;
+        QVERIFY(QDir().mkpath(home.filePath("config/Zelmor")));
+        QFile ini(home.filePath("config/Zelmor/Zelmor.ini"));
+        QVERIFY(ini.open(QIODevice::WriteOnly));
+        ini.write("[ai]\nprovider=openai\napiKey=k\nmodel=m\nbaseUrl=http://127.0.0.1:" +
+                  QByteArray::number(silentProvider.serverPort()) + "\n");
+        ini.close();
+        QImage shot(8, 8, QImage::Format_RGB32);
+        shot.fill(Qt::white);
+        QVERIFY(shot.save(home.filePath("shot.png")));
+
+        QProcess mcp;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("HOME", home.path());
+        env.insert("XDG_CONFIG_HOME", home.filePath("config"));
+        env.insert("XDG_DATA_HOME", home.filePath("data"));
+        mcp.setProcessEnvironment(env);
+        mcp.start(mcpExecutable(), {});
+        QVERIFY2(mcp.waitForStarted(), qPrintable(mcp.errorString()));
+        mcp.write(request(1, "tools/call",
+                          {{"name", "ocr"},
+                           {"arguments", QJsonObject{{"path", home.filePath("shot.png")}}}}) +
+                  '\n');
+        QVERIFY(mcp.waitForBytesWritten());
+        QVERIFY(silentProvider.waitForNewConnection(30000));
+        mcp.closeWriteChannel();
+        QVERIFY(mcp.waitForFinished(30000));
+        const QList<QJsonObject> replies = parseReplies(mcp.readAllStandardOutput());
+        QCOMPARE(replyIds(replies), QList<int>{1});
+        const QString text = replies.first()["result"]["content"][0]["text"].toString();
+        QVERIFY2(text.startsWith("[error]"), qPrintable(text));
     }
 };
 

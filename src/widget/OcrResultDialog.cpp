@@ -1,5 +1,7 @@
 #include "OcrResultDialog.h"
 
+#include "ControlName.h"
+#include "Translucency.h"
 #include "core/Toast.h"
 #include "core/Utilities.h"
 #include "manager/ThemeManager.h"
@@ -21,6 +23,8 @@ QPushButton* makeButton(const QString& text, QWidget* parent)
     button->setCursor(Qt::PointingHandCursor);
     return button;
 }
+
+constexpr int kShadowRoom = 12;
 
 QString dialogSheet(bool dark)
 {
@@ -53,17 +57,16 @@ OcrResultDialog::OcrResultDialog(const QString& text, QWidget* parent) : QDialog
     setWindowFlags(Qt::Dialog | Qt::FramelessWindowHint);
     setAttribute(Qt::WA_TranslucentBackground);
     resize(520, 360);
-    auto* outer = new QVBoxLayout(this);
-    outer->setContentsMargins(12, 12, 12, 12); // room for the shadow
+    m_outer = new QVBoxLayout(this);
 
     auto* container = new QFrame(this);
     container->setObjectName(QStringLiteral("ocrResultContainer"));
-    auto* shadow = new QGraphicsDropShadowEffect(container);
-    shadow->setBlurRadius(24);
-    shadow->setColor(QColor(0, 0, 0, 80));
-    shadow->setOffset(0, 4);
-    container->setGraphicsEffect(shadow);
-    outer->addWidget(container);
+    m_shadow = new QGraphicsDropShadowEffect(container);
+    m_shadow->setBlurRadius(24);
+    m_shadow->setColor(QColor(0, 0, 0, 80));
+    m_shadow->setOffset(0, 4);
+    container->setGraphicsEffect(m_shadow);
+    m_outer->addWidget(container);
 
     auto* column = new QVBoxLayout(container);
     column->setContentsMargins(16, 14, 16, 14);
@@ -73,6 +76,7 @@ OcrResultDialog::OcrResultDialog(const QString& text, QWidget* parent) : QDialog
     title->setObjectName(QStringLiteral("ocrTitle"));
     QPushButton* cross = makeButton(QStringLiteral("✕"), container);
     cross->setFixedSize(24, 24);
+    setTipAndName(cross, tr("Close", "ocr.dialog.closeTip"));
     connect(cross, &QPushButton::clicked, this, &QDialog::close);
     header->addWidget(title);
     header->addStretch();
@@ -113,13 +117,22 @@ OcrResultDialog::OcrResultDialog(const QString& text, QWidget* parent) : QDialog
 
     connect(&manager::ThemeManager::instance(), &manager::ThemeManager::themeChanged, this,
             &OcrResultDialog::applyTheme);
+    connect(&Translucency::instance(), &Translucency::availableChanged, this,
+            &OcrResultDialog::applyTheme);
     applyTheme();
 }
 
 void OcrResultDialog::applyTheme()
 {
-    setStyleSheet(
-        dialogSheet(manager::ThemeManager::instance().currentTheme() == QLatin1String("dark")));
+    const bool translucent = Translucency::instance().available();
+    const int shadowRoom = translucent ? kShadowRoom : 0;
+    m_outer->setContentsMargins(shadowRoom, shadowRoom, shadowRoom, shadowRoom);
+    m_shadow->setEnabled(translucent);
+    QString sheet =
+        dialogSheet(manager::ThemeManager::instance().currentTheme() == QLatin1String("dark"));
+    // Without a compositor the corners outside the rounding would show black.
+    if (!translucent) sheet += QStringLiteral("#ocrResultContainer { border-radius: 0px; }");
+    setStyleSheet(sheet);
 }
 
 void OcrResultDialog::setChatAvailable(bool available)

@@ -2,8 +2,10 @@
 
 #include <QDialog>
 
+class QGraphicsDropShadowEffect;
 class QPushButton;
 class QTextEdit;
+class QVBoxLayout;
 
 namespace zelmor::widget {
 
@@ -23,8 +25,11 @@ Q_SIGNALS:
     void chatRequested(const QString& text);
 
 private:
+    // The theme's colours, and the shadow and round corners where a compositor can show them.
     void applyTheme();
 
+    QVBoxLayout* m_outer;
+    QGraphicsDropShadowEffect* m_shadow;
     QTextEdit* m_edit;
     QPushButton* m_chatButton;
 };

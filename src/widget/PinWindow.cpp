@@ -1,5 +1,6 @@
 #include "PinWindow.h"
 
+#include "Translucency.h"
 #include "core/ConfigManager.h"
 #include "core/Toast.h"
 #include "core/Utilities.h"
@@ -29,6 +30,14 @@ constexpr double kZoomIn = 1.1;
 constexpr double kZoomOut = 0.9090909090909091;
 constexpr int kDragOutDistance = 10;
 constexpr int kToastMs = 3000;
+constexpr int kShadowMargin = 12;
+constexpr QRgb kBorderColour = 0xFF2A2A30;
+
+// The shadow is drawn see-through around the image, which only a compositor can show.
+int shadowMarginFor(bool translucent)
+{
+    return translucent ? kShadowMargin : 0;
+}
 
 QByteArray encodePng(const QPixmap& pixmap)
 {
@@ -41,6 +50,26 @@ QByteArray encodePng(const QPixmap& pixmap)
 
 } // namespace
 
+// "Clear all pins" may arrive while the pin's menu, its Save-as dialog or a drag still runs
+// on the stack with objects of the pin's: its deletion waits until they have returned.
+class PinWindow::NestedLoop
+{
+public:
+    explicit NestedLoop(PinWindow* pin) : m_pin(pin) { ++m_pin->m_nestedLoops; }
+    // Qt drops a second deleteLater() of an object, so the deferred deletion is queued anew.
+    ~NestedLoop()
+    {
+        if (--m_pin->m_nestedLoops == 0 && m_pin->m_deleteAfterLoops)
+            QMetaObject::invokeMethod(
+                m_pin, [pin = m_pin] { delete pin; }, Qt::QueuedConnection);
+    }
+    NestedLoop(const NestedLoop&) = delete;
+    NestedLoop& operator=(const NestedLoop&) = delete;
+
+private:
+    PinWindow* m_pin;
+};
+
 PinWindow::PinWindow(const QPixmap& pixmap, QWidget* parent)
     : QWidget(parent), m_sourcePixmap(pixmap), m_displayPixmap(pixmap)
 {
@@ -50,6 +79,12 @@ PinWindow::PinWindow(const QPixmap& pixmap, QWidget* parent)
     setFocusPolicy(Qt::StrongFocus);
     setCursor(Qt::SizeAllCursor);
 
+    const Translucency& translucency = Translucency::instance();
+    m_shadowMargin = shadowMarginFor(translucency.available());
+    connect(&translucency, &Translucency::availableChanged, this, [this](bool translucent) {
+        m_shadowMargin = shadowMarginFor(translucent);
+        relayout();
+    });
     fitToImage();
     QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
     if (!screen) screen = QGuiApplication::primaryScreen();
@@ -164,6 +199,7 @@ QMimeData* PinWindow::createDragMimeData() const
 
 void PinWindow::startDragOut()
 {
+    const NestedLoop running(this);
     std::unique_ptr<QMimeData> data(createDragMimeData());
     if (!data) return;
     auto* drag = new QDrag(this);
@@ -300,8 +336,18 @@ void PinWindow::wheelEvent(QWheelEvent* event)
         QWidget::wheelEvent(event);
 }
 
+bool PinWindow::event(QEvent* event)
+{
+    if (event->type() == QEvent::DeferredDelete && m_nestedLoops > 0) {
+        m_deleteAfterLoops = true;
+        return true;
+    }
+    return QWidget::event(event);
+}
+
 void PinWindow::contextMenuEvent(QContextMenuEvent* event)
 {
+    const NestedLoop running(this);
     QMenu menu(this);
     QAction* copy = menu.addAction(tr("Copy", "pin.menu.copy"));
     QAction* save = menu.addAction(tr("Save as...", "pin.menu.saveAs"));
@@ -330,17 +376,21 @@ void PinWindow::paintEvent(QPaintEvent*)
     painter.setRenderHint(QPainter::Antialiasing);
     const QRect image = imageRect();
 
-    // Four rings, each smaller and darker than the last, read as a soft shadow.
-    painter.setPen(Qt::NoPen);
-    for (int i = 0; i < 4; ++i) {
-        const int grow = m_shadowMargin - (m_shadowMargin / 4) * i;
-        painter.setBrush(QColor(0, 0, 0, 30 + 18 * i));
-        painter.drawRoundedRect(image.adjusted(-grow, -grow, grow, grow), 4.0, 4.0);
+    if (m_shadowMargin > 0) {
+        // Four rings, each smaller and darker than the last, read as a soft shadow.
+        painter.setPen(Qt::NoPen);
+        for (int i = 0; i < 4; ++i) {
+            const int grow = m_shadowMargin - (m_shadowMargin / 4) * i;
+            painter.setBrush(QColor(0, 0, 0, 30 + 18 * i));
+            painter.drawRoundedRect(image.adjusted(-grow, -grow, grow, grow), 4.0, 4.0);
+        }
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(QColor::fromRgba(kBorderColour), m_borderWidth, Qt::SolidLine));
+        painter.drawRect(image.adjusted(0, 0, -1, -1));
+    } else {
+        // Every pixel opaque: an antialiased line would leave half-transparent, black edges.
+        painter.fillRect(rect(), QColor::fromRgba(kBorderColour));
     }
-
-    painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(QColor::fromRgba(0xFF2A2A30), m_borderWidth, Qt::SolidLine));
-    painter.drawRect(image.adjusted(0, 0, -1, -1));
 
     painter.drawPixmap(image.topLeft(), m_displayPixmap);
 

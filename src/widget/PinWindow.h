@@ -36,6 +36,7 @@ public Q_SLOTS:
     void toggleClickThrough();
 
 protected:
+    bool event(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -46,6 +47,9 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
+    // Keeps the pin alive while a menu, dialog or drag of its own runs a nested event loop.
+    class NestedLoop;
+
     void updateDisplayPixmap();
     void fitToImage();
     void relayout();
@@ -67,9 +71,11 @@ private:
     bool m_flipH = false;
     bool m_flipV = false;
     bool m_clickThrough = false;
-    int m_shadowMargin = 12;
+    int m_shadowMargin = 0; // room for the shadow, where a compositor can show one
     int m_borderWidth = 1;
     QSize m_windowSize;
+    int m_nestedLoops = 0;
+    bool m_deleteAfterLoops = false;
 };
 
 } // namespace zelmor::widget

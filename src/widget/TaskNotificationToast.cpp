@@ -1,5 +1,7 @@
 #include "TaskNotificationToast.h"
 
+#include "ControlName.h"
+#include "Translucency.h"
 #include "core/ThemeFlag.h"
 #include "manager/ThemeManager.h"
 
@@ -126,6 +128,7 @@ TaskNotificationToast::TaskNotificationToast() : QWidget(nullptr)
     setObjectName(QStringLiteral("taskToastContainer"));
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_TranslucentBackground); // the card's round corners
     auto* outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
     auto* card = new QWidget(this);
@@ -141,6 +144,7 @@ TaskNotificationToast::TaskNotificationToast() : QWidget(nullptr)
     m_header->setFont(pointFont(this, 10, true));
     auto* close = new QToolButton(card);
     close->setText(QStringLiteral("✕"));
+    setTipAndName(close, tr("Close", "task.close"));
     close->setCursor(Qt::PointingHandCursor);
     connect(close, &QToolButton::clicked, this, &QWidget::hide);
     header->addWidget(m_header);
@@ -175,30 +179,34 @@ TaskNotificationToast::TaskNotificationToast() : QWidget(nullptr)
             &TaskNotificationToast::onActiveCountChanged);
     connect(&manager::ThemeManager::instance(), &manager::ThemeManager::themeChanged, this,
             &TaskNotificationToast::applyTheme);
+    connect(&Translucency::instance(), &Translucency::availableChanged, this,
+            &TaskNotificationToast::applyTheme);
     applyTheme();
 }
 
 void TaskNotificationToast::applyTheme()
 {
     const bool dark = core::isDarkTheme();
+    // Without a compositor the corners outside the rounding would show black.
+    const QString cardRadius =
+        Translucency::instance().available() ? QStringLiteral("12px") : QStringLiteral("0px");
     setStyleSheet(
-        QStringLiteral(
-            "#taskToastCard { background: %1; border: 1px solid %2; border-radius: 12px; }"
-            "#taskToastCard QLabel { color: %3; }"
-            "#taskListContainer, #taskScrollArea { background: transparent; }"
-            "#taskItemRow { background: %4; border-radius: 8px; }"
-            "QScrollBar:vertical { width: 6px; background: transparent; }"
-            "QScrollBar::handle:vertical { background: %5; border-radius: 3px; }"
-            "QScrollBar::handle:vertical:hover { background: %6; }"
-            "QScrollBar::add-line, QScrollBar::sub-line { height: 0; }")
+        QStringLiteral("#taskToastCard { background: %1; border: 1px solid %2; border-radius: %7; }"
+                       "#taskToastCard QLabel { color: %3; }"
+                       "#taskListContainer, #taskScrollArea { background: transparent; }"
+                       "#taskItemRow { background: %4; border-radius: 8px; }"
+                       "QScrollBar:vertical { width: 6px; background: transparent; }"
+                       "QScrollBar::handle:vertical { background: %5; border-radius: 3px; }"
+                       "QScrollBar::handle:vertical:hover { background: %6; }"
+                       "QScrollBar::add-line, QScrollBar::sub-line { height: 0; }")
             .arg(dark ? QStringLiteral("#2b2b30") : QStringLiteral("#FFFFFF"),
                  dark ? QStringLiteral("#3a3a40") : QStringLiteral("#E6E6E6"),
                  dark ? QStringLiteral("#e4e4e7") : QStringLiteral("#222222"),
                  dark ? QStringLiteral("#202024") : QStringLiteral("#F7F7F8"),
                  dark ? QStringLiteral("rgba(255,255,255,0.25)")
                       : QStringLiteral("rgba(0,0,0,0.25)"),
-                 dark ? QStringLiteral("rgba(255,255,255,0.5)")
-                      : QStringLiteral("rgba(0,0,0,0.5)")));
+                 dark ? QStringLiteral("rgba(255,255,255,0.5)") : QStringLiteral("rgba(0,0,0,0.5)"),
+                 cardRadius));
 }
 
 void TaskNotificationToast::addRow(const TaskItem& item)

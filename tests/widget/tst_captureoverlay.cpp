@@ -315,6 +315,43 @@ private Q_SLOTS:
         QTest::keyClick(o, Qt::Key_C);
         QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("rgb(44, 40, 16)"));
     }
+
+    // A tool key pressed mid-stroke picks the next tool; the shape in hand keeps its kind.
+    void toolKeysMidStrokeLeaveTheShapeAlone_data()
+    {
+        QTest::addColumn<int>("tool");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<int>("points"); // of the committed shape; 0: the inline edit opens
+        QTest::newRow("brush, r") << 5 << "r" << 3;
+        QTest::newRow("highlighter, r") << 6 << "r" << 3;
+        QTest::newRow("rectangle, b") << 1 << "b" << 2;
+        QTest::newRow("text, b") << 9 << "b" << 0;
+        QTest::newRow("counter, b") << 10 << "b" << 1;
+        QTest::newRow("stamp, b") << 11 << "b" << 0;
+    }
+    void toolKeysMidStrokeLeaveTheShapeAlone()
+    {
+        QFETCH(int, tool);
+        QFETCH(QString, key);
+        QFETCH(int, points);
+        CaptureOverlay* o = openWithSelection(QRect(100, 100, 300, 200));
+        o->setTool(tool);
+        press(o, QPoint(150, 150));
+        moveTo(o, QPoint(170, 160));
+        QTest::keyClicks(o, key);
+        moveTo(o, QPoint(190, 170));
+        release(o, QPoint(190, 170));
+        if (points == 0) {
+            QVERIFY(o->inlineEdit() && o->inlineEdit()->isVisible());
+            QVERIFY(o->annotations().isEmpty());
+            return;
+        }
+        QCOMPARE(o->annotations().size(), 1);
+        const AnnotationShape& shape = o->annotations().first();
+        QCOMPARE(shape.kind, zelmor::service::capture::shapeKindForTool(tool));
+        QCOMPARE(shape.points.size(), points);
+        QCOMPARE(shape.points.last(), QPointF(90, 70));
+    }
 };
 
 ZELMOR_TEST_MAIN(TestCaptureOverlay, QApplication)

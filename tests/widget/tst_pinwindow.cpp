@@ -1,4 +1,5 @@
 #include "TestMain.h"
+#include "TestSupport.h"
 
 #include "core/ConfigManager.h"
 #include "core/Toast.h"
@@ -23,7 +24,7 @@ using zelmor::widget::PinWindow;
 
 namespace {
 
-constexpr int kPadding = 2 * (12 + 1); // shadow and border on each side
+constexpr int kPadding = 2 * 1; // the border on each side; no shadow without a compositor
 
 // Red, green / blue, yellow quadrants: every rotation and flip moves another to the top left.
 QPixmap quadrants()
@@ -340,6 +341,55 @@ private Q_SLOTS:
         m_manager->addPin(QPixmap());
         m_manager->clearAll();
         QCOMPARE(changed.count(), 0);
+    }
+
+    // The menu and the dialog live on the pin's stack while "Clear all pins" comes in.
+    void clearAllWhileTheSaveDialogIsOpen()
+    {
+        QPointer<PinWindow> p = pin();
+        QVERIFY(p);
+        bool hidden = false;
+        chooseFromMenu(p, QStringLiteral("Save as..."), [&](QWidget* modal) {
+            QPointer<QWidget> dialog = modal;
+            m_manager->clearAll();
+            hidden = p && !p->isVisible();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            if (dialog) static_cast<QDialog*>(dialog.data())->reject();
+        });
+        QVERIFY(hidden);
+        QVERIFY(m_manager->pins().isEmpty());
+        QTRY_VERIFY(p.isNull());
+    }
+
+    // The test session runs no compositor, under which a see-through margin shows black.
+    void edgesShowTheDesktopAndFollowTheCompositor()
+    {
+        QRect area(QPoint(), QSize(600, 400));
+        area.moveCenter(QGuiApplication::primaryScreen()->availableGeometry().center());
+        const auto backdrop =
+            zelmor::test::makeSolidWindow(QStringLiteral("backdrop"), Qt::magenta, area);
+        QVERIFY(QTest::qWaitForWindowExposed(backdrop.get()));
+        PinWindow* p = pin();
+        QVERIFY(p);
+        const auto onScreen = [p](QPoint at) {
+            const QPoint global = p->mapToGlobal(p->imageRect().topLeft() + at);
+            return QGuiApplication::primaryScreen()
+                ->grabWindow(0, global.x(), global.y(), 1, 1)
+                .toImage()
+                .pixelColor(0, 0);
+        };
+        QTRY_COMPARE(onScreen(QPoint(20, 20)), QColor(Qt::red));
+        for (const QPoint& outside : {QPoint(-6, -6), QPoint(206, 50), QPoint(100, 106)})
+            QCOMPARE(onScreen(outside), QColor(Qt::magenta));
+
+        QProcess compositor;
+        compositor.start(QCoreApplication::applicationDirPath() +
+                         QStringLiteral("/zelmor-test-compositor"));
+        QVERIFY(compositor.waitForReadyRead());
+        QTRY_COMPARE(p->size(), QSize(200, 100) + QSize(kPadding + 24, kPadding + 24));
+        compositor.kill();
+        compositor.waitForFinished();
+        QTRY_COMPARE(p->size(), QSize(200, 100) + QSize(kPadding, kPadding));
     }
 };
 

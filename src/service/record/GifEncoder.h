@@ -31,6 +31,10 @@ bool writeGifMedianCut(QString& error, const QString& path, const QList<QImage>&
 // when there is none.
 QString findGifski();
 
+// The frame at exactly width x height in RGB32; a null frame becomes black so that the
+// animation keeps its length.
+QImage fitFrame(const QImage& frame, int width, int height);
+
 // One "FRAME" of a C420jpeg YUV4MPEG2 stream; width and height are expected to be even.
 QByteArray y4mFrame(const QImage& frame, int width, int height);
 

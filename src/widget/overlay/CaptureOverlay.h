@@ -1,6 +1,6 @@
 #pragma once
 
-#include "service/capture/AnnotationShape.h"
+#include "ShapeEditor.h"
 
 #include <QImage>
 #include <QPixmap>
@@ -11,8 +11,9 @@ class QTextEdit;
 namespace zelmor::widget {
 
 namespace overlay {
+class InlineTextEdit;
 class OverlayPanels;
-}
+} // namespace overlay
 
 // One full-desktop window over a frozen picture: the user picks a region, adjusts it,
 // draws on it and decides what happens to it. It ends by emitting one signal and closing;
@@ -38,12 +39,15 @@ public:
     bool hasSelection() const { return m_hasSelection; }
     QRect selection() const { return m_selection; }
     QRect hoverRect() const { return m_hoverRect; }
-    const QList<service::capture::AnnotationShape>& annotations() const { return m_annotations; }
+    const QList<service::capture::AnnotationShape>& annotations() const
+    {
+        return m_shapes.annotations();
+    }
     QColor penColor() const { return m_penColor; }
     int penWidth() const { return m_penWidth; }
     int fontSize() const { return m_fontSize; }
     overlay::OverlayPanels* panels() const { return m_panels; }
-    QTextEdit* inlineEdit() const { return m_inlineEdit; }
+    QTextEdit* inlineEdit() const;
     // Paints the frame as it would appear now.
     QImage renderFrame() const;
 
@@ -63,7 +67,6 @@ Q_SIGNALS:
     void scrollStartRequested(const QRect& rect);
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -85,11 +88,8 @@ private:
     void updateHover(const QPoint& pos);
     void updateCursorAt(const QPoint& pos);
     void beginShape(const QPoint& pos);
-    void extendShape(const QPoint& pos);
+    // Ends the drag of a shape; a text or stamp opens the box for its text.
     void finishShape(const QPoint& pos);
-    void commitShape();
-    void openInlineEdit(const QPoint& pos, const QString& text);
-    void commitInlineEdit(bool accept);
     bool handleToolKey(const QString& text);
     void copyColourUnderPointer();
     void reselect();
@@ -118,17 +118,12 @@ private:
     bool m_hoverPressed = false;
     QPoint m_hoverPressPos;
     overlay::OverlayPanels* m_panels = nullptr;
-    QList<service::capture::AnnotationShape> m_annotations;
-    QList<service::capture::AnnotationShape> m_redoStack;
-    service::capture::AnnotationShape m_currentShape;
-    bool m_drawing = false;
+    overlay::ShapeEditor m_shapes;
     int m_tool = 0;
     QColor m_penColor = QColor(255, 82, 82, 255);
     int m_penWidth = 3;
     int m_fontSize = 18;
-    int m_nextCounter = 1;
-    QTextEdit* m_inlineEdit = nullptr;
-    int m_inlineEditTool = 0;
+    overlay::InlineTextEdit* m_inlineEdit = nullptr; // made on first use
     bool m_altHeld = false;
     bool m_hexColor = true;
     QString m_copiedColorText;

@@ -2,6 +2,7 @@
 
 #include "OverlayGeometry.h"
 #include "service/capture/AnnotationShape.h"
+#include "widget/ControlName.h"
 
 #include <QComboBox>
 #include <QCoreApplication>
@@ -111,7 +112,7 @@ QToolButton* makeButton(QWidget* parent, const QString& objectName, const QStrin
 {
     auto* button = new QToolButton(parent);
     button->setObjectName(objectName);
-    button->setToolTip(tooltip);
+    setTipAndName(button, tooltip);
     if (!icon.isEmpty())
         button->setIcon(QIcon(QStringLiteral(":/icons/") + icon + QStringLiteral(".svg")));
     button->setIconSize(QSize(18, 18));
@@ -138,7 +139,7 @@ QComboBox* makeCombo(QWidget* parent, const ComboItem* items, int count, const c
     for (int i = 0; i < count; ++i)
         combo->addItem(tr(items[i].text, items[i].key), items[i].value);
     combo->setCurrentIndex(0);
-    combo->setToolTip(tr(tooltip, key));
+    setTipAndName(combo, tr(tooltip, key));
     combo->setFixedWidth(width);
     combo->setFocusPolicy(Qt::NoFocus);
     return combo;
@@ -229,15 +230,15 @@ void OverlayPanels::buildAnnotationBar(QWidget* overlay)
     m_widthBox = new QSpinBox(m_annotationBar);
     m_widthBox->setRange(1, 40);
     m_widthBox->setFixedWidth(48);
-    m_widthBox->setToolTip(tr(QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Pen width"),
-                              "annotate.label.width"));
+    setTipAndName(m_widthBox, tr(QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Pen width"),
+                                 "annotate.label.width"));
     connect(m_widthBox, &QSpinBox::valueChanged, this,
             [this](int v) { Q_EMIT penWidthEdited(qBound(1, v, 40)); });
     m_fontBox = new QSpinBox(m_annotationBar);
     m_fontBox->setRange(8, 96);
     m_fontBox->setFixedWidth(48);
-    m_fontBox->setToolTip(tr(QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Font size"),
-                             "annotate.label.font"));
+    setTipAndName(m_fontBox, tr(QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Font size"),
+                                "annotate.label.font"));
     m_fontBox->setEnabled(false);
     connect(m_fontBox, &QSpinBox::valueChanged, this,
             [this](int v) { Q_EMIT fontSizeEdited(qBound(8, v, 96)); });

@@ -35,11 +35,12 @@ cleanup() {
 trap cleanup EXIT
 trap 'exit 130' INT TERM
 
-# Waits up to 30 s for a condition; a session that cannot start is an error, not a hang.
+# Waits up to 30 s for a condition; a session that cannot start is an error, not a hang,
+# and says why with the program's own log.
 wait_for() {
-  local what=$1; shift
+  local what=$1 log=$2; shift 2
   for _ in $(seq 600); do "$@" >/dev/null 2>&1 && return 0; sleep 0.05; done
-  echo "x-session: $what did not start" >&2; exit 3
+  echo "x-session: $what did not start" >&2; cat "$log" >&2; exit 3
 }
 
 chmod 700 "$runtime"
@@ -58,17 +59,17 @@ done
 exec {dfd}<&-
 [ -n "$display" ] || { echo "x-session: Xvfb did not start" >&2; cat "$runtime/xvfb.log" >&2; exit 3; }
 export DISPLAY=:$display
-wait_for "the X server" xdpyinfo
+wait_for "the X server" "$runtime/xvfb.log" xdpyinfo
 
 if [ $bare -eq 0 ]; then
   openbox --sm-disable >"$runtime/openbox.log" 2>&1 &
   pids+=($!)
-  wait_for "openbox" sh -c "xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'"
+  wait_for "openbox" "$runtime/openbox.log" sh -c "xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'"
 
   trayer --edge top --align right --widthtype request --height 24 --SetDockType true \
     --expand false >"$runtime/trayer.log" 2>&1 &
   pids+=($!)
-  wait_for "trayer" xdotool search --class trayer
+  wait_for "trayer" "$runtime/trayer.log" xdotool search --class trayer
 fi
 
 # Starts the accessibility bus, which AT-SPI clients and Qt's bridge expect.

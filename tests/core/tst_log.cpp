@@ -105,8 +105,9 @@ private Q_SLOTS:
         QVERIFY(text.contains("\n\n")); // the empty line behind the kept text
     }
 
-    // Two processes write across several rotations: each rotation keeps a tail of the whole
-    // stream, so every writer's lines in the file run on without a gap up to its last one.
+    // Two processes write across several rotations. Each rotation keeps a tail of the whole
+    // stream, so a writer's lines in the file run on without a gap up to its last one; the
+    // lines of a writer that finished early may all be gone.
     void writersInTwoProcessesLoseNoLineToARotation()
     {
         constexpr int kLines = 3000;
@@ -130,9 +131,10 @@ private Q_SLOTS:
             const QList<QByteArray> words = line.mid(25).split(' ');
             if (words.size() == 3) seen[words[0]] << words[1].toInt();
         }
+        QVERIFY(!seen.isEmpty());
         for (const char* writer : {"child", "parent"}) {
             const QList<int> numbers = seen.value(writer);
-            QVERIFY2(!numbers.isEmpty(), writer);
+            if (numbers.isEmpty()) continue;
             QCOMPARE(numbers.last(), kLines - 1);
             for (qsizetype k = 1; k < numbers.size(); ++k)
                 QCOMPARE(numbers[k], numbers[k - 1] + 1);

@@ -1,10 +1,11 @@
 #include "Log.h"
 
+#include "platform/FileLock.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QLockFile>
 #include <QMutex>
 #include <QStandardPaths>
 #include <QTextStream>
@@ -49,8 +50,9 @@ void writeLogLine(const QString& line)
     const QString path = logFilePath();
     // Both executables append to this file: a rotation in one must not drop the lines that
     // the other appends meanwhile. Without the lock the line is still appended, unrotated.
-    QLockFile crossProcess(path + QStringLiteral(".lock"));
-    if (crossProcess.tryLock(kLogLockWaitMs)) rotateLogFile(path);
+    const platform::FileLock crossProcess(
+        QFile::encodeName(path + QStringLiteral(".lock")).toStdString(), kLogLockWaitMs);
+    if (crossProcess.locked()) rotateLogFile(path);
     QFile file(path);
     if (!file.open(QIODevice::Append | QIODevice::Text)) return;
     QTextStream out(&file);

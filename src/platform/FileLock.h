@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+namespace zelmor::platform {
+
+// An exclusive lock that every process taking it on the same path respects, held from
+// construction to destruction. A holder that never lets go is waited for at most
+// `waitMs`; locked() then says false.
+class FileLock
+{
+public:
+    FileLock(const std::string& path, int waitMs);
+    ~FileLock();
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+    bool locked() const { return m_locked; }
+
+private:
+    int m_fd = -1;
+    bool m_locked = false;
+};
+
+} // namespace zelmor::platform

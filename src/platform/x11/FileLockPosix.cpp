@@ -1,0 +1,32 @@
+// Advisory file locks with flock() (Windows: LockFileEx on the same file).
+
+#include "../FileLock.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace zelmor::platform {
+
+FileLock::FileLock(const std::string& path, int waitMs)
+{
+    m_fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (m_fd < 0) return;
+    // Polled rather than blocking, so that a stopped holder cannot hang the caller.
+    for (int waited = 0;; ++waited) {
+        if (flock(m_fd, LOCK_EX | LOCK_NB) == 0) {
+            m_locked = true;
+            return;
+        }
+        if ((errno != EWOULDBLOCK && errno != EINTR) || waited >= waitMs) return;
+        usleep(1000);
+    }
+}
+
+FileLock::~FileLock()
+{
+    if (m_fd >= 0) close(m_fd); // releases the lock
+}
+
+} // namespace zelmor::platform

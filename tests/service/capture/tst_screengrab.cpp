@@ -70,7 +70,8 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowExposed(m_probe.get()));
         QTRY_VERIFY(findTitled(listTopLevelWindows(), m_probe->windowTitle()));
         m_client = QRect(m_probe->mapToGlobal(QPoint(0, 0)), m_probe->size());
-        QTest::qWait(100); // let the window manager finish drawing its frame
+        QTRY_VERIFY(allPixels(grabRegion(m_client).toImage(), QRect(QPoint(), m_client.size()),
+                              kProbeColour));
     }
 
     void monitorsCarryQtsScreenNames()

@@ -41,6 +41,7 @@ private Q_SLOTS:
         m_fixture->add("label", 1, "Note label");
         m_fixture->add("edit", 1, "Note field");
         m_fixture->add("label", 100, "Row");
+        QTRY_VERIFY(m_fixture->handle() && m_fixture->shown("Tools fixture extras"));
         QTRY_COMPARE(callMcpTool("find_ui_elements", {{"name", "Row 100"}}).value("count"), 1);
     }
 

@@ -2,16 +2,24 @@
 #include "TestSupport.h"
 
 #include "core/ConfigManager.h"
+#include "core/CaptureResult.h"
 #include "core/Log.h"
+#include "core/Utilities.h"
 
 #include <QFile>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QImage>
+#include <QPixmap>
+#include <QRegularExpression>
 #include <QSignalSpy>
+#include <QtConcurrent>
 
 #include <memory>
 
-using zelmor::core::ConfigManager;
+using namespace zelmor::core;
 
-class TestConfigManager : public QObject
+class TestCore : public QObject
 {
     Q_OBJECT
 
@@ -35,6 +43,19 @@ class TestConfigManager : public QObject
     {
         QVERIFY(zelmor::test::writeFile(path, bytes));
     }
+
+    static QByteArray read(const QString& path) { return zelmor::test::readFile(path); }
+    // Lines of 64 bytes, numbered, so that where a cut falls can be checked.
+    static QByteArray numberedLines(qint64 size)
+    {
+        QByteArray text;
+        for (int i = 0; text.size() < size; ++i)
+            text += QByteArray::number(i).rightJustified(8, '0') + QByteArray(55, '.') + '\n';
+        text.truncate(size);
+        text[size - 1] = '\n'; // a log always ends with a whole line
+        return text;
+    }
+
 
 private Q_SLOTS:
     void init()
@@ -210,7 +231,171 @@ private Q_SLOTS:
         QCOMPARE(config.language(), QStringLiteral("en_US"));
         if (asDirectory) QVERIFY(logText().contains(QStringLiteral("using defaults")));
     }
+
+    void startupTraceCountsFromFirstCall()
+    {
+        startupTrace("first");
+        startupTrace("second");
+        const QString text = QString::fromUtf8(read(logFilePath()));
+        QVERIFY(text.contains(QStringLiteral("[startup] first t=0ms\n")));
+        QVERIFY(QRegularExpression(QStringLiteral("\\[startup\\] second t=\\d+ms\\n"))
+                    .match(text)
+                    .hasMatch());
+    }
+
+    void lineFormat()
+    {
+        writeLogLine(QStringLiteral("[tag] hello 中文"));
+        const QString text = QString::fromUtf8(read(logFilePath()));
+        QVERIFY2(
+            QRegularExpression(QStringLiteral("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} "
+                                              " \\[tag\\] hello 中文\\n$"))
+                .match(text)
+                .hasMatch(),
+            qPrintable(text));
+    }
+
+    void rotationThreshold_data()
+    {
+        QTest::addColumn<qint64>("size");
+        QTest::addColumn<bool>("rotated");
+        QTest::newRow("exactly 262144") << qint64(262144) << false;
+        QTest::newRow("262145") << qint64(262145) << true;
+    }
+    void rotationThreshold()
+    {
+        QFETCH(qint64, size);
+        QFETCH(bool, rotated);
+        const QString path = logFilePath();
+        const QByteArray original = numberedLines(size);
+        writeFile(path, original);
+        rotateLogFile(path);
+        const QByteArray after = read(path);
+        if (!rotated) {
+            QCOMPARE(after, original);
+            return;
+        }
+        // The newer half from its first whole line, plus one "\n": the file ends in an empty line.
+        QByteArray tail = original.right(kLogKeepTail);
+        tail.remove(0, tail.indexOf('\n') + 1);
+        QCOMPARE(after, tail + '\n');
+        QVERIFY(after.endsWith("\n\n"));
+        QVERIFY(after.size() <= kLogKeepTail + 1);
+    }
+
+    void rotationOfOneLongLineKeepsAllOfTheTail()
+    {
+        const QString path = logFilePath();
+        writeFile(path, QByteArray(kLogRotateAbove + 10, 'x'));
+        rotateLogFile(path);
+        QCOMPARE(read(path), QByteArray(kLogKeepTail, 'x') + '\n');
+    }
+
+    void writeRotatesBeforeAppending()
+    {
+        const QString path = logFilePath();
+        writeFile(path, numberedLines(kLogRotateAbove + 1));
+        writeLogLine(QStringLiteral("after rotation"));
+        const QByteArray text = read(path);
+        QVERIFY(text.size() < kLogKeepTail + 100);
+        QVERIFY(text.endsWith("  after rotation\n"));
+        QVERIFY(text.contains("\n\n")); // the empty line behind the kept text
+    }
+
+    void concurrentWritersLoseNoLine()
+    {
+        QtConcurrent::blockingMap(QList<int>{0, 1, 2, 3}, [](int worker) {
+            for (int i = 0; i < 50; ++i)
+                writeLogLine(QStringLiteral("w%1 line %2").arg(worker).arg(i));
+        });
+        const QList<QByteArray> lines = read(logFilePath()).split('\n');
+        QCOMPARE(lines.size(), 201); // 200 lines and the empty rest after the last "\n"
+        for (const QByteArray& line : lines.mid(0, 200))
+            QVERIFY(line.contains(" line "));
+    }
+
+    void unwritableFolderDropsTheLine()
+    {
+        // The data folder cannot be created below a regular file.
+        const QByteArray saved = qgetenv("XDG_DATA_HOME");
+        const QString blocker = zelmor::test::sandboxRoot().filePath(QStringLiteral("not-a-folder"));
+        writeFile(blocker, "x");
+        qputenv("XDG_DATA_HOME", blocker.toUtf8());
+        writeLogLine(QStringLiteral("nowhere to go"));
+        startupTrace("still fine");
+        qputenv("XDG_DATA_HOME", saved);
+        QCOMPARE(read(blocker), QByteArray("x"));
+    }
+
+    void dataFolderIsPrivate()
+    {
+        QDir(dataDirectory()).removeRecursively();
+        const QFileInfo info(dataDirectory());
+        QVERIFY(info.isDir());
+        QCOMPARE(info.permissions() & (QFile::ReadGroup | QFile::ReadOther | QFile::ExeOther),
+                 QFile::Permissions());
+    }
+
+    void fileSize_data()
+    {
+        QTest::addColumn<qint64>("bytes");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("negative") << qint64(-5) << "-5 bytes";
+        QTest::newRow("1023") << qint64(1023) << "1023 bytes";
+        QTest::newRow("1024") << qint64(1024) << "1.0 KB";
+        QTest::newRow("10199 rounds up but keeps a decimal") << qint64(10199) << "10.0 KB";
+        QTest::newRow("10240") << qint64(10240) << "10 KB";
+        QTest::newRow("just below 1 MB") << qint64(1048575) << "1024 KB";
+        QTest::newRow("1 MB") << qint64(1048576) << "1.0 MB";
+        QTest::newRow("1 GB") << qint64(1073741824) << "1.0 GB";
+        QTest::newRow("3 TB stays in GB") << qint64(3) * 1024 * 1073741824 << "3072 GB";
+    }
+    void fileSize()
+    {
+        QFETCH(qint64, bytes);
+        QFETCH(QString, text);
+        QCOMPARE(formatFileSize(bytes), text);
+    }
+
+    void tempFileStaysEmptyAndUnique()
+    {
+        const QString a = makeTempFilePath(QStringLiteral("png"));
+        const QString b = makeTempFilePath(QStringLiteral("png"));
+        QVERIFY(a != b);
+        for (const QString& path : {a, b}) {
+            QFileInfo info(path);
+            QVERIFY(info.exists());
+            QCOMPARE(info.size(), 0);
+            QVERIFY(info.fileName().startsWith(QStringLiteral("zelmor-")));
+            QCOMPARE(info.suffix(), QStringLiteral("png"));
+            QFile::remove(path);
+        }
+    }
+
+    void base64IsPngOfTheImage()
+    {
+        QImage image(3, 2, QImage::Format_ARGB32);
+        image.fill(QColor(10, 20, 30, 128));
+        const QByteArray png = QByteArray::fromBase64(imageToBase64(image));
+        QVERIFY(png.startsWith("\x89PNG"));
+        QCOMPARE(QImage::fromData(png, "PNG").convertToFormat(QImage::Format_ARGB32), image);
+        QVERIFY(imageToBase64(QImage()).isEmpty());
+    }
+
+    void captureKinds_data()
+    {
+        QTest::addColumn<QString>("type");
+        QTest::addColumn<int>("kind");
+        QTest::newRow("gif") << "gif" << int(Gif);
+        QTest::newRow("empty") << "" << int(Image);
+    }
+    void captureKinds()
+    {
+        QFETCH(QString, type);
+        QFETCH(int, kind);
+        QCOMPARE(int(captureKindFromText(type)), kind);
+    }
 };
 
-ZELMOR_TEST_MAIN(TestConfigManager, QCoreApplication)
-#include "tst_configmanager.moc"
+ZELMOR_TEST_MAIN(TestCore, QGuiApplication)
+#include "tst_core.moc"

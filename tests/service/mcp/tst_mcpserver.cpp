@@ -131,8 +131,6 @@ private slots:
         QTest::newRow("split over two reads")
             << QByteArrayList{one.left(10), one.mid(10)} << QList<int>{1};
         QTest::newRow("two in one read") << QByteArrayList{one + two} << QList<int>{1, 2};
-        QTest::newRow("second starts in first read")
-            << QByteArrayList{one + two.left(5), two.mid(5)} << QList<int>{1, 2};
         QTest::newRow("byte by byte") << bytes << QList<int>{1, 2};
         QTest::newRow("CRLF and blank lines")
             << QByteArrayList{"\n  \r\n" + one.chopped(1) + "\r\n\n"} << QList<int>{1};
@@ -226,8 +224,6 @@ private slots:
         QTest::newRow("unknown") << QByteArray(R"({"jsonrpc":"2.0","method":"x/y"})");
         QTest::newRow("ping without id") << QByteArray(R"({"jsonrpc":"2.0","method":"ping"})");
         QTest::newRow("client result") << QByteArray(R"({"jsonrpc":"2.0","id":5,"result":{}})");
-        QTest::newRow("client error")
-            << QByteArray(R"({"jsonrpc":"2.0","id":5,"error":{"code":-1,"message":"m"}})");
     }
     void notificationsUnanswered()
     {
@@ -245,8 +241,6 @@ private slots:
             QTest::newRow(v) << v << v;
         QTest::newRow("older than all") << "2024-10-07"
                                         << "2025-11-25";
-        QTest::newRow("future") << "2099-01-01"
-                                << "2025-11-25";
         QTest::newRow("empty") << ""
                                << "2025-11-25";
     }

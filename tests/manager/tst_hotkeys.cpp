@@ -30,6 +30,18 @@ int overlayCount()
     return count;
 }
 
+// The overlay's own keys are another suite's matter: here it only has to be gone, along with the
+// action manager's note that a region capture is open.
+void closeOverlays()
+{
+    QList<QPointer<QWidget>> open;
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (qobject_cast<zelmor::widget::CaptureOverlay*>(w)) open << w;
+    for (QWidget* w : open)
+        w->close();
+    QTRY_VERIFY(std::all_of(open.cbegin(), open.cend(), [](const auto& w) { return w.isNull(); }));
+}
+
 } // namespace
 
 class TestHotkeys : public QObject
@@ -146,8 +158,7 @@ private Q_SLOTS:
 
         QVERIFY(xdotoolKey(QStringLiteral("F6")));
         QTRY_COMPARE(overlayCount(), 1);
-        QVERIFY(xdotoolKey(QStringLiteral("Escape")));
-        QTRY_COMPARE(overlayCount(), 0);
+        closeOverlays();
 
         zelmor::core::ConfigManager::instance().setHotkey("region", QStringLiteral("F8"));
         QVERIFY(bindings.isBound(1));
@@ -156,8 +167,7 @@ private Q_SLOTS:
         QVERIFY(xdotoolKey(QStringLiteral("F8")));
         QTRY_COMPARE(overlayCount(), 1);
         QCOMPARE(pressed.count(), 1); // F8 alone, which came after F6
-        QVERIFY(xdotoolKey(QStringLiteral("Escape")));
-        QTRY_COMPARE(overlayCount(), 0);
+        closeOverlays();
 
         zelmor::core::ConfigManager::instance().setHotkey("region",
                                                           QString()); // cleared: not bound

@@ -56,6 +56,19 @@ struct Foreign
     }
 };
 
+// The program has shown its window and taken the focus, as it does once when it starts: a test
+// that acts before that late request would see its own request undone.
+WindowHandle focusedWindow(const QString& title)
+{
+    WindowHandle handle = 0;
+    const bool focused = QTest::qWaitFor(
+        [&] {
+            return (handle = windowTitled(title).handle) && foregroundWindow().handle == handle;
+        },
+        10000);
+    return focused ? handle : 0;
+}
+
 // Collects what the desktop would have opened.
 class UrlCatcher : public QObject
 {
@@ -177,19 +190,17 @@ private Q_SLOTS:
     void focusesBySubstringIgnoringCase()
     {
         const Foreign notepad("Untitled - Notepad", QRect(100, 100, 300, 120));
+        const WindowHandle target = focusedWindow("Untitled - Notepad");
+        QVERIFY(target);
         const Foreign other("Other window", QRect(500, 100, 300, 120));
-        WindowRecord target, second;
-        QTRY_VERIFY((target = windowTitled("Untitled - Notepad")).handle);
-        QTRY_VERIFY((second = windowTitled("Other window")).handle);
-        activateWindow(second.handle);
-        QTRY_COMPARE(foregroundWindow().handle, second.handle);
+        QVERIFY(focusedWindow("Other window"));
 
         QCOMPARE(callMcpTool("focus_window", {{"title", " note "}}),
-                 succeeded({{"matchedTitle", "Untitled - Notepad"}, {"hwnd", hex(target.handle)}}));
-        QTRY_COMPARE(foregroundWindow().handle, target.handle);
+                 succeeded({{"matchedTitle", "Untitled - Notepad"}, {"hwnd", hex(target)}}));
+        QTRY_COMPARE(foregroundWindow().handle, target);
         const McpToolResult active = callMcpTool("get_active_window_info", {});
         QCOMPARE(active.value("title"), "Untitled - Notepad");
-        QCOMPARE(active.value("hwnd"), hex(target.handle));
+        QCOMPARE(active.value("hwnd"), hex(target));
         QCOMPARE(active.value("process"), "zelmor-test-window");
         QCOMPARE(active.value("width").toInt(), foregroundWindow().frame.width);
     }
@@ -197,8 +208,8 @@ private Q_SLOTS:
     void windowActionsChangeTheWindow()
     {
         const Foreign other("Action target", QRect(200, 200, 300, 150));
-        WindowHandle handle = 0;
-        QTRY_VERIFY((handle = windowTitled("Action target").handle));
+        const WindowHandle handle = focusedWindow("Action target");
+        QVERIFY(handle);
         const auto state = [handle] {
             for (const WindowRecord& w : listTopLevelWindows())
                 if (w.handle == handle) return QString("%1%2").arg(w.minimized).arg(w.maximized);
@@ -228,8 +239,9 @@ private Q_SLOTS:
     void activatesSendsHotkeyAndPastes()
     {
         UiFixture fixture("Paste target", QRect(150, 150, 400, 400));
+        QTRY_VERIFY(fixture.handle() && foregroundWindow().handle == fixture.handle());
         const Foreign other("Paste bystander", QRect(600, 150, 300, 120));
-        QTRY_VERIFY(fixture.handle() && windowTitled("Paste bystander").handle);
+        QVERIFY(focusedWindow("Paste bystander"));
         const auto paste = [](const QString& text) {
             return callMcpTool("activate_window_and_paste",
                                {{"title", "paste TARGET"}, {"hotkey", "ctrl+a"}, {"text", text}});

@@ -44,7 +44,8 @@ void settle()
 struct Outcome
 {
     bool finished = false;
-    QString text; // the answer, or the failure's reason
+    QString text;                      // the answer, or the failure's reason
+    QList<QVariantList> executed = {}; // tool name, arguments and result of each tool call
 };
 
 // A tool-calling turn of the OpenAI dialect and the answers around it.
@@ -128,11 +129,12 @@ class TestAiApi : public QObject
         AiApiService service;
         QSignalSpy finished(&service, &AiApiService::chatFinished);
         QSignalSpy failed(&service, &AiApiService::chatFailed);
+        QSignalSpy executed(&service, &AiApiService::chatToolExecuted);
         service.chat(request);
-        if (!QTest::qWaitFor([&] { return finished.count() + failed.count() > 0; }, 10000))
+        if (!QTest::qWaitFor([&] { return finished.count() + failed.count() > 0; }, 60000))
             return {false, "no outcome"};
         const QSignalSpy& ended = finished.isEmpty() ? failed : finished;
-        return {!finished.isEmpty(), ended.at(0).at(0).toString()};
+        return {!finished.isEmpty(), ended.at(0).at(0).toString(), executed};
     }
 
     static ChatRequest toolRequest()
@@ -585,11 +587,7 @@ private Q_SLOTS:
     {
         useProvider("openai-compat", "");
         m_server.enqueue(200, textAnswer("done"));
-        AiApiService service;
-        QSignalSpy finished(&service, &AiApiService::chatFinished);
-        service.chat(toolRequest());
-        QTRY_COMPARE(finished.count(), 1);
-
+        QVERIFY(chat(toolRequest()).finished);
         const QJsonArray tools = m_server.requests()[0].json()["tools"].toArray();
         const auto& registry = zelmor::service::mcp::mcpTools();
         QCOMPARE(tools.size(), registry.size());
@@ -612,14 +610,11 @@ private Q_SLOTS:
             toolTurn({call("c1", "ping", R"({"n":1})"), call("c2", "no_such_tool", "")});
         m_server.enqueue(200, answer(turn));
         m_server.enqueue(200, textAnswer("all done"));
-        AiApiService service;
-        QSignalSpy finished(&service, &AiApiService::chatFinished);
-        QSignalSpy executed(&service, &AiApiService::chatToolExecuted);
-        service.chat(toolRequest());
-        QTRY_COMPARE(finished.count(), 1);
-        QCOMPARE(finished[0][0].toString(), "all done");
+        const Outcome outcome = chat(toolRequest());
+        QCOMPARE(outcome.text, "all done");
         QCOMPARE(m_server.requests().size(), 2);
 
+        const QList<QVariantList>& executed = outcome.executed;
         QCOMPARE(executed.count(), 2);
         QCOMPARE(executed[0][0].toString(), "ping");
         QCOMPARE(executed[0][1].toMap(), (QVariantMap{{"n", 1}}));
@@ -667,13 +662,9 @@ private Q_SLOTS:
         useProvider("openai", "");
         m_server.enqueue(200, answer(toolTurn({call("c", "ping", arguments)})));
         m_server.enqueue(200, textAnswer("ok"));
-        AiApiService service;
-        QSignalSpy finished(&service, &AiApiService::chatFinished);
-        QSignalSpy executed(&service, &AiApiService::chatToolExecuted);
-        service.chat(toolRequest());
-        QTRY_COMPARE(finished.count(), 1);
-        QCOMPARE(executed.count(), 1);
-        QCOMPARE(executed[0][1].toMap(), expected);
+        const Outcome outcome = chat(toolRequest());
+        QCOMPARE(outcome.executed.count(), 1);
+        QCOMPARE(outcome.executed[0][1].toMap(), expected);
     }
 
     void depthLimit()
@@ -682,17 +673,10 @@ private Q_SLOTS:
         const QByteArray again = answer(toolTurn({call("c", "ping", "{}")}));
         for (int i = 0; i < 102; ++i)
             m_server.enqueue(200, again);
-        AiApiService service;
-        QSignalSpy finished(&service, &AiApiService::chatFinished);
-        QSignalSpy failed(&service, &AiApiService::chatFailed);
-        QSignalSpy executed(&service, &AiApiService::chatToolExecuted);
-        service.chat(toolRequest());
-        QVERIFY(QTest::qWaitFor([&] { return !failed.isEmpty() || !finished.isEmpty(); }, 60000));
-
-        QCOMPARE(failed.count(), 1);
-        QCOMPARE(failed[0][0].toString(), "Max tool execution depth (100 steps) exceeded");
-        QCOMPARE(finished.count(), 0);
-        QCOMPARE(executed.count(), 101);
+        const Outcome outcome = chat(toolRequest());
+        QVERIFY(!outcome.finished);
+        QCOMPARE(outcome.text, "Max tool execution depth (100 steps) exceeded");
+        QCOMPARE(outcome.executed.count(), 101);
         QCOMPARE(m_server.requests().size(), 101);
         // system and user, then one assistant turn and one tool result per round
         QCOMPARE(m_server.requests().last().json()["messages"].toArray().size(), 2 + 2 * 100);
@@ -727,13 +711,9 @@ private Q_SLOTS:
         useProvider(protocol, "");
         m_server.enqueue(200, reply);
         m_server.enqueue(200, textAnswer("second"));
-        AiApiService service;
-        QSignalSpy finished(&service, &AiApiService::chatFinished);
-        QSignalSpy executed(&service, &AiApiService::chatToolExecuted);
-        service.chat(toolRequest());
-        QTRY_COMPARE(finished.count(), 1);
-        QCOMPARE(finished[0][0].toString(), text);
-        QCOMPARE(executed.count(), 0);
+        const Outcome outcome = chat(toolRequest());
+        QCOMPARE(outcome.text, text);
+        QCOMPARE(outcome.executed.count(), 0);
         QCOMPARE(m_server.requests().size(), 1);
     }
 

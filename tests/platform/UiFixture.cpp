@@ -36,12 +36,14 @@ void report(const QString& line)
 
 // Until a window is exposed, the window manager's placement (the frame it adds around the
 // window) may not have reached this program, and the rectangles it answers would be off.
-void announceWhenShown(QWidget* window)
+// A focus request is sent then too, not deferred by Qt to a moment nobody waits for.
+void announceWhenShown(QWidget* window, bool activate)
 {
     auto* poll = new QTimer(window);
-    QObject::connect(poll, &QTimer::timeout, window, [window, poll] {
+    QObject::connect(poll, &QTimer::timeout, window, [window, poll, activate] {
         if (!window->windowHandle() || !window->windowHandle()->isExposed()) return;
         poll->deleteLater();
+        if (activate) window->activateWindow();
         report(QStringLiteral("shown ") + window->windowTitle());
     });
     poll->start(10);
@@ -155,7 +157,7 @@ int main(int argc, char** argv)
             extras->setWindowTitle(window.windowTitle() + QStringLiteral(" extras"));
             extrasLayout = new QGridLayout(extras.get());
             extras->move(window.geometry().right() + 20, window.geometry().top());
-            announceWhenShown(extras.get());
+            announceWhenShown(extras.get(), false);
         }
         for (int i = 1; i <= count; ++i)
             addOne(kind, count > 1 ? QStringLiteral("%1 %2").arg(name).arg(i) : name);
@@ -202,8 +204,7 @@ int main(int argc, char** argv)
 
     if (argc > 5) window.setGeometry(atoi(argv[2]), atoi(argv[3]), atoi(argv[4]), atoi(argv[5]));
     window.show();
-    announceWhenShown(&window);
-    window.activateWindow();
+    announceWhenShown(&window, true);
     edit->setFocus();
     return app.exec();
 }

@@ -141,15 +141,6 @@ private Q_SLOTS:
         if (!reported.isEmpty()) QTRY_VERIFY(m_fixture->saw(reported));
     }
 
-    void elementAtPointIsTheInnermost()
-    {
-        const QRect save = m_fixture->where(QStringLiteral("Save"));
-        const UiElement at = uiElementAt({save.center().x(), save.center().y()});
-        QCOMPARE(at.name(), std::optional<std::string>("Save"));
-        QVERIFY(at == findByName(QStringLiteral("Save")));
-        QVERIFY(uiElementAt({5, 1075}).isNull()); // no window there
-    }
-
     void nullElementAnswersNothing()
     {
         const UiElement none;

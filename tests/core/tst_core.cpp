@@ -1,8 +1,8 @@
 #include "TestMain.h"
 #include "TestSupport.h"
 
-#include "core/ConfigManager.h"
 #include "core/CaptureResult.h"
+#include "core/ConfigManager.h"
 #include "core/Log.h"
 #include "core/Utilities.h"
 
@@ -55,7 +55,6 @@ class TestCore : public QObject
         text[size - 1] = '\n'; // a log always ends with a whole line
         return text;
     }
-
 
 private Q_SLOTS:
     void init()
@@ -318,7 +317,8 @@ private Q_SLOTS:
     {
         // The data folder cannot be created below a regular file.
         const QByteArray saved = qgetenv("XDG_DATA_HOME");
-        const QString blocker = zelmor::test::sandboxRoot().filePath(QStringLiteral("not-a-folder"));
+        const QString blocker =
+            zelmor::test::sandboxRoot().filePath(QStringLiteral("not-a-folder"));
         writeFile(blocker, "x");
         qputenv("XDG_DATA_HOME", blocker.toUtf8());
         writeLogLine(QStringLiteral("nowhere to go"));

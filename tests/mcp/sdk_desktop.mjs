@@ -6,6 +6,7 @@ import { Client } from "@modelcontextprotocol/sdk/client/index.js";
 import { StdioClientTransport } from "@modelcontextprotocol/sdk/client/stdio.js";
 import assert from "node:assert/strict";
 import { spawn } from "node:child_process";
+import { once } from "node:events";
 import { mkdtempSync, rmSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
@@ -92,7 +93,10 @@ try {
   console.log(`not ok - typed into another program and read back\n${error.stack}`);
 } finally {
   await client.close();
+  // No window of this suite may outlive it into the next one on the display.
+  const exited = once(fixture, "exit");
   fixture.kill();
+  await exited;
   rmSync(home, { recursive: true, force: true });
 }
 process.exit(failed ? 1 : 0);

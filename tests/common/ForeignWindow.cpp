@@ -1,8 +1,13 @@
 // Another application for the tests: one titled window that holds the focus until killed.
+// It prints "shown" once the window is on screen and its request for the focus has been sent.
 //   zelmor-test-window TITLE [X Y WIDTH HEIGHT]
 
 #include <QApplication>
 #include <QLineEdit>
+#include <QTimer>
+#include <QWindow>
+
+#include <iostream>
 
 int main(int argc, char** argv)
 {
@@ -12,6 +17,15 @@ int main(int argc, char** argv)
                                    : QStringLiteral("Foreign window"));
     if (argc > 5) window.setGeometry(atoi(argv[2]), atoi(argv[3]), atoi(argv[4]), atoi(argv[5]));
     window.show();
-    window.activateWindow();
+    // Asked for only once the window is mapped: a request deferred until then would reach the
+    // window manager at a moment nobody waits for, and undo what a test has asked of it since.
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        if (!window.windowHandle() || !window.windowHandle()->isExposed()) return;
+        poll.stop();
+        window.activateWindow();
+        std::cout << "shown" << std::endl;
+    });
+    poll.start(10);
     return app.exec();
 }

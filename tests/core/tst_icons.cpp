@@ -3,55 +3,15 @@
 #include "core/Resources.h"
 
 #include <QDirIterator>
-#include <QFile>
 #include <QImage>
 #include <QPainter>
 #include <QSvgRenderer>
-
-namespace {
-
-const QStringList kIcons = {
-    QStringLiteral("overlay/copy"),      QStringLiteral("overlay/pin"),
-    QStringLiteral("overlay/save"),      QStringLiteral("overlay/ocr"),
-    QStringLiteral("overlay/translate"), QStringLiteral("overlay/ai_annotate"),
-    QStringLiteral("overlay/reselect"),  QStringLiteral("overlay/cancel"),
-    QStringLiteral("overlay/start"),     QStringLiteral("annotate/undo"),
-    QStringLiteral("annotate/redo"),     QStringLiteral("annotate/select"),
-    QStringLiteral("annotate/rect"),     QStringLiteral("annotate/ellipse"),
-    QStringLiteral("annotate/arrow"),    QStringLiteral("annotate/line"),
-    QStringLiteral("annotate/brush"),    QStringLiteral("annotate/highlight"),
-    QStringLiteral("annotate/mosaic"),   QStringLiteral("annotate/blur"),
-    QStringLiteral("annotate/text"),     QStringLiteral("annotate/counter"),
-    QStringLiteral("annotate/stamp"),
-};
-
-QString resourcePath(const QString& name)
-{
-    return QStringLiteral(":/icons/") + name + QStringLiteral(".svg");
-}
-
-} // namespace
 
 class TestIcons : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase() { zelmor::core::initResources(); }
-
-    void resourceTreeHoldsExactlyTheIcons()
-    {
-        QStringList found;
-        QDirIterator it(QStringLiteral(":/icons"), QDir::Files, QDirIterator::Subdirectories);
-        while (it.hasNext())
-            found << it.next();
-        QStringList expected;
-        for (const QString& name : kIcons)
-            expected << resourcePath(name);
-        expected << QStringLiteral(":/icons/tray.png");
-        found.sort();
-        expected.sort();
-        QCOMPARE(found, expected);
-    }
 
     void trayIconIsOpaqueInTheMiddle()
     {
@@ -60,16 +20,19 @@ private Q_SLOTS:
         QCOMPARE(qAlpha(tray.pixel(tray.width() / 2, tray.height() / 2)), 255);
     }
 
-    void rendersAtToolbarSize_data()
+    void svgRendersAtToolbarSize_data()
     {
         QTest::addColumn<QString>("path");
-        for (const QString& name : kIcons)
-            QTest::newRow(qPrintable(name)) << resourcePath(name);
+        QDirIterator it(QStringLiteral(":/icons"), {QStringLiteral("*.svg")}, QDir::Files,
+                        QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            const QString path = it.next();
+            QTest::newRow(qPrintable(path)) << path;
+        }
     }
-    void rendersAtToolbarSize()
+    void svgRendersAtToolbarSize()
     {
         QFETCH(QString, path);
-        QVERIFY(QFile::exists(path));
         QSvgRenderer renderer(path);
         QVERIFY(renderer.isValid());
         QCOMPARE(renderer.viewBoxF(), QRectF(0, 0, 24, 24));

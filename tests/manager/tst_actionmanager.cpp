@@ -52,6 +52,16 @@ zelmor::widget::CaptureOverlay* shownOverlay()
     return nullptr;
 }
 
+// The marker's middle as the screen shows it: framed, painted and not covered.
+bool markerOnScreen(const QWidget& marker)
+{
+    const QPoint at = marker.mapToGlobal(marker.rect().center());
+    return QGuiApplication::primaryScreen()
+               ->grabWindow(0, at.x(), at.y(), 1, 1)
+               .toImage()
+               .pixelColor(0, 0) == kMarker;
+}
+
 int overlayCount()
 {
     int count = 0;
@@ -90,7 +100,7 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowExposed(m_marker.get()));
         m_marker->activateWindow();
         QTRY_COMPARE(zelmor::service::capture::foregroundWindow().title, m_marker->windowTitle());
-        QTest::qWait(100);
+        QTRY_VERIFY(markerOnScreen(*m_marker));
     }
 
     void fullscreenCopiesSavesRecordsAndTells()
@@ -170,7 +180,7 @@ private Q_SLOTS:
         QCOMPARE(toastBody(), QStringLiteral("Could not detect foreground window."));
         m_marker->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_marker.get()));
-        QTest::qWait(200); // painted and framed again before the next grab
+        QTRY_VERIFY(markerOnScreen(*m_marker)); // before the next grab
     }
 
     void keysReachTheRegionOverlayAtOnce()
@@ -186,7 +196,7 @@ private Q_SLOTS:
 
     void regionDragAndReturnCopyTheScreenPixels()
     {
-        QTest::qWait(300); // the previous overlay has left the screen
+        QTRY_VERIFY(markerOnScreen(*m_marker)); // the previous overlay has left the screen
         const QImage screen = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
         const int rowsBefore = historyCount();
         const int filesBefore = QDir(m_outputDir).entryList(QDir::Files).size();

@@ -5,7 +5,8 @@
 import { Client } from "@modelcontextprotocol/sdk/client/index.js";
 import { StdioClientTransport } from "@modelcontextprotocol/sdk/client/stdio.js";
 import assert from "node:assert/strict";
-import { spawn } from "node:child_process";
+import { execFileSync, spawn } from "node:child_process";
+import { once } from "node:events";
 import { mkdtempSync, rmSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
@@ -87,12 +88,28 @@ try {
   });
   assert.equal(echo.controlType, "Text");
   console.log("ok - typed into another program and read back through its UI elements");
+
+  // The next program on the display may be given the same window ids; until the window manager
+  // has let go of the fixture's windows, it takes the newcomer's windows for them.
+  const ours = (await call("list_windows")).windows
+    .filter((w) => w.title.startsWith(title)).map((w) => parseInt(w.hwnd, 16));
+  const exited = once(fixture, "exit");
+  fixture.kill();
+  await exited;
+  const managed = () => (execFileSync("xprop", ["-root", "_NET_CLIENT_LIST"]).toString()
+    .match(/0x[0-9a-f]+/g) ?? []).map((id) => parseInt(id, 16));
+  await until("the window manager to let go of the fixture",
+    async () => !managed().some((id) => ours.includes(id)));
 } catch (error) {
   failed = true;
   console.log(`not ok - typed into another program and read back\n${error.stack}`);
 } finally {
   await client.close();
-  fixture.kill();
+  if (fixture.exitCode === null && fixture.signalCode === null) {
+    const exited = once(fixture, "exit");
+    fixture.kill();
+    await exited;
+  }
   rmSync(home, { recursive: true, force: true });
 }
 process.exit(failed ? 1 : 0);

@@ -5,6 +5,7 @@
 //                          "NAME 1" to "NAME COUNT" when COUNT > 1. KIND: label, edit, button,
 //                          hidden (a button never shown), echo (a label showing NAME and then
 //                          the first window's text)
+// Each window, once on screen, is announced as "shown TITLE".
 //   zelmor-ui-fixture TITLE X Y WIDTH HEIGHT
 
 #include <QApplication>
@@ -17,7 +18,9 @@
 #include <QSlider>
 #include <QSocketNotifier>
 #include <QSpinBox>
+#include <QTimer>
 #include <QVBoxLayout>
+#include <QWindow>
 
 #include <iostream>
 #include <memory>
@@ -29,6 +32,21 @@ namespace {
 void report(const QString& line)
 {
     std::cout << line.toStdString() << std::endl;
+}
+
+// Until a window is exposed, the window manager's placement (the frame it adds around the
+// window) may not have reached this program, and the rectangles it answers would be off.
+// A focus request is sent then too, not deferred by Qt to a moment nobody waits for.
+void announceWhenShown(QWidget* window, bool activate)
+{
+    auto* poll = new QTimer(window);
+    QObject::connect(poll, &QTimer::timeout, window, [window, poll, activate] {
+        if (!window->windowHandle() || !window->windowHandle()->isExposed()) return;
+        poll->deleteLater();
+        if (activate) window->activateWindow();
+        report(QStringLiteral("shown ") + window->windowTitle());
+    });
+    poll->start(10);
 }
 
 class Pad : public QWidget
@@ -139,6 +157,7 @@ int main(int argc, char** argv)
             extras->setWindowTitle(window.windowTitle() + QStringLiteral(" extras"));
             extrasLayout = new QGridLayout(extras.get());
             extras->move(window.geometry().right() + 20, window.geometry().top());
+            announceWhenShown(extras.get(), false);
         }
         for (int i = 1; i <= count; ++i)
             addOne(kind, count > 1 ? QStringLiteral("%1 %2").arg(name).arg(i) : name);
@@ -185,7 +204,7 @@ int main(int argc, char** argv)
 
     if (argc > 5) window.setGeometry(atoi(argv[2]), atoi(argv[3]), atoi(argv[4]), atoi(argv[5]));
     window.show();
-    window.activateWindow();
+    announceWhenShown(&window, true);
     edit->setFocus();
     return app.exec();
 }

@@ -33,9 +33,10 @@ public:
     const QString& title() const { return m_title; }
     QProcess& process() { return m_process; }
 
-    // The fixture's window once it is listed, else 0.
-    platform::WindowHandle handle() const
+    // The fixture's window once it is on screen and listed, else 0.
+    platform::WindowHandle handle()
     {
+        if (!shown(m_title)) return 0;
         for (const platform::WindowRecord& w : platform::listTopLevelWindows())
             if (QString::fromStdString(w.title) == m_title && w.visible) return w.handle;
         return 0;
@@ -43,10 +44,17 @@ public:
 
     const QStringList& lines()
     {
-        while (m_process.canReadLine())
-            m_lines << QString::fromUtf8(m_process.readLine()).chopped(1);
+        while (m_process.canReadLine()) {
+            const QString line = QString::fromUtf8(m_process.readLine()).chopped(1);
+            if (line.startsWith(QLatin1String("shown ")))
+                m_shown << line.mid(6);
+            else
+                m_lines << line;
+        }
         return m_lines;
     }
+    // The window of that title is on screen, with the window manager's placement known to it.
+    bool shown(const QString& title) { return lines(), m_shown.contains(title); }
     bool saw(const QString& line) { return lines().contains(line); }
     void forget() { lines(), m_lines.clear(); }
     QString lastText()
@@ -84,6 +92,7 @@ private:
     QString m_title;
     QProcess m_process;
     QStringList m_lines;
+    QStringList m_shown;
 };
 
 } // namespace zelmor::test

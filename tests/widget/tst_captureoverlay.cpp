@@ -210,11 +210,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("key");
         QTest::addColumn<int>("tool");
-        QTest::newRow("r") << "r" << 1;
         QTest::newRow("E") << "E" << 2;
-        QTest::newRow("a") << "a" << 3;
         QTest::newRow("m") << "m" << 7;
-        QTest::newRow("t") << "t" << 9;
         QTest::newRow("c picks the counter with a selection") << "c" << 10;
         QTest::newRow("s") << "s" << 11;
     }

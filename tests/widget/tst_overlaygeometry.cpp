@@ -135,15 +135,6 @@ private Q_SLOTS:
         QCOMPARE(sizeLabelRect(QRect(50, 100, 200, 100)), QRect(50, 76, 84, 20));
         QCOMPARE(sizeLabelRect(QRect(50, 10, 200, 100)), QRect(50, 113, 84, 20));
     }
-
-    void colourTexts()
-    {
-        QImage image(2, 1, QImage::Format_RGB32);
-        image.setPixel(0, 0, qRgb(10, 171, 255));
-        QCOMPARE(colourText(image, QPoint(0, 0), true), QStringLiteral("#0AABFF"));
-        QCOMPARE(colourText(image, QPoint(0, 0), false), QStringLiteral("rgb(10, 171, 255)"));
-        QVERIFY(colourText(image, QPoint(2, 0), true).isEmpty());
-    }
 };
 
 ZELMOR_TEST_MAIN(TestOverlayGeometry, QCoreApplication)

@@ -6,8 +6,10 @@
 #include "service/ai/AiApiService.h"
 #include "service/ai/AiDialect.h"
 #include "service/ai/AiProviderService.h"
+#include "service/ai/AiWorkflow.h"
+#include "service/ai/AnnotationBox.h"
+#include "service/mcp/McpTool.h"
 
-#include <QGuiApplication>
 #include <QImage>
 #include <QJsonArray>
 #include <QPixmap>
@@ -32,11 +34,70 @@ QImage sampleImage()
     return image;
 }
 
+// Delivers whatever is queued, so a signal that should not come would have come by now.
+void settle()
+{
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+}
+
 struct Outcome
 {
     bool finished = false;
-    QString text; // the answer, or the failure's reason
+    QString text;                      // the answer, or the failure's reason
+    QList<QVariantList> executed = {}; // tool name, arguments and result of each tool call
 };
+
+// A tool-calling turn of the OpenAI dialect and the answers around it.
+QJsonObject call(const QString& id, const QString& name, const QJsonValue& arguments)
+{
+    return {{"id", id},
+            {"type", "function"},
+            {"function", QJsonObject{{"name", name}, {"arguments", arguments}}}};
+}
+
+QJsonObject toolTurn(const QJsonArray& calls)
+{
+    return {{"role", "assistant"}, {"content", QJsonValue::Null}, {"tool_calls", calls}};
+}
+
+QByteArray answer(const QJsonObject& message)
+{
+    const QJsonObject choice{{"index", 0}, {"message", message}};
+    return QJsonDocument(QJsonObject{{"choices", QJsonArray{choice}}}).toJson();
+}
+
+QString compact(const QVariantMap& result)
+{
+    return QJsonDocument(QJsonObject::fromVariantMap(result)).toJson(QJsonDocument::Compact);
+}
+
+QByteArray textAnswer(const QString& text)
+{
+    return answer({{"role", "assistant"}, {"content", text}});
+}
+
+// The picture the request carried, decoded from its data URL.
+QImage sentImage(const QJsonObject& body)
+{
+    const QJsonArray content = body.value(QStringLiteral("messages"))
+                                   .toArray()
+                                   .last()
+                                   .toObject()
+                                   .value(QStringLiteral("content"))
+                                   .toArray();
+    for (const QJsonValue& part : content) {
+        const QString url = part.toObject()
+                                .value(QStringLiteral("image_url"))
+                                .toObject()
+                                .value(QStringLiteral("url"))
+                                .toString();
+        if (!url.isEmpty())
+            return QImage::fromData(
+                QByteArray::fromBase64(url.section(QLatin1Char(','), 1).toLatin1()));
+    }
+    return {};
+}
 
 } // namespace
 
@@ -68,11 +129,20 @@ class TestAiApi : public QObject
         AiApiService service;
         QSignalSpy finished(&service, &AiApiService::chatFinished);
         QSignalSpy failed(&service, &AiApiService::chatFailed);
+        QSignalSpy executed(&service, &AiApiService::chatToolExecuted);
         service.chat(request);
-        if (!QTest::qWaitFor([&] { return finished.count() + failed.count() > 0; }, 10000))
+        if (!QTest::qWaitFor([&] { return finished.count() + failed.count() > 0; }, 60000))
             return {false, "no outcome"};
         const QSignalSpy& ended = finished.isEmpty() ? failed : finished;
-        return {!finished.isEmpty(), ended.at(0).at(0).toString()};
+        return {!finished.isEmpty(), ended.at(0).at(0).toString(), executed};
+    }
+
+    static ChatRequest toolRequest()
+    {
+        ChatRequest request;
+        request.text = "go";
+        request.enableTools = true;
+        return request;
     }
 
 private Q_SLOTS:
@@ -102,15 +172,9 @@ private Q_SLOTS:
         QTest::newRow("anthropic, host only") << "anthropic"
                                               << "https://api.anthropic.com"
                                               << "https://api.anthropic.com/v1/messages";
-        QTest::newRow("anthropic, /v1") << "anthropic"
-                                        << "https://a.example/v1"
-                                        << "https://a.example/v1/messages";
         QTest::newRow("anthropic, ends in /v1/messages") << "anthropic"
                                                          << "https://a.example/v1/messages"
                                                          << "https://a.example/v1/messages";
-        QTest::newRow("ollama, local port") << "ollama"
-                                            << "http://localhost:11434"
-                                            << "http://localhost:11434/api/chat";
         QTest::newRow("ollama, ends in /api/chat") << "ollama"
                                                    << "http://localhost:11434/api/chat"
                                                    << "http://localhost:11434/api/chat";
@@ -324,11 +388,7 @@ private Q_SLOTS:
             << json << "g";
         QTest::newRow("no known shape")
             << QByteArray(R"({"result":"r"})") << json << R"({"result":"r"})";
-        QTest::newRow("json array") << QByteArray("[1,2]") << json << "[1,2]";
         QTest::newRow("plain text") << QByteArray("Grüße") << QByteArray("text/plain") << "Grüße";
-        QTest::newRow("html page")
-            << QByteArray("<html><body>maintenance</body></html>") << QByteArray("text/html")
-            << "<html><body>maintenance</body></html>";
         QTest::newRow("empty body") << QByteArray() << json << "";
     }
 
@@ -430,7 +490,7 @@ private Q_SLOTS:
         QCOMPARE(failed.count(), 1);
         QCOMPARE(failed[0][0].toString(), "AI Base URL is not configured. Please open Zelmor "
                                           "Settings -> AI to set API Base URL & Key.");
-        QTest::qWait(50);
+        settle();
         QVERIFY(m_server.requests().isEmpty());
     }
 
@@ -449,7 +509,7 @@ private Q_SLOTS:
         service.cancel();
         QTRY_COMPARE(failed.count(), 1);
         service.cancel();
-        QTest::qWait(50);
+        settle();
         QCOMPARE(failed.count(), 1);
         QCOMPARE(finished.count(), 0);
     }
@@ -504,7 +564,7 @@ private Q_SLOTS:
             QJsonDocument::fromJson(
                 R"({"model":"tiny","max_tokens":1,"messages":[{"role":"user","content":"hi"}]})")
                 .object());
-        QTest::qWait(50);
+        settle();
         QCOMPARE(answers.size(), 1);
     }
 
@@ -519,10 +579,304 @@ private Q_SLOTS:
         service->testConnection(p, [&](bool, const QString&) { ++answers; });
         QTRY_COMPARE(m_server.requests().size(), 1);
         service.reset();
-        QTest::qWait(50);
+        settle();
         QCOMPARE(answers, 0);
+    }
+
+    void toolListFollowsTheRegistry()
+    {
+        useProvider("openai-compat", "");
+        m_server.enqueue(200, textAnswer("done"));
+        QVERIFY(chat(toolRequest()).finished);
+        const QJsonArray tools = m_server.requests()[0].json()["tools"].toArray();
+        const auto& registry = zelmor::service::mcp::mcpTools();
+        QCOMPARE(tools.size(), registry.size());
+        for (qsizetype i = 0; i < registry.size(); ++i) {
+            const QJsonObject entry = tools[i].toObject();
+            QCOMPARE(entry["type"].toString(), "function");
+            const QJsonObject function = entry["function"].toObject();
+            QCOMPARE(function["name"].toString(), registry[i].name);
+            QCOMPARE(function["description"].toString(), registry[i].description);
+            QCOMPARE(function.contains("parameters"), registry[i].schema != nullptr);
+            if (registry[i].schema)
+                QCOMPARE(function["parameters"].toObject(), registry[i].schema());
+        }
+    }
+
+    void twoCallsInOneAnswer()
+    {
+        useProvider("openai", "");
+        const QJsonObject turn =
+            toolTurn({call("c1", "ping", R"({"n":1})"), call("c2", "no_such_tool", "")});
+        m_server.enqueue(200, answer(turn));
+        m_server.enqueue(200, textAnswer("all done"));
+        const Outcome outcome = chat(toolRequest());
+        QCOMPARE(outcome.text, "all done");
+        QCOMPARE(m_server.requests().size(), 2);
+
+        const QList<QVariantList>& executed = outcome.executed;
+        QCOMPARE(executed.count(), 2);
+        QCOMPARE(executed[0][0].toString(), "ping");
+        QCOMPARE(executed[0][1].toMap(), (QVariantMap{{"n", 1}}));
+        QCOMPARE(executed[0][2].toMap()["pong"], true);
+        QCOMPARE(executed[1][0].toString(), "no_such_tool");
+        QCOMPARE(executed[1][1].toMap(), QVariantMap());
+        QCOMPARE(executed[1][2].toMap(),
+                 (QVariantMap{{"isError", true}, {"text", "unknown tool: no_such_tool"}}));
+
+        const QJsonObject first = m_server.requests()[0].json();
+        const QJsonObject second = m_server.requests()[1].json();
+        QJsonArray expected = first["messages"].toArray();
+        expected.append(turn);
+        expected.append(
+            QJsonObject{{"role", "tool"},
+                        {"tool_call_id", "c1"},
+                        {"content", compact(zelmor::service::mcp::callMcpTool("ping", {}))}});
+        expected.append(
+            QJsonObject{{"role", "tool"},
+                        {"tool_call_id", "c2"},
+                        {"content", R"({"isError":true,"text":"unknown tool: no_such_tool"})"}});
+        QCOMPARE(second["messages"].toArray(), expected);
+        QJsonObject rest = second;
+        rest.insert("messages", first["messages"]);
+        QCOMPARE(rest, first); // tools, model and max_tokens travel on unchanged
+    }
+
+    void arguments_data()
+    {
+        QTest::addColumn<QJsonValue>("arguments");
+        QTest::addColumn<QVariantMap>("expected");
+        QTest::newRow("empty string") << QJsonValue("") << QVariantMap();
+        QTest::newRow("bad json") << QJsonValue("{\"n\":") << QVariantMap();
+        QTest::newRow("json array") << QJsonValue("[1]") << QVariantMap();
+        QTest::newRow("nested") << QJsonValue(R"({"a":{"b":"c"}})")
+                                << QVariantMap{{"a", QVariantMap{{"b", "c"}}}};
+        QTest::newRow("object itself")
+            << QJsonValue(QJsonObject{{"n", 2}}) << QVariantMap{{"n", 2}};
+    }
+
+    void arguments()
+    {
+        QFETCH(QJsonValue, arguments);
+        QFETCH(QVariantMap, expected);
+        useProvider("openai", "");
+        m_server.enqueue(200, answer(toolTurn({call("c", "ping", arguments)})));
+        m_server.enqueue(200, textAnswer("ok"));
+        const Outcome outcome = chat(toolRequest());
+        QCOMPARE(outcome.executed.count(), 1);
+        QCOMPARE(outcome.executed[0][1].toMap(), expected);
+    }
+
+    void depthLimit()
+    {
+        useProvider("openai", "");
+        const QByteArray again = answer(toolTurn({call("c", "ping", "{}")}));
+        for (int i = 0; i < 102; ++i)
+            m_server.enqueue(200, again);
+        const Outcome outcome = chat(toolRequest());
+        QVERIFY(!outcome.finished);
+        QCOMPARE(outcome.text, "Max tool execution depth (100 steps) exceeded");
+        QCOMPARE(outcome.executed.count(), 101);
+        QCOMPARE(m_server.requests().size(), 101);
+        // system and user, then one assistant turn and one tool result per round
+        QCOMPARE(m_server.requests().last().json()["messages"].toArray().size(), 2 + 2 * 100);
+    }
+
+    void noLoop_data()
+    {
+        QTest::addColumn<QString>("protocol");
+        QTest::addColumn<QByteArray>("reply");
+        QTest::addColumn<QString>("text");
+
+        const QByteArray asking = answer({{"role", "assistant"},
+                                          {"content", "t"},
+                                          {"tool_calls", QJsonArray{call("c", "ping", "{}")}}});
+        QTest::newRow("empty tool_calls")
+            << "openai"
+            << answer({{"role", "assistant"}, {"content", "t"}, {"tool_calls", QJsonArray()}})
+            << "t";
+        QTest::newRow("null tool_calls")
+            << "openai"
+            << answer({{"role", "assistant"}, {"content", "t"}, {"tool_calls", QJsonValue::Null}})
+            << "t";
+        QTest::newRow("anthropic") << "anthropic" << asking << "t";
+        QTest::newRow("ollama") << "ollama" << asking << "t";
+    }
+
+    void noLoop()
+    {
+        QFETCH(QString, protocol);
+        QFETCH(QByteArray, reply);
+        QFETCH(QString, text);
+        useProvider(protocol, "");
+        m_server.enqueue(200, reply);
+        m_server.enqueue(200, textAnswer("second"));
+        const Outcome outcome = chat(toolRequest());
+        QCOMPARE(outcome.text, text);
+        QCOMPARE(outcome.executed.count(), 0);
+        QCOMPARE(m_server.requests().size(), 1);
+    }
+
+    void cancelReachesALaterStep()
+    {
+        useProvider("openai", "");
+        m_server.enqueue(200, answer(toolTurn({call("c", "ping", "{}")})));
+        m_server.enqueueHold();
+        AiApiService service;
+        QSignalSpy failed(&service, &AiApiService::chatFailed);
+        service.chat(toolRequest());
+        QTRY_COMPARE(m_server.requests().size(), 2);
+        service.cancel();
+        QTRY_COMPARE(failed.count(), 1);
+    }
+
+    void ocrScalesOnlyLargePictures_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<QSize>("sent");
+        QTest::newRow("1921x100") << QSize(1921, 100) << QSize(1920, 99);
+        QTest::newRow("1920x1920") << QSize(1920, 1920) << QSize(1920, 1920);
+    }
+    void ocrScalesOnlyLargePictures()
+    {
+        useProvider("openai", "");
+        QFETCH(QSize, size);
+        QFETCH(QSize, sent);
+        m_server.enqueue(200, zelmor::test::openAiReply(QStringLiteral("Hello")));
+        AiWorkflow workflow;
+        QSignalSpy result(&workflow, &AiWorkflow::resultReady);
+        QPixmap pixmap(size);
+        pixmap.fill(Qt::white);
+        workflow.ocr(pixmap);
+        QTRY_COMPARE(result.count(), 1);
+        QCOMPARE(result.first().at(0).toString(), QStringLiteral("ocr"));
+        QCOMPARE(result.first().at(1).toString(), QStringLiteral("Hello"));
+        const QJsonObject body = m_server.requests().last().json();
+        QCOMPARE(sentImage(body).size(), sent);
+        QCOMPARE(body.value(QStringLiteral("max_tokens")).toInt(), 1024);
+    }
+
+    void annotationParsesBoxesAgainstTheImage()
+    {
+        useProvider("openai", "");
+        m_server.enqueue(200, zelmor::test::openAiReply(QStringLiteral(
+                                  "Here:\n[{\"box\":[190,90,50,50],\"label\":\"button\"}]")));
+        AiWorkflow workflow;
+        QSignalSpy boxes(&workflow, &AiWorkflow::boxesReady);
+        QPixmap pixmap(200, 100);
+        pixmap.fill(Qt::white);
+        workflow.annotate(pixmap);
+        QTRY_COMPARE(boxes.count(), 1);
+        const auto list = boxes.first().first().value<QList<AnnotationBox>>();
+        QCOMPARE(list.size(), 1);
+        QCOMPARE(list.first().rect, QRect(190, 90, 10, 10));
+        const QJsonObject body = m_server.requests().last().json();
+        QCOMPARE(body.value(QStringLiteral("max_tokens")).toInt(), 2048);
+        QVERIFY(body.value(QStringLiteral("messages"))
+                    .toArray()
+                    .first()
+                    .toObject()
+                    .value(QStringLiteral("content"))
+                    .toString()
+                    .startsWith(QStringLiteral("You are a UI element detector.")));
+    }
+
+    void answersWithoutArraysFail()
+    {
+        useProvider("openai", "");
+        m_server.enqueue(200, zelmor::test::openAiReply(QStringLiteral("no boxes, sorry")));
+        AiWorkflow workflow;
+        QSignalSpy failed(&workflow, &AiWorkflow::failed);
+        workflow.annotate(QPixmap(10, 10));
+        QTRY_COMPARE(failed.count(), 1);
+        QCOMPARE(failed.first().first().toString(), QStringLiteral("No JSON array in AI response"));
+    }
+
+    void cancelReachesRecognitionButNotTranslation()
+    {
+        useProvider("openai", "");
+        const qsizetype before = m_server.requests().size();
+        m_server.enqueueHold();
+        AiWorkflow ocr;
+        QSignalSpy ocrFailed(&ocr, &AiWorkflow::failed);
+        ocr.ocr(QPixmap(10, 10));
+        QTRY_COMPARE(m_server.requests().size(), before + 1);
+        ocr.cancel();
+        QTRY_COMPARE(ocrFailed.count(), 1);
+
+        m_server.enqueue(200, zelmor::test::openAiReply(QStringLiteral("你好")));
+        AiWorkflow translation;
+        QSignalSpy translated(&translation, &AiWorkflow::resultReady);
+        translation.translate(QPixmap(10, 10), QStringLiteral("中文"));
+        translation.cancel();
+        QTRY_COMPARE(translated.count(), 1);
+        QCOMPARE(translated.first().at(0).toString(), QStringLiteral("translate"));
+    }
+
+    void annotationBoxes_data()
+    {
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<QList<QRect>>("rects");
+        const QSize image(200, 100);
+        Q_UNUSED(image)
+        QTest::newRow("box array")
+            << R"([{"box":[10,20,30,40],"label":"button"}])" << QList<QRect>{QRect(10, 20, 30, 40)};
+        QTest::newRow("fenced with prose") << "Sure!\n```json\n[{\"box\":[1,2,3,4]}]\n```\nDone."
+                                           << QList<QRect>{QRect(1, 2, 3, 4)};
+        QTest::newRow("no area: dropped") << R"([{"box":[10,10,0,5]}])" << QList<QRect>{};
+        QTest::newRow("negative origin keeps its size")
+            << R"([{"box":[-5,-5,20,20]}])" << QList<QRect>{QRect(0, 0, 20, 20)};
+        QTest::newRow("beyond the right edge: 1 px at W")
+            << R"([{"box":[250,10,30,30]}])" << QList<QRect>{QRect(200, 10, 1, 30)};
+        QTest::newRow("long keys")
+            << R"([{"x":1,"y":2,"width":3,"height":4}])" << QList<QRect>{QRect(1, 2, 3, 4)};
+        QTest::newRow("short keys win")
+            << R"([{"x":1,"y":2,"w":5,"width":3,"h":6}])" << QList<QRect>{QRect(1, 2, 5, 6)};
+        QTest::newRow("box of three falls back to keys")
+            << R"([{"box":[1,2,3],"x":4,"y":5,"w":6,"h":7}])" << QList<QRect>{QRect(4, 5, 6, 7)};
+        QTest::newRow("fractions truncate")
+            << R"([{"box":[1.9,2.9,3.9,4.9]}])" << QList<QRect>{QRect(1, 2, 3, 4)};
+        QTest::newRow("far beyond int: held at the edges")
+            << R"([{"box":[1e12,-1e300,5,1e20]}])" << QList<QRect>{QRect(200, 0, 1, 1 << 30)};
+        QTest::newRow("empty array") << "[]" << QList<QRect>{};
+    }
+    void annotationBoxes()
+    {
+        QFETCH(QString, answer);
+        QFETCH(QList<QRect>, rects);
+        const AnnotationParse parse = parseAnnotationBoxes(answer, QSize(200, 100));
+        QVERIFY2(parse.error.isEmpty(), qPrintable(parse.error));
+        QList<QRect> got;
+        for (const AnnotationBox& b : parse.boxes)
+            got << b.rect;
+        QCOMPARE(got, rects);
+    }
+
+    void annotationBoxFailures_data()
+    {
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("no bracket") << "nothing here"
+                                    << "No JSON array in AI response";
+        QTest::newRow("bracket order") << "] then ["
+                                       << "No JSON array in AI response";
+        QTest::newRow("bad json") << "[{\"box\": [1,2,}]"
+                                  << "Bad JSON: ";
+    }
+    void annotationBoxFailures()
+    {
+        QFETCH(QString, answer);
+        QFETCH(QString, error);
+        QVERIFY(parseAnnotationBoxes(answer, QSize(10, 10)).error.startsWith(error));
+    }
+
+    void annotationLabelsAreKept()
+    {
+        const AnnotationParse parse =
+            parseAnnotationBoxes(R"([{"box":[0,0,5,5],"label":"menu"}])", QSize(10, 10));
+        QCOMPARE(parse.boxes.first().label, QStringLiteral("menu"));
     }
 };
 
-ZELMOR_TEST_MAIN(TestAiApi, QGuiApplication)
+ZELMOR_TEST_MAIN(TestAiApi, QApplication)
 #include "tst_aiapi.moc"

@@ -70,7 +70,8 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowExposed(m_probe.get()));
         QTRY_VERIFY(findTitled(listTopLevelWindows(), m_probe->windowTitle()));
         m_client = QRect(m_probe->mapToGlobal(QPoint(0, 0)), m_probe->size());
-        QTest::qWait(100); // let the window manager finish drawing its frame
+        QTRY_VERIFY(allPixels(grabRegion(m_client).toImage(), QRect(QPoint(), m_client.size()),
+                              kProbeColour));
     }
 
     void monitorsCarryQtsScreenNames()
@@ -192,12 +193,15 @@ private Q_SLOTS:
         std::unique_ptr<QWidget> other = (makeSolidWindow(QStringLiteral("Zelmor other 中文"),
                                                           kOtherColour, QRect(900, 300, 200, 150)));
         QVERIFY(QTest::qWaitForWindowExposed(other.get()));
+        // The window manager focuses a new window of the focused application; an activation
+        // sent before it has done so races with it, and either may win.
+        QTRY_COMPARE(foregroundWindow().title, other->windowTitle());
         for (QWidget* target : {m_probe.get(), other.get(), m_probe.get()}) {
             target->raise();
             target->activateWindow();
-            QTRY_COMPARE(foregroundWindow().title, target->windowTitle());
+            QTRY_COMPARE(foregroundWindow().handle, quintptr(target->winId()));
             const WindowInfo front = foregroundWindow();
-            QCOMPARE(front.handle, quintptr(target->winId()));
+            QCOMPARE(front.title, target->windowTitle());
             QCOMPARE(front.rect, target->frameGeometry());
             QVERIFY(front.className.isEmpty());
             // Docks such as the tray host stay above; the target is above the other test window.

@@ -235,6 +235,9 @@ private Q_SLOTS:
         QCOMPARE(callMcpTool("type_text", {{"text", text}}),
                  (McpToolResult{{"length", 13}, {"success", true}}));
         QTRY_COMPARE(fixture.lastText(), text);
+        // Return changes no line edit's text; a lone surrogate is skipped.
+        callMcpTool("type_text", {{"text", QStringView(u"\n\xD800!").toString()}});
+        QTRY_COMPARE(fixture.lastText(), text + QLatin1Char('!'));
     }
 
     void pastesIntoAnotherProgram()

@@ -118,7 +118,7 @@ private Q_SLOTS:
                  QList<qint64>{hit});
     }
 
-    // Only the latest 200 rows can be named by id.
+    // Only the latest 200 rows can be listed or named by id.
     void rowsBeyondLatest200()
     {
         const QString path = zelmor::test::sandboxRoot().filePath("four-by-three.png");
@@ -128,6 +128,8 @@ private Q_SLOTS:
         qint64 newer = 0;
         for (int i = 0; i < 200; ++i)
             newer = store().insert(QPixmap(4, 3), path, {});
+        QCOMPARE(itemIds(callMcpTool("list_history", {{"limit", 1000}})).size(), 200);
+        QCOMPARE(itemIds(callMcpTool("list_history", {{"limit", 0}})).size(), 1);
         QCOMPARE(callMcpTool("pin_last", {{"id", oldest}}), mcpToolError("no image to pin"));
         const McpToolResult pinned = callMcpTool("pin_last", {{"id", newer}});
         QVERIFY(pinned.value("text").toString().startsWith("Image resolved (4x3) "));

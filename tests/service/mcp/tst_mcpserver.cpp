@@ -11,7 +11,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QProcess>
-#include <QSet>
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QTemporaryDir>
@@ -136,8 +135,6 @@ private slots:
         QTest::newRow("split over two reads")
             << QByteArrayList{one.left(10), one.mid(10)} << QList<int>{1};
         QTest::newRow("two in one read") << QByteArrayList{one + two} << QList<int>{1, 2};
-        QTest::newRow("second starts in first read")
-            << QByteArrayList{one + two.left(5), two.mid(5)} << QList<int>{1, 2};
         QTest::newRow("byte by byte") << bytes << QList<int>{1, 2};
         QTest::newRow("CRLF and blank lines")
             << QByteArrayList{"\n  \r\n" + one.chopped(1) + "\r\n\n"} << QList<int>{1};
@@ -231,8 +228,6 @@ private slots:
         QTest::newRow("unknown") << QByteArray(R"({"jsonrpc":"2.0","method":"x/y"})");
         QTest::newRow("ping without id") << QByteArray(R"({"jsonrpc":"2.0","method":"ping"})");
         QTest::newRow("client result") << QByteArray(R"({"jsonrpc":"2.0","id":5,"result":{}})");
-        QTest::newRow("client error")
-            << QByteArray(R"({"jsonrpc":"2.0","id":5,"error":{"code":-1,"message":"m"}})");
     }
     void notificationsUnanswered()
     {
@@ -250,8 +245,6 @@ private slots:
             QTest::newRow(v) << v << v;
         QTest::newRow("older than all") << "2024-10-07"
                                         << "2025-11-25";
-        QTest::newRow("future") << "2099-01-01"
-                                << "2025-11-25";
         QTest::newRow("empty") << ""
                                << "2025-11-25";
     }
@@ -272,56 +265,6 @@ private slots:
         QCOMPARE(result.value("protocolVersion").toString(), answered);
         QVERIFY(result.value("capabilities").toObject().value("tools").isObject());
         QVERIFY(!result.value("serverInfo").toObject().value("name").toString().isEmpty());
-    }
-
-    // The table itself: names unique, schemas well formed, the five argument-less tools.
-    void toolTable()
-    {
-        const QList<McpTool>& tools = mcpTools();
-        QCOMPARE(tools.size(), 32);
-        QSet<QString> names;
-        QStringList schemaLess;
-        for (const McpTool& tool : tools) {
-            QVERIFY2(!names.contains(tool.name), qPrintable(tool.name));
-            names << tool.name;
-            QVERIFY(!tool.description.isEmpty());
-            if (!tool.schema) {
-                schemaLess << tool.name;
-                continue;
-            }
-            const QJsonObject schema = tool.schema();
-            QCOMPARE(schema.value("type").toString(), "object");
-            QCOMPARE(schema.value("additionalProperties"), QJsonValue(false));
-            const QJsonObject properties = schema.value("properties").toObject();
-            for (const QString& key : properties.keys())
-                QVERIFY2(QStringList({"number", "integer", "string", "array"})
-                             .contains(properties.value(key).toObject().value("type").toString()),
-                         qPrintable(tool.name + '.' + key));
-            for (const QJsonValue& required : schema.value("required").toArray())
-                QVERIFY2(properties.contains(required.toString()), qPrintable(tool.name));
-        }
-        QCOMPARE(schemaLess, QStringList({"ping", "capture_fullscreen", "pin_last",
-                                          "read_clipboard", "get_active_window_info"}));
-    }
-
-    void toolsList()
-    {
-        Session s;
-        const QJsonArray listed = QJsonDocument::fromJson(s.server.answer(request(1, "tools/list")))
-                                      .object()
-                                      .value("result")
-                                      .toObject()
-                                      .value("tools")
-                                      .toArray();
-        QCOMPARE(listed.size(), mcpTools().size());
-        for (int i = 0; i < listed.size(); ++i) {
-            const QJsonObject tool = listed[i].toObject();
-            QCOMPARE(tool.value("name").toString(), mcpTools()[i].name);
-            QCOMPARE(tool.value("description").toString(), mcpTools()[i].description);
-            const QJsonObject schema = tool.value("inputSchema").toObject();
-            QCOMPARE(schema.value("type").toString(), "object");
-            QVERIFY(schema.value("properties").isObject());
-        }
     }
 
     void callMcpTool_data()
@@ -372,33 +315,6 @@ private slots:
         }
         QCOMPARE(actual, texts);
         QCOMPARE(converted.value("isError").toBool(), isError);
-    }
-
-    void toolsCall_data()
-    {
-        QTest::addColumn<QJsonObject>("params");
-        QTest::addColumn<QString>("firstText");
-        QTest::addColumn<bool>("isError");
-        QTest::newRow("ping") << QJsonObject{{"name", "ping"}, {"arguments", QJsonObject()}}
-                              << "pong" << false;
-        QTest::newRow("no arguments") << QJsonObject{{"name", "ping"}} << "pong" << false;
-        QTest::newRow("unknown tool")
-            << QJsonObject{{"name", "nope"}} << "unknown tool: nope" << true;
-    }
-    void toolsCall()
-    {
-        QFETCH(QJsonObject, params);
-        QFETCH(QString, firstText);
-        QFETCH(bool, isError);
-        Session s;
-        const QJsonObject reply =
-            QJsonDocument::fromJson(s.server.answer(request(4, "tools/call", params))).object();
-        // A tool's failure is a result the model sees, not a protocol error.
-        QVERIFY(!reply.contains("error"));
-        const QJsonObject result = reply.value("result").toObject();
-        QCOMPARE(result.value("content").toArray().at(0).toObject().value("text").toString(),
-                 firstText);
-        QCOMPARE(result.value("isError").toBool(), isError);
     }
 
     void readerDeliversChunksThenEof()

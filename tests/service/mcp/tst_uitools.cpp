@@ -1,12 +1,19 @@
-// The UI element tools on another program's controls: a search capped at 30, a click that
-// passes over elements without a rectangle, a write that passes over elements refusing text,
-// and the element under a point.
+// Elements of another program's window through the accessibility bus, directly and through the
+// UI element tools: described in control types with screen rectangles, pressed and written; a
+// search capped at 30, a click that passes over elements without a rectangle, a write that
+// passes over elements refusing text, and the element under a point.
 
 #include "TestMain.h"
 #include "UiFixture.h"
 
+#include "platform/UiElements.h"
 #include "service/mcp/McpTool.h"
 
+#include <QPushButton>
+
+#include <future>
+
+using namespace zelmor::platform;
 using namespace zelmor::service::mcp;
 using zelmor::test::UiFixture;
 
@@ -24,6 +31,18 @@ QVariantMap record(const QString& name, const QString& type, const QRect& r)
             {"y", r.y()},   {"width", r.width()},  {"height", r.height()}};
 }
 
+UiElement findByName(const QString& name, const UiElement& under = {})
+{
+    for (const UiElement& e : under.descendants())
+        if (e.name() == name.toStdString()) return e;
+    return {};
+}
+
+QRect qRect(const std::optional<Rect>& r)
+{
+    return r ? QRect(r->x, r->y, r->width, r->height) : QRect();
+}
+
 } // namespace
 
 class TestUiTools : public QObject
@@ -31,6 +50,7 @@ class TestUiTools : public QObject
     Q_OBJECT
 
     std::unique_ptr<UiFixture> m_fixture;
+    zelmor::platform::WindowHandle m_window = 0;
 
 private Q_SLOTS:
     void initTestCase()
@@ -41,6 +61,7 @@ private Q_SLOTS:
         m_fixture->add("label", 1, "Note label");
         m_fixture->add("edit", 1, "Note field");
         m_fixture->add("label", 100, "Row");
+        QTRY_VERIFY((m_window = m_fixture->handle()) && m_fixture->shown("Tools fixture extras"));
         QTRY_COMPARE(callMcpTool("find_ui_elements", {{"name", "Row 100"}}).value("count"), 1);
     }
 
@@ -136,6 +157,111 @@ private Q_SLOTS:
     {
         QCOMPARE(callMcpTool("inspect_ui_element", {{"x", 1900}, {"y", 1060}}),
                  (McpToolResult{{"element", QVariantMap()}, {"success", false}}));
+    }
+
+    void describesInControlTypesAndScreenPixels_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("controlType");
+        QTest::addColumn<bool>("wholeWidget"); // a check box is its box and its text
+        QTest::newRow("push button") << QStringLiteral("Save") << int(UiButton) << true;
+        QTest::newRow("line edit") << QStringLiteral("Name field") << int(UiEdit) << true;
+        QTest::newRow("label") << QStringLiteral("Name label") << int(UiText) << true;
+        QTest::newRow("check box") << QStringLiteral("Remember") << int(UiCheckBox) << false;
+        QTest::newRow("spin box") << QStringLiteral("Count") << int(UiSpinner) << true;
+        QTest::newRow("slider") << QStringLiteral("Level") << int(UiSlider) << true;
+    }
+    void describesInControlTypesAndScreenPixels()
+    {
+        QFETCH(QString, name);
+        QFETCH(int, controlType);
+        QFETCH(bool, wholeWidget);
+        const UiElementInfo info = findByName(name).describe();
+        QCOMPARE(info.name, std::optional<std::string>(name.toStdString()));
+        QCOMPARE(info.controlType, controlType);
+        const QRect widget = m_fixture->where(name);
+        QVERIFY(!widget.isEmpty());
+        if (wholeWidget)
+            QCOMPARE(qRect(info.rect), widget);
+        else
+            QVERIFY(widget.contains(qRect(info.rect)) && !info.rect->isEmpty());
+    }
+
+    void windowElementBelongsToTheWindow()
+    {
+        const UiElement window = uiElementOfWindow(m_window);
+        QVERIFY(!window.isNull());
+        QCOMPARE(window.name(), std::optional<std::string>("Tools fixture"));
+        QCOMPARE(window.controlType(), int(UiWindow)); // a bare top-level widget
+        QVERIFY(findByName(QStringLiteral("Save"), window) == findByName(QStringLiteral("Save")));
+        QVERIFY(uiElementOfWindow(0).isNull());
+    }
+
+    void ownProgramIsLeftOut()
+    {
+        QPushButton own(QStringLiteral("Own button"));
+        own.setGeometry(800, 600, 150, 40);
+        own.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&own));
+        // Asked from another thread, while this one answers the bus, it could be found.
+        auto found = std::async(std::launch::async, [&own] {
+            return !findByName(QStringLiteral("Own button")).isNull() ||
+                   !uiElementOfWindow(own.winId()).isNull() || !uiElementAt({875, 620}).isNull();
+        });
+        QTRY_VERIFY(found.wait_for(std::chrono::seconds(0)) == std::future_status::ready);
+        QVERIFY(!found.get());
+    }
+
+    void invokePressesTheDefaultAction_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("reported");
+        QTest::newRow("button") << QStringLiteral("Save") << QStringLiteral("clicked Save");
+        QTest::newRow("check box") << QStringLiteral("Remember") << QStringLiteral("toggled 1");
+    }
+    void invokePressesTheDefaultAction()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, reported);
+        QVERIFY(findByName(name).invoke());
+        QTRY_VERIFY(m_fixture->saw(reported));
+    }
+
+    void setTextWritesEditsAndValues_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("reported"); // empty: refused
+        QTest::newRow("line edit")
+            << QStringLiteral("Name field") << QStringLiteral("set via atspi 中文")
+            << QStringLiteral("text set via atspi 中文");
+        QTest::newRow("spin box text")
+            << QStringLiteral("Count") << QStringLiteral("42") << QStringLiteral("value 42");
+        QTest::newRow("slider value")
+            << QStringLiteral("Level") << QStringLiteral(" 30 ") << QStringLiteral("level 30");
+        QTest::newRow("slider, no number")
+            << QStringLiteral("Level") << QStringLiteral("3x") << QString();
+        QTest::newRow("label") << QStringLiteral("Name label") << QStringLiteral("no") << QString();
+        QTest::newRow("button") << QStringLiteral("Save") << QStringLiteral("no") << QString();
+    }
+    void setTextWritesEditsAndValues()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, text);
+        QFETCH(QString, reported);
+        const UiElement element = findByName(name);
+        QVERIFY(!element.isNull());
+        QCOMPARE(element.setText(text.toStdString()), !reported.isEmpty());
+        if (!reported.isEmpty()) QTRY_VERIFY(m_fixture->saw(reported));
+    }
+
+    void nullElementAnswersNothing()
+    {
+        const UiElement none;
+        QVERIFY(!none.name());
+        QVERIFY(!none.rect());
+        QVERIFY(!none.invoke());
+        QVERIFY(!none.setText("x"));
     }
 };
 

@@ -1,5 +1,6 @@
-// The window, launch and file tools: other programs' windows found, focused and changed, the
-// desktop's URL handlers and the search path, and a file manager on the session bus.
+// Window manager requests on real windows under openbox, directly and through the window, launch
+// and file tools: other programs' windows found, focused and changed, the desktop's URL handlers
+// and the search path, and a file manager on the session bus.
 
 #include "TestMain.h"
 #include "TestSupport.h"
@@ -12,6 +13,7 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QMutex>
+#include <QScreen>
 #include <QThread>
 #include <QUrl>
 
@@ -54,6 +56,19 @@ struct Foreign
     }
 };
 
+// The program has shown its window and taken the focus, as it does once when it starts: a test
+// that acts before that late request would see its own request undone.
+WindowHandle focusedWindow(const QString& title)
+{
+    WindowHandle handle = 0;
+    const bool focused = QTest::qWaitFor(
+        [&] {
+            return (handle = windowTitled(title).handle) && foregroundWindow().handle == handle;
+        },
+        10000);
+    return focused ? handle : 0;
+}
+
 // Collects what the desktop would have opened.
 class UrlCatcher : public QObject
 {
@@ -87,6 +102,18 @@ private:
     QMutex m_mutex;
     QStringList m_items;
 };
+
+WindowRecord recordOf(WindowHandle handle)
+{
+    for (const WindowRecord& w : listTopLevelWindows())
+        if (w.handle == handle) return w;
+    return {};
+}
+
+QRect qRect(const Rect& r)
+{
+    return {r.x, r.y, r.width, r.height};
+}
 
 } // namespace
 
@@ -163,19 +190,17 @@ private Q_SLOTS:
     void focusesBySubstringIgnoringCase()
     {
         const Foreign notepad("Untitled - Notepad", QRect(100, 100, 300, 120));
+        const WindowHandle target = focusedWindow("Untitled - Notepad");
+        QVERIFY(target);
         const Foreign other("Other window", QRect(500, 100, 300, 120));
-        WindowRecord target, second;
-        QTRY_VERIFY((target = windowTitled("Untitled - Notepad")).handle);
-        QTRY_VERIFY((second = windowTitled("Other window")).handle);
-        activateWindow(second.handle);
-        QTRY_COMPARE(foregroundWindow().handle, second.handle);
+        QVERIFY(focusedWindow("Other window"));
 
         QCOMPARE(callMcpTool("focus_window", {{"title", " note "}}),
-                 succeeded({{"matchedTitle", "Untitled - Notepad"}, {"hwnd", hex(target.handle)}}));
-        QTRY_COMPARE(foregroundWindow().handle, target.handle);
+                 succeeded({{"matchedTitle", "Untitled - Notepad"}, {"hwnd", hex(target)}}));
+        QTRY_COMPARE(foregroundWindow().handle, target);
         const McpToolResult active = callMcpTool("get_active_window_info", {});
         QCOMPARE(active.value("title"), "Untitled - Notepad");
-        QCOMPARE(active.value("hwnd"), hex(target.handle));
+        QCOMPARE(active.value("hwnd"), hex(target));
         QCOMPARE(active.value("process"), "zelmor-test-window");
         QCOMPARE(active.value("width").toInt(), foregroundWindow().frame.width);
     }
@@ -183,8 +208,8 @@ private Q_SLOTS:
     void windowActionsChangeTheWindow()
     {
         const Foreign other("Action target", QRect(200, 200, 300, 150));
-        WindowHandle handle = 0;
-        QTRY_VERIFY((handle = windowTitled("Action target").handle));
+        const WindowHandle handle = focusedWindow("Action target");
+        QVERIFY(handle);
         const auto state = [handle] {
             for (const WindowRecord& w : listTopLevelWindows())
                 if (w.handle == handle) return QString("%1%2").arg(w.minimized).arg(w.maximized);
@@ -214,8 +239,9 @@ private Q_SLOTS:
     void activatesSendsHotkeyAndPastes()
     {
         UiFixture fixture("Paste target", QRect(150, 150, 400, 400));
+        QTRY_VERIFY(fixture.handle() && foregroundWindow().handle == fixture.handle());
         const Foreign other("Paste bystander", QRect(600, 150, 300, 120));
-        QTRY_VERIFY(fixture.handle() && windowTitled("Paste bystander").handle);
+        QVERIFY(focusedWindow("Paste bystander"));
         const auto paste = [](const QString& text) {
             return callMcpTool("activate_window_and_paste",
                                {{"title", "paste TARGET"}, {"hotkey", "ctrl+a"}, {"text", text}});
@@ -311,6 +337,75 @@ private Q_SLOTS:
         QDBusConnection::disconnectFromBus("fake-file-manager");
         thread.quit();
         thread.wait();
+    }
+
+    void activationMakesForeground()
+    {
+        QWidget own;
+        own.setWindowTitle(QStringLiteral("Activation own"));
+        own.setGeometry(100, 100, 300, 200);
+        own.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&own));
+        UiFixture fixture(QStringLiteral("Activation fixture"), QRect(150, 150, 300, 300));
+        WindowHandle other = 0;
+        QTRY_VERIFY((other = fixture.handle()));
+
+        for (WindowHandle target : {WindowHandle(own.winId()), other, WindowHandle(own.winId())}) {
+            QVERIFY(activateWindow(target));
+            QTRY_COMPARE(foregroundWindow().handle, target);
+            QCOMPARE(windowAt({200, 200}), target); // raised above the other
+        }
+    }
+
+    void minimizeMaximizeRestoreAndClose()
+    {
+        UiFixture fixture(QStringLiteral("Actions fixture"), QRect(300, 200, 400, 300));
+        WindowHandle h = 0;
+        QTRY_VERIFY((h = fixture.handle()));
+        QTRY_VERIFY(recordOf(h).frame.width > 0);
+        const QRect normal = qRect(recordOf(h).frame);
+        const Point inside{normal.center().x(), normal.center().y()};
+        QTRY_COMPARE(windowAt(inside), h);
+
+        QVERIFY(minimizeWindow(h));
+        QTRY_VERIFY(recordOf(h).minimized);
+        QCOMPARE(windowAt(inside), WindowHandle(0));
+        QVERIFY(restoreWindow(h));
+        QTRY_VERIFY(!recordOf(h).minimized);
+        QTRY_COMPARE(foregroundWindow().handle, h);
+        // The window manager animates the way back from the icon.
+        QTRY_COMPARE(qRect(recordOf(h).frame), normal);
+
+        QVERIFY(maximizeWindow(h));
+        QTRY_VERIFY(recordOf(h).maximized);
+        const QRect available = QGuiApplication::primaryScreen()->availableGeometry();
+        QTRY_COMPARE(qRect(recordOf(h).frame).width(), available.width());
+
+        // Back from minimized it is maximized again, as it was.
+        QVERIFY(minimizeWindow(h));
+        QTRY_VERIFY(recordOf(h).minimized);
+        QVERIFY(restoreWindow(h));
+        QTRY_VERIFY(!recordOf(h).minimized);
+        QVERIFY(recordOf(h).maximized);
+
+        QVERIFY(restoreWindow(h));
+        QTRY_VERIFY(!recordOf(h).maximized);
+        QTRY_COMPARE(qRect(recordOf(h).frame), normal);
+
+        QVERIFY(closeWindow(h));
+        QTRY_COMPARE(fixture.process().state(), QProcess::NotRunning);
+        QCOMPARE(fixture.process().exitStatus(), QProcess::NormalExit);
+        QCOMPARE(fixture.process().exitCode(), 0);
+        QTRY_VERIFY(!activateWindow(h)); // a window that is gone
+        QVERIFY(!closeWindow(h));
+        QCOMPARE(windowProcessName(h), std::string());
+        QCOMPARE(windowProcessName(0), std::string());
+    }
+
+    void nothingAtAnEmptyPoint()
+    {
+        QCOMPARE(windowAt({5, 1075}), WindowHandle(0));
+        QCOMPARE(windowAt({-50, -50}), WindowHandle(0));
     }
 };
 

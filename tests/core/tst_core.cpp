@@ -1,0 +1,428 @@
+#include "TestMain.h"
+#include "TestSupport.h"
+
+#include "core/CaptureResult.h"
+#include "core/ConfigManager.h"
+#include "core/Log.h"
+#include "core/Utilities.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QHash>
+#include <QImage>
+#include <QPixmap>
+#include <QRegularExpression>
+#include <QSignalSpy>
+
+#include <memory>
+#include <numeric>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace zelmor::core;
+
+class TestCore : public QObject
+{
+    Q_OBJECT
+
+    // A fresh folder per test: QSettings caches parsed files by path within a process.
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString iniPath() const { return m_dir->filePath(QStringLiteral("Zelmor.ini")); }
+    // What another process would read from disk right now (a QSettings in this process
+    // would share the unsynced cache).
+    QVariant onDisk(const QString& key) const
+    {
+        static int serial = 0;
+        const QString copy = m_dir->filePath(QStringLiteral("copy%1.ini").arg(++serial));
+        QFile::copy(iniPath(), copy);
+        return QSettings(copy, QSettings::IniFormat).value(key);
+    }
+    QString logText() const
+    {
+        return QString::fromUtf8(zelmor::test::readFile(zelmor::core::logFilePath()));
+    }
+    static void writeFile(const QString& path, const QByteArray& bytes)
+    {
+        QVERIFY(zelmor::test::writeFile(path, bytes));
+    }
+
+    static QByteArray read(const QString& path) { return zelmor::test::readFile(path); }
+    // Lines of 64 bytes, numbered, so that where a cut falls can be checked.
+    static QByteArray numberedLines(qint64 size)
+    {
+        QByteArray text;
+        for (int i = 0; text.size() < size; ++i)
+            text += QByteArray::number(i).rightJustified(8, '0') + QByteArray(55, '.') + '\n';
+        text.truncate(size);
+        text[size - 1] = '\n'; // a log always ends with a whole line
+        return text;
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        QFile::remove(zelmor::core::logFilePath());
+    }
+
+    void hotkeyClearing()
+    {
+        ConfigManager config(iniPath());
+        QSignalSpy changed(&config, &ConfigManager::hotkeysChanged);
+
+        // Never written: the stored value reads as empty, so clearing changes nothing.
+        config.setHotkey("region", QString());
+        QCOMPARE(changed.count(), 0);
+        QCOMPARE(config.hotkeyRegion(), QStringLiteral("F6"));
+        QVERIFY(!onDisk(QStringLiteral("hotkeys/region")).isValid());
+
+        // Writing the default while absent is a change, flushed at once.
+        config.setHotkey("region", QStringLiteral("F6"));
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(onDisk(QStringLiteral("hotkeys/region")).toString(), QStringLiteral("F6"));
+
+        // Once written, it can be cleared, and the default does not come back.
+        config.setHotkey("region", QString());
+        QCOMPARE(changed.count(), 2);
+        QCOMPARE(config.hotkeyRegion(), QString());
+
+        config.setHotkey("region", QString());
+        QCOMPARE(changed.count(), 2);
+    }
+
+    void announcingSetters_data()
+    {
+        QTest::addColumn<QString>("which");
+        QTest::addColumn<bool>("flushedAtOnce");
+        QTest::newRow("theme") << "theme" << false;
+        QTest::newRow("language") << "language" << true;
+    }
+    void announcingSetters()
+    {
+        QFETCH(QString, which);
+        QFETCH(bool, flushedAtOnce);
+        ConfigManager config(iniPath());
+        const bool isTheme = which == QLatin1String("theme");
+        QSignalSpy changed(&config, isTheme ? &ConfigManager::themeChanged
+                                            : &ConfigManager::languageChanged);
+        const auto set = [&](const QString& v) {
+            isTheme ? config.setTheme(v) : config.setLanguage(v);
+        };
+        const QString key =
+            isTheme ? QStringLiteral("General/theme") : QStringLiteral("General/language");
+
+        set(QStringLiteral("system")); // equal to the default, but the stored value reads as empty
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(onDisk(key).isValid(), flushedAtOnce);
+        set(QStringLiteral("system"));
+        QCOMPARE(changed.count(), 1);
+        set(QStringLiteral("dark"));
+        QCOMPARE(changed.count(), 2);
+    }
+
+    void plainSettersFlushAsListed_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<bool>("flushedAtOnce");
+        QTest::newRow("pin/opacity") << "pin/opacity" << true;
+        QTest::newRow("pin/minZoom") << "pin/minZoom" << false;
+        QTest::newRow("record/gifFps") << "record/gifFps" << false;
+        QTest::newRow("capture/jpgQuality") << "capture/jpgQuality" << true;
+        QTest::newRow("startup/autoStart") << "startup/autoStart" << true;
+        QTest::newRow("general/fileNaming") << "General/fileNaming" << false;
+    }
+    void plainSettersFlushAsListed()
+    {
+        QFETCH(QString, key);
+        QFETCH(bool, flushedAtOnce);
+        ConfigManager config(iniPath());
+        if (key == QLatin1String("pin/opacity")) config.setPinOpacity(0.5);
+        if (key == QLatin1String("pin/minZoom")) config.setPinMinZoom(0.5);
+        if (key == QLatin1String("record/gifFps")) config.setGifFps(20);
+        if (key == QLatin1String("capture/jpgQuality")) config.setJpgQuality(70);
+        if (key == QLatin1String("startup/autoStart")) config.setAutoStart(true);
+        if (key == QLatin1String("General/fileNaming")) config.setFileNaming(QStringLiteral("x"));
+        QCOMPARE(onDisk(key).isValid(), flushedAtOnce);
+    }
+
+    void generalGroupSurvivesARestart()
+    {
+        {
+            ConfigManager config(iniPath());
+            QVERIFY(config.outputDir().endsWith(QStringLiteral("/Zelmor")));
+            QVERIFY(!QFile::exists(iniPath())); // reading writes nothing
+            config.setOutputDir(QString());     // empty means unset
+            QVERIFY(config.outputDir().endsWith(QStringLiteral("/Zelmor")));
+            config.setOutputDir(QStringLiteral("/shots"));
+            config.setTheme(QStringLiteral("dark"));
+        }
+        ConfigManager reopened(iniPath());
+        QCOMPARE(reopened.outputDir(), QStringLiteral("/shots"));
+        QCOMPARE(reopened.theme(), QStringLiteral("dark"));
+        QVERIFY(onDisk(QStringLiteral("General/theme")).isValid());
+    }
+
+    void storeNeitherValidatesNorClamps()
+    {
+        writeFile(iniPath(), "[record]\ngifFps=fast\n[capture]\njpgQuality=900\n");
+        ConfigManager config(iniPath());
+        QCOMPARE(config.gifFps(), 0); // not the default 15
+        QCOMPARE(config.jpgQuality(), 900);
+    }
+
+    void customPaths()
+    {
+        ConfigManager config(iniPath());
+        config.addMcpCustomPath(QStringLiteral("  "));
+        QVERIFY(!onDisk(QStringLiteral("mcp/customPaths")).isValid());
+        config.addMcpCustomPath(QStringLiteral(" a "));
+        config.addMcpCustomPath(QStringLiteral(" a "));
+        config.addMcpCustomPath(QStringLiteral(" A "));
+        QCOMPARE(config.mcpCustomPaths(),
+                 (QStringList{QStringLiteral(" a "), QStringLiteral(" A ")}));
+
+        // A hand-edited file may hold duplicates; removal takes them all.
+        writeFile(iniPath(), "[mcp]\ncustomPaths=/x, /y, /x\n");
+        ConfigManager edited(iniPath());
+        QCOMPARE(edited.mcpCustomPaths().size(), 3);
+        edited.removeMcpCustomPath(QStringLiteral("/x"));
+        QCOMPARE(edited.mcpCustomPaths(), QStringList{QStringLiteral("/y")});
+        QCOMPARE(onDisk(QStringLiteral("mcp/customPaths")).toStringList(),
+                 QStringList{QStringLiteral("/y")});
+    }
+
+    void migratesOlderFileOnce()
+    {
+        const QString older = m_dir->filePath(QStringLiteral("Zelmor-Qt.ini"));
+        writeFile(older, "[%General]\nlanguage=zh_CN\ntheme=dark\n[hotkeys]\nregion=F2\n");
+        {
+            ConfigManager config(iniPath());
+            QCOMPARE(config.hotkeyRegion(), QStringLiteral("F2"));
+            QVERIFY(QFile::exists(older));
+            QVERIFY(logText().contains(QStringLiteral("[config] migrated prefs from ") + older));
+            QVERIFY2(logText().contains(QStringLiteral(" lang=zh_CN theme=dark")),
+                     qPrintable(logText()));
+            config.setHotkey("region", QStringLiteral("F3"));
+        }
+        QFile::remove(zelmor::core::logFilePath());
+        QFile::remove(older);
+        ConfigManager again(iniPath()); // the current file exists now: no second copy
+        QCOMPARE(again.hotkeyRegion(), QStringLiteral("F3"));
+        QVERIFY(!logText().contains(QStringLiteral("migrated")));
+    }
+
+    void unreadableFileKeepsDefaultsAndACopy_data()
+    {
+        QTest::addColumn<bool>("asDirectory");
+        QTest::newRow("garbage") << false;
+        QTest::newRow("a directory") << true;
+    }
+    void unreadableFileKeepsDefaultsAndACopy()
+    {
+        QFETCH(bool, asDirectory);
+        if (asDirectory) {
+            QVERIFY(QDir().mkpath(iniPath()));
+        } else {
+            writeFile(iniPath(),
+                      QByteArray("[general\n\xff\xfe\x00 =\n[[[\n", 13) + QByteArray(64, '\0'));
+        }
+        ConfigManager config(iniPath());
+        QCOMPARE(config.hotkeyRegion(), QStringLiteral("F6"));
+        config.setLanguage(QStringLiteral("en_US")); // must not crash, whatever the file is
+        QCOMPARE(config.language(), QStringLiteral("en_US"));
+        if (asDirectory) QVERIFY(logText().contains(QStringLiteral("using defaults")));
+    }
+
+    void startupTraceCountsFromFirstCall()
+    {
+        startupTrace("first");
+        startupTrace("second");
+        const QString text = QString::fromUtf8(read(logFilePath()));
+        QVERIFY(text.contains(QStringLiteral("[startup] first t=0ms\n")));
+        QVERIFY(QRegularExpression(QStringLiteral("\\[startup\\] second t=\\d+ms\\n"))
+                    .match(text)
+                    .hasMatch());
+    }
+
+    void lineFormat()
+    {
+        writeLogLine(QStringLiteral("[tag] hello 中文"));
+        const QString text = QString::fromUtf8(read(logFilePath()));
+        QVERIFY2(
+            QRegularExpression(QStringLiteral("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} "
+                                              " \\[tag\\] hello 中文\\n$"))
+                .match(text)
+                .hasMatch(),
+            qPrintable(text));
+    }
+
+    void rotationThreshold_data()
+    {
+        QTest::addColumn<qint64>("size");
+        QTest::addColumn<bool>("rotated");
+        QTest::newRow("exactly 262144") << qint64(262144) << false;
+        QTest::newRow("262145") << qint64(262145) << true;
+    }
+    void rotationThreshold()
+    {
+        QFETCH(qint64, size);
+        QFETCH(bool, rotated);
+        const QString path = logFilePath();
+        const QByteArray original = numberedLines(size);
+        writeFile(path, original);
+        rotateLogFile(path);
+        const QByteArray after = read(path);
+        if (!rotated) {
+            QCOMPARE(after, original);
+            return;
+        }
+        // The newer half from its first whole line, plus one "\n": the file ends in an empty line.
+        QByteArray tail = original.right(kLogKeepTail);
+        tail.remove(0, tail.indexOf('\n') + 1);
+        QCOMPARE(after, tail + '\n');
+        QVERIFY(after.endsWith("\n\n"));
+        QVERIFY(after.size() <= kLogKeepTail + 1);
+    }
+
+    void rotationOfOneLongLineKeepsAllOfTheTail()
+    {
+        const QString path = logFilePath();
+        writeFile(path, QByteArray(kLogRotateAbove + 10, 'x'));
+        rotateLogFile(path);
+        QCOMPARE(read(path), QByteArray(kLogKeepTail, 'x') + '\n');
+    }
+
+    void writeRotatesBeforeAppending()
+    {
+        const QString path = logFilePath();
+        writeFile(path, numberedLines(kLogRotateAbove + 1));
+        writeLogLine(QStringLiteral("after rotation"));
+        const QByteArray text = read(path);
+        QVERIFY(text.size() < kLogKeepTail + 100);
+        QVERIFY(text.endsWith("  after rotation\n"));
+        QVERIFY(text.contains("\n\n")); // the empty line behind the kept text
+    }
+
+    // Two processes write while the log rotates under them: every line written after the
+    // rotation point must survive, in order. Several rounds, each with a rotation.
+    void writersInTwoProcessesLoseNoLineToARotation()
+    {
+        constexpr int kLines = 400;
+        const auto writeLines = [](const char* writer) {
+            for (int i = 0; i < kLines; ++i)
+                writeLogLine(QStringLiteral("%1 %2 %3")
+                                 .arg(QLatin1String(writer))
+                                 .arg(i)
+                                 .arg(QString(60, QLatin1Char('.'))));
+        };
+        for (int round = 0; round < 10; ++round) {
+            writeFile(logFilePath(), numberedLines(kLogRotateAbove - 4096));
+            const pid_t child = fork();
+            if (child == 0) {
+                writeLines("child");
+                _exit(0);
+            }
+            writeLines("parent");
+            int status = 0;
+            QCOMPARE(waitpid(child, &status, 0), child);
+            QHash<QByteArray, QList<int>> seen;
+            for (const QByteArray& line : read(logFilePath()).split('\n')) {
+                const QList<QByteArray> words = line.mid(25).split(' ');
+                if (words.size() == 3) seen[words[0]] << words[1].toInt();
+            }
+            for (const char* writer : {"child", "parent"}) {
+                QList<int> expected(kLines);
+                std::iota(expected.begin(), expected.end(), 0);
+                QCOMPARE(seen.value(writer), expected);
+            }
+        }
+    }
+
+    void unwritableFolderDropsTheLine()
+    {
+        // The data folder cannot be created below a regular file.
+        const QByteArray saved = qgetenv("XDG_DATA_HOME");
+        const QString blocker =
+            zelmor::test::sandboxRoot().filePath(QStringLiteral("not-a-folder"));
+        writeFile(blocker, "x");
+        qputenv("XDG_DATA_HOME", blocker.toUtf8());
+        writeLogLine(QStringLiteral("nowhere to go"));
+        startupTrace("still fine");
+        qputenv("XDG_DATA_HOME", saved);
+        QCOMPARE(read(blocker), QByteArray("x"));
+    }
+
+    void dataFolderIsPrivate()
+    {
+        QDir(dataDirectory()).removeRecursively();
+        const QFileInfo info(dataDirectory());
+        QVERIFY(info.isDir());
+        QCOMPARE(info.permissions() & (QFile::ReadGroup | QFile::ReadOther | QFile::ExeOther),
+                 QFile::Permissions());
+    }
+
+    void fileSize_data()
+    {
+        QTest::addColumn<qint64>("bytes");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("negative") << qint64(-5) << "-5 bytes";
+        QTest::newRow("1023") << qint64(1023) << "1023 bytes";
+        QTest::newRow("1024") << qint64(1024) << "1.0 KB";
+        QTest::newRow("10199 rounds up but keeps a decimal") << qint64(10199) << "10.0 KB";
+        QTest::newRow("10240") << qint64(10240) << "10 KB";
+        QTest::newRow("just below 1 MB") << qint64(1048575) << "1024 KB";
+        QTest::newRow("1 MB") << qint64(1048576) << "1.0 MB";
+        QTest::newRow("1 GB") << qint64(1073741824) << "1.0 GB";
+        QTest::newRow("3 TB stays in GB") << qint64(3) * 1024 * 1073741824 << "3072 GB";
+    }
+    void fileSize()
+    {
+        QFETCH(qint64, bytes);
+        QFETCH(QString, text);
+        QCOMPARE(formatFileSize(bytes), text);
+    }
+
+    void tempFileStaysEmptyAndUnique()
+    {
+        const QString a = makeTempFilePath(QStringLiteral("png"));
+        const QString b = makeTempFilePath(QStringLiteral("png"));
+        QVERIFY(a != b);
+        for (const QString& path : {a, b}) {
+            QFileInfo info(path);
+            QVERIFY(info.exists());
+            QCOMPARE(info.size(), 0);
+            QVERIFY(info.fileName().startsWith(QStringLiteral("zelmor-")));
+            QCOMPARE(info.suffix(), QStringLiteral("png"));
+            QFile::remove(path);
+        }
+    }
+
+    void base64IsPngOfTheImage()
+    {
+        QImage image(3, 2, QImage::Format_ARGB32);
+        image.fill(QColor(10, 20, 30, 128));
+        const QByteArray png = QByteArray::fromBase64(imageToBase64(image));
+        QVERIFY(png.startsWith("\x89PNG"));
+        QCOMPARE(QImage::fromData(png, "PNG").convertToFormat(QImage::Format_ARGB32), image);
+        QVERIFY(imageToBase64(QImage()).isEmpty());
+    }
+
+    void captureKinds_data()
+    {
+        QTest::addColumn<QString>("type");
+        QTest::addColumn<int>("kind");
+        QTest::newRow("gif") << "gif" << int(Gif);
+        QTest::newRow("empty") << "" << int(Image);
+    }
+    void captureKinds()
+    {
+        QFETCH(QString, type);
+        QFETCH(int, kind);
+        QCOMPARE(int(captureKindFromText(type)), kind);
+    }
+};
+
+ZELMOR_TEST_MAIN(TestCore, QGuiApplication)
+#include "tst_core.moc"

@@ -15,5 +15,4 @@ build=${ZELMOR_BUILD_DIR:-build}
 sandbox=$(mktemp -d /tmp/zelmor-tests.XXXXXX)
 trap 'rm -rf "$sandbox"' EXIT
 export HOME=$sandbox XDG_CONFIG_HOME=$sandbox/config XDG_DATA_HOME=$sandbox/data XDG_CACHE_HOME=$sandbox/cache
-# A test that fails under load gets two more tries; a real fault fails all three.
-scripts/x-session.sh --timeout 1500 ctest --test-dir "$build" --output-on-failure -j "$(nproc)" --repeat until-pass:3
+scripts/x-session.sh --timeout 1500 ctest --test-dir "$build" --output-on-failure -j "$(nproc)"

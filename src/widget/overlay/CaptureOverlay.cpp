@@ -20,7 +20,9 @@ using namespace overlay;
 
 namespace {
 
-constexpr int kGrabTries = 20;
+// The window must be mapped and viewable before the server grants the grab; a busy desktop
+// can take seconds to get there, and keys pressed meanwhile would go elsewhere.
+constexpr int kGrabTries = 200; // 25 ms apart
 
 QRect unitedScreens()
 {

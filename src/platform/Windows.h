@@ -42,4 +42,8 @@ bool maximizeWindow(WindowHandle window); // and activates
 bool restoreWindow(WindowHandle window);  // from minimized, else from maximized; and activates
 bool closeWindow(WindowHandle window);    // asks the program, which may refuse
 
+// Waits, at most `timeoutMs`, until the window manager has let go of a window this program
+// hid, so that it can be shown again unmanaged. False when the wait ran out.
+bool waitUntilUnmanaged(WindowHandle window, int timeoutMs);
+
 } // namespace zelmor::platform

@@ -4,6 +4,7 @@
 #include "core/ConfigManager.h"
 #include "core/Toast.h"
 #include "core/Utilities.h"
+#include "platform/Windows.h"
 #include "service/capture/OutputFile.h"
 
 #include <QBuffer>
@@ -30,6 +31,7 @@ constexpr double kZoomIn = 1.1;
 constexpr double kZoomOut = 0.9090909090909091;
 constexpr int kDragOutDistance = 10;
 constexpr int kToastMs = 3000;
+constexpr int kReleaseWaitMs = 500;
 constexpr int kShadowMargin = 12;
 constexpr QRgb kBorderColour = 0xFF2A2A30;
 
@@ -157,6 +159,9 @@ void PinWindow::toggleClickThrough()
     flags.setFlag(Qt::X11BypassWindowManagerHint, m_clickThrough);
     setWindowFlags(flags);
     move(position);
+    // Shown again before the manager has released it, the window would be taken back and
+    // unmapped by the manager's late withdrawal.
+    if (m_clickThrough) platform::waitUntilUnmanaged(winId(), kReleaseWaitMs);
     if (wasVisible) show();
     update();
 }

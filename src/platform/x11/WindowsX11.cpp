@@ -408,4 +408,21 @@ bool closeWindow(WindowHandle window)
     return true;
 }
 
+bool waitUntilUnmanaged(WindowHandle window, int timeoutMs)
+{
+    X11Connection* x = X11Connection::shared();
+    if (!x) return true;
+    const Atoms atoms(*x);
+    if (!windowManagerRunning(*x, atoms)) return true;
+    // The manager drops WM_STATE, or sets it to withdrawn, once it has released the window.
+    for (int waited = 0; waited <= timeoutMs; waited += 5) {
+        const std::vector<std::uint32_t> state =
+            propertyWords(x->connection(), askProperty(x->connection(), xcb_window_t(window),
+                                                       atoms.wmState, atoms.wmState, 2));
+        if (state.empty() || state[0] == 0) return true;
+        usleep(5000);
+    }
+    return false;
+}
+
 } // namespace zelmor::platform

@@ -50,19 +50,17 @@ public:
         });
     }
 
-    bool isListening() const { return m_server.isListening(); }
     QString baseUrl() const
     {
         return QStringLiteral("http://127.0.0.1:%1").arg(m_server.serverPort());
     }
 
-    void enqueue(const HttpReply& reply) { m_replies.enqueue(reply); }
     void enqueue(int status, const QByteArray& body,
                  const QByteArray& contentType = "application/json")
     {
-        enqueue(HttpReply{status, body, contentType, false});
+        m_replies.enqueue(HttpReply{status, body, contentType, false});
     }
-    void enqueueHold() { enqueue(HttpReply{200, {}, {}, true}); }
+    void enqueueHold() { m_replies.enqueue(HttpReply{200, {}, {}, true}); }
 
     const QList<HttpRequest>& requests() const { return m_requests; }
     void clear()
@@ -115,15 +113,9 @@ private:
 
     static QByteArray response(const HttpReply& reply)
     {
-        static const QMap<int, QByteArray> reasons{{200, "OK"},
-                                                   {400, "Bad Request"},
-                                                   {401, "Unauthorized"},
-                                                   {403, "Forbidden"},
-                                                   {404, "Not Found"},
-                                                   {429, "Too Many Requests"},
-                                                   {500, "Internal Server Error"},
-                                                   {503, "Service Unavailable"},
-                                                   {529, "Overloaded"}};
+        // Qt quotes the reason phrase in the errors it reports.
+        static const QMap<int, QByteArray> reasons{
+            {200, "OK"}, {400, "Bad Request"}, {401, "Unauthorized"}, {404, "Not Found"}};
         return "HTTP/1.1 " + QByteArray::number(reply.status) + ' ' +
                reasons.value(reply.status, "Status") + "\r\nContent-Type: " + reply.contentType +
                "\r\nContent-Length: " + QByteArray::number(reply.body.size()) +
@@ -138,11 +130,9 @@ private:
 // The body of an OpenAI-style chat answer holding `text`.
 inline QByteArray openAiReply(const QString& text)
 {
-    return QJsonDocument(QJsonObject{{QStringLiteral("choices"),
-                                      QJsonArray{QJsonObject{
-                                          {QStringLiteral("message"),
-                                           QJsonObject{{QStringLiteral("content"), text}}}}}}})
-        .toJson(QJsonDocument::Compact);
+    const QJsonObject message{{QStringLiteral("content"), text}};
+    const QJsonArray choices{QJsonObject{{QStringLiteral("message"), message}}};
+    return QJsonDocument(QJsonObject{{QStringLiteral("choices"), choices}}).toJson();
 }
 
 } // namespace zelmor::test

@@ -70,8 +70,6 @@ private Q_SLOTS:
         QCOMPARE(fields(providers[0]),
                  QStringList({"Imported", "anthropic", "http://legacy.example", "legacy-key", ""}));
         QVERIFY(providers[0].isDefault);
-        QVERIFY(service.remove(providers[0].id));
-        writeLegacySettings({});
     }
 
     void init()
@@ -91,23 +89,6 @@ private Q_SLOTS:
         QSqlDatabase::database(m_connection, false).close();
         QSqlDatabase::removeDatabase(m_connection);
         writeLegacySettings({});
-    }
-
-    void presetTable()
-    {
-        const QList<AiProviderPreset> all = presets();
-        QSet<QString> names;
-        for (const AiProviderPreset& preset : all) {
-            names.insert(preset.name);
-            QVERIFY2(preset.models.contains(preset.defaultModel), qPrintable(preset.name));
-            QVERIFY2(!preset.baseUrl.endsWith('/'), qPrintable(preset.name));
-            const bool local = preset.name.contains("(local)");
-            const bool relay = preset.name == "OpenAI-Compat Relay";
-            QVERIFY2(relay ? preset.baseUrl.isEmpty()
-                           : preset.baseUrl.startsWith(local ? "http://localhost:" : "https://"),
-                     qPrintable(preset.name));
-        }
-        QCOMPARE(names.size(), all.size());
     }
 
     void removePassesTheDefaultOn_data()
@@ -145,7 +126,6 @@ private Q_SLOTS:
     void activeWithoutDefaultIsFirstRow()
     {
         QCOMPARE(m_service->active().id, 0);
-        QVERIFY(m_service->active().baseUrl.isEmpty());
         add("a", 3);
         add("b", 1);
         add("c", 1);
@@ -176,15 +156,10 @@ private Q_SLOTS:
 
         QTest::newRow("empty object") << "{}"
                                       << "" << QStringList{"Imported", "openai-compat", "", "", ""};
-        QTest::newRow("full") << R"({"name":"Team","protocol":"anthropic","baseUrl":"https://x",)"
-                                 R"("apiKey":"k","model":"m"})"
-                              << "" << QStringList{"Team", "anthropic", "https://x", "k", "m"};
         QTest::newRow("name overridden") << R"({"name":"Team","protocol":"ollama"})"
                                          << "Mine" << QStringList{"Mine", "ollama", "", "", ""};
-        QTest::newRow("array") << R"([{"name":"a"}])"
-                               << "" << QStringList{};
-        QTest::newRow("empty text") << ""
-                                    << "" << QStringList{};
+        QTest::newRow("array: refused") << R"([{"name":"a"}])"
+                                        << "" << QStringList{};
     }
 
     void importJson()
@@ -207,19 +182,11 @@ private Q_SLOTS:
 
     void shareFormRoundTrip()
     {
-        AiProvider p;
-        p.name = "Relay";
-        p.protocol = "openai-compat";
-        p.baseUrl = "https://relay.example/v1";
-        p.apiKey = "sk-shared";
-        p.model = "gpt-4o";
-        p.isDefault = true;
-        const qint64 id = m_service->insert(p);
-
-        const QString text = m_service->exportJson(id);
-        QCOMPARE(QJsonDocument::fromJson(text.toUtf8()).object().keys(),
-                 QStringList({"apiKey", "baseUrl", "model", "name", "protocol"}));
-        QCOMPARE(fields(m_service->get(m_service->importJson(text))), fields(p));
+        const QString shared =
+            R"({"apiKey":"k","baseUrl":"https://r","model":"m","name":"Relay","protocol":"ollama"})";
+        const qint64 id = m_service->importJson(shared);
+        QCOMPARE(QJsonDocument::fromJson(m_service->exportJson(id).toUtf8()),
+                 QJsonDocument::fromJson(shared.toUtf8()));
         QCOMPARE(m_service->exportJson(id + 100), QString());
     }
 
@@ -229,8 +196,6 @@ private Q_SLOTS:
         QTest::addColumn<bool>("tableHasRows");
         QTest::addColumn<QStringList>("expected"); // the providers' names and fields, in order
 
-        QTest::newRow("key only") << QVariantMap{{"apiKey", "k"}} << false
-                                  << QStringList{"Imported", "anthropic", "", "k", ""};
         QTest::newRow("base, protocol and model")
             << QVariantMap{{"provider", "openai-compat"}, {"baseUrl", "http://b"}, {"model", "m"}}
             << false << QStringList{"Imported", "openai-compat", "http://b", "", "m"};

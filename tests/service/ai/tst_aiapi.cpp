@@ -35,10 +35,10 @@ QImage sampleImage()
     return image;
 }
 
-// The base64 PNG a request body carries, if any.
-QRegularExpressionMatch pngIn(const QString& body)
+// The base64 of the PNG a request body carries, if any.
+QString pngIn(const QString& body)
 {
-    return QRegularExpression("[A-Za-z0-9+/]{40,}=*").match(body);
+    return QRegularExpression("[A-Za-z0-9+/]{40,}=*").match(body).captured();
 }
 
 QImage decodePng(const QString& base64)
@@ -52,6 +52,18 @@ void settle()
     QCoreApplication::sendPostedEvents();
     QCoreApplication::processEvents();
 }
+
+// One dialect's request for "hello" with the system prompt "sys", and a reply answering "ok".
+struct Dialect
+{
+    QString protocol;
+    bool image = false;
+    bool tools = false;
+    QByteArray path;
+    QStringList headers; // content-type, authorization, x-api-key, anthropic-version; "-": none
+    QString body;        // "<png>" stands for the image's base64
+    QByteArray reply;
+};
 
 struct Outcome
 {
@@ -85,6 +97,8 @@ QString compact(const QVariantMap& result)
 }
 
 } // namespace
+
+Q_DECLARE_METATYPE(Dialect)
 
 class TestAiApi : public QObject
 {
@@ -137,18 +151,13 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("protocolBaseAndUrl");
         QTest::newRow("bare host with /v1/, no scheme") << QStringList{
             "openai-compat", "api.example.com/v1/", "https://api.example.com/v1/chat/completions"};
-        QTest::newRow("openai, host only")
-            << QStringList{"openai", "https://o.example", "https://o.example/v1/chat/completions"};
         QTest::newRow("openai, full endpoint")
             << QStringList{"openai", "https://r.example/v1/chat/completions/",
                            "https://r.example/v1/chat/completions"};
         QTest::newRow("ollama, ends in /api/chat")
             << QStringList{"ollama", "http://l:11434/api/chat", "http://l:11434/api/chat"};
-        QTest::newRow("protocol compared by case")
-            << QStringList{"OpenAI", "https://h", "https://h/api/chat"};
         QTest::newRow("blanks and several slashes")
             << QStringList{"openai", "  https://h//  ", "https://h/v1/chat/completions"};
-        QTest::newRow("blank base") << QStringList{"openai", "   ", ""};
     }
     void endpoint()
     {
@@ -160,156 +169,111 @@ private Q_SLOTS:
     // What each dialect sends, and where in its reply the answer is found.
     void wire_data()
     {
-        QTest::addColumn<QString>("protocol");
-        QTest::addColumn<bool>("withImage");
-        QTest::addColumn<QString>("system");
-        QTest::addColumn<bool>("tools");
-        QTest::addColumn<QByteArray>("path");
-        // content-type, authorization, x-api-key, anthropic-version; "-" when absent
-        QTest::addColumn<QStringList>("headers");
-        QTest::addColumn<QString>("body");     // "<png>" stands for the image's base64
-        QTest::addColumn<QByteArray>("reply"); // its answer is "ok"
-
+        QTest::addColumn<Dialect>("dialect");
         const QStringList bearer{"application/json", "Bearer sk-test", "-", "-"};
+        const QStringList plain{"application/json", "-", "-", "-"};
+        const QString system = R"({"model":"m","max_tokens":1024,"messages":[)"
+                               R"({"role":"system","content":"sys"},{"role":"user","content":)";
+        QString body = system + R"("hello"}]})";
+        QByteArray reply = R"({"choices":[{"message":{"content":"ok"}}]})";
         QTest::newRow("openai-compat, text only")
-            << "openai-compat" << false << "" << false << QByteArray("/v1/chat/completions")
-            << bearer
-            << R"({"model":"m","max_tokens":1024,"messages":[{"role":"user","content":"hello"}]})"
-            << QByteArray(R"({"choices":[{"message":{"content":"ok"}}]})");
-        QTest::newRow("openai, image and system")
-            << "openai" << true << "sys" << false << QByteArray("/v1/chat/completions") << bearer
-            << R"({"model":"m","max_tokens":1024,"messages":[{"role":"system","content":"sys"},)"
-               R"({"role":"user","content":[{"type":"image_url","image_url":)"
-               R"({"url":"data:image/png;base64,<png>"}},{"type":"text","text":"hello"}]}]})"
-            << QByteArray(R"({"choices":[{"message":{"content":[{"type":"text","text":"o"},)"
-                          R"({"type":"image_url"},{"type":"text","text":"k"}]}}]})");
-        QTest::newRow("anthropic, image, system and tools")
-            << "anthropic" << true << "sys" << true << QByteArray("/v1/messages")
-            << QStringList{"application/json", "-", "sk-test", "2023-06-01"}
-            << QString(R"({"model":"m","max_tokens":1024,"system":"sys\n\n)" + kAgentPrompt +
-                       R"(","messages":[{"role":"user","content":[{"type":"image","source":)"
+            << Dialect{"openai-compat", false, false, "/v1/chat/completions", bearer, body, reply};
+        body = system +
+               R"([{"type":"image_url","image_url":{"url":"data:image/png;base64,<png>"}},)"
+               R"({"type":"text","text":"hello"}]}]})";
+        reply = R"({"choices":[{"message":{"content":[{"type":"text","text":"o"},)"
+                R"({"type":"image_url"},{"type":"text","text":"k"}]}}]})";
+        QTest::newRow("openai, image")
+            << Dialect{"openai", true, false, "/v1/chat/completions", bearer, body, reply};
+        body = QString(R"({"model":"m","max_tokens":1024,"system":"%1",)"
+                       R"("messages":[{"role":"user","content":[{"type":"image","source":)"
                        R"({"type":"base64","media_type":"image/png","data":"<png>"}},)"
                        R"({"type":"text","text":"hello"}]}]})")
-            << QByteArray(R"({"content":[{"type":"text","text":"o"},{"type":"tool_use","id":"t"},)"
-                          R"({"type":"text","text":"k"}]})");
-        QTest::newRow("ollama, image, system and tools")
-            << "ollama" << true << "sys" << true << QByteArray("/api/chat")
-            << QStringList{"application/json", "-", "-", "-"}
-            << R"({"model":"m","max_tokens":1024,"stream":false,)"
-               R"("messages":[{"role":"user","content":"hello","images":["<png>"]}]})"
-            << QByteArray(R"({"message":{"role":"assistant","content":"ok"},"done":true})");
+                   .arg("sys\\n\\n" + kAgentPrompt);
+        reply = R"({"content":[{"type":"text","text":"o"},{"type":"tool_use","id":"t"},)"
+                R"({"type":"text","text":"k"}]})";
+        const QStringList keyed{"application/json", "-", "sk-test", "2023-06-01"};
+        QTest::newRow("anthropic, image and tools")
+            << Dialect{"anthropic", true, true, "/v1/messages", keyed, body, reply};
+        body = R"({"model":"m","max_tokens":1024,"stream":false,)"
+               R"("messages":[{"role":"user","content":"hello","images":["<png>"]}]})";
+        reply = R"({"message":{"content":"ok","tool_calls":[{"function":{"name":"ping"}}]}})";
+        QTest::newRow("ollama, image and tools")
+            << Dialect{"ollama", true, true, "/api/chat", plain, body, reply};
+        body = R"({"model":"m","max_tokens":1024})";
+        reply = R"({"candidates":[{"content":{"parts":[{"text":"ok"},{"text":"h"}]}}]})";
         QTest::newRow("gemini, no dialect")
-            << "gemini" << true << "sys" << false << QByteArray("/api/chat")
-            << QStringList{"application/json", "-", "-", "-"}
-            << R"({"model":"m","max_tokens":1024})"
-            << QByteArray(R"({"candidates":[{"content":{"parts":[{"text":"ok"},{"text":"h"}]}}]})");
+            << Dialect{"gemini", true, false, "/api/chat", plain, body, reply};
     }
     void wire()
     {
-        QFETCH(QString, protocol);
-        QFETCH(bool, withImage);
-        QFETCH(QString, system);
-        QFETCH(bool, tools);
-        QFETCH(QByteArray, path);
-        QFETCH(QStringList, headers);
-        QFETCH(QString, body);
-        QFETCH(QByteArray, reply);
-
-        useProvider(protocol);
-        m_server.enqueue(200, reply);
+        QFETCH(Dialect, dialect);
+        useProvider(dialect.protocol);
+        m_server.enqueue(200, dialect.reply);
         ChatRequest request;
         request.text = "hello";
-        request.systemPrompt = system;
-        request.enableTools = tools;
-        if (withImage) request.image = QPixmap::fromImage(sampleImage());
+        request.systemPrompt = "sys";
+        request.enableTools = dialect.tools;
+        if (dialect.image) request.image = QPixmap::fromImage(sampleImage());
         QCOMPARE(chat(request).text, "ok");
-
-        QCOMPARE(m_server.requests().size(), 1);
+        QCOMPARE(m_server.requests().size(), 1); // only the OpenAI dialect runs tools
         const zelmor::test::HttpRequest& sent = m_server.requests()[0];
         QCOMPARE(sent.method, "POST");
-        QCOMPARE(sent.path, path);
-        QStringList sentHeaders;
+        QCOMPARE(sent.path, dialect.path);
+        QStringList headers;
         for (const char* name : {"content-type", "authorization", "x-api-key", "anthropic-version"})
-            sentHeaders << QString::fromUtf8(sent.headers.value(name, "-"));
-        QCOMPARE(sentHeaders, headers);
-
+            headers << QString::fromUtf8(sent.headers.value(name, "-"));
+        QCOMPARE(headers, dialect.headers);
+        const QString body = dialect.body;
         QVERIFY(!sent.body.contains('\n'));
         QString text = QString::fromUtf8(sent.body);
-        const QRegularExpressionMatch png = pngIn(text);
-        QCOMPARE(png.hasMatch(), body.contains("<png>"));
-        if (png.hasMatch()) {
-            QCOMPARE(decodePng(png.captured()).convertToFormat(QImage::Format_ARGB32),
-                     sampleImage());
-            text.replace(png.captured(), "<png>");
-        }
+        const QString png = pngIn(text);
+        QCOMPARE(!png.isEmpty(), body.contains("<png>"));
+        if (!png.isEmpty()) text.replace(png, "<png>");
+        QCOMPARE(decodePng(png).convertToFormat(QImage::Format_ARGB32),
+                 png.isEmpty() ? QImage() : sampleImage());
         QCOMPARE(QJsonDocument::fromJson(text.toUtf8()).object(),
                  QJsonDocument::fromJson(body.toUtf8()).object());
     }
 
-    // Replies in no dialect's shape, or in one that holds no answer.
-    void reader_data()
-    {
-        QTest::addColumn<QByteArray>("reply");
-        QTest::addColumn<QByteArray>("contentType");
-        QTest::addColumn<QString>("expected");
-        const QByteArray json = "application/json";
-        QTest::newRow("choices, null content falls through")
-            << QByteArray(R"({"choices":[{"message":{"content":null}}],"content":"x"})") << json
-            << "x";
-        QTest::newRow("choices, completion text")
-            << QByteArray(R"({"choices":[{"text":"t"}]})") << json << "t";
-        QTest::newRow("content without text falls through")
-            << QByteArray(R"({"content":[{"type":"tool_use"}],"message":{"content":"m"}})") << json
-            << "m";
-        QTest::newRow("no known shape")
-            << QByteArray(R"({"result":"r"})") << json << R"({"result":"r"})";
-        QTest::newRow("plain text") << QByteArray("Grüße") << QByteArray("text/plain") << "Grüße";
-    }
-    void reader()
-    {
-        QFETCH(QByteArray, reply);
-        QFETCH(QByteArray, contentType);
-        QFETCH(QString, expected);
-        useProvider("ollama");
-        m_server.enqueue(200, reply, contentType);
-        const Outcome outcome = chat();
-        QVERIFY(outcome.finished);
-        QCOMPARE(outcome.text, expected);
-    }
-
-    void failure_data()
+    // Replies in no dialect's shape, and failures: an error's own message when it has one.
+    void reply_data()
     {
         QTest::addColumn<int>("status");
         QTest::addColumn<QByteArray>("reply");
         QTest::addColumn<QByteArray>("contentType");
-        QTest::addColumn<QString>("reason"); // "~" + text: the network layer's words holding it
+        QTest::addColumn<QString>("text"); // "~" + text: the network layer's words holding it
         const QByteArray json = "application/json";
+        QTest::newRow("choices, null content falls through")
+            << 200 << QByteArray(R"({"choices":[{"message":{"content":null}}],"content":"x"})")
+            << json << "x";
+        QTest::newRow("no known shape")
+            << 200 << QByteArray(R"({"result":"r"})") << json << R"({"result":"r"})";
+        QTest::newRow("plain text")
+            << 200 << QByteArray("Grüße") << QByteArray("text/plain") << "Grüße";
         QTest::newRow("openai error message")
             << 401 << QByteArray(R"({"error":{"message":"Bad key.","type":"invalid_request"}})")
             << json << "Bad key.";
-        QTest::newRow("anthropic error message")
-            << 529 << QByteArray(R"({"type":"error","error":{"message":"Overloaded"}})") << json
-            << "Overloaded";
         QTest::newRow("html page") << 401 << QByteArray("<html><h1>401 Go away</h1></html>")
                                    << QByteArray("text/html") << "~Host requires authentication";
         QTest::newRow("error as a string") << 404 << QByteArray(R"({"error":"model not found"})")
                                            << json << "~server replied: Not Found";
     }
-    void failure()
+    void reply()
     {
         QFETCH(int, status);
         QFETCH(QByteArray, reply);
         QFETCH(QByteArray, contentType);
-        QFETCH(QString, reason);
+        QFETCH(QString, text);
         useProvider("openai");
         m_server.enqueue(status, reply, contentType);
         const Outcome outcome = chat();
-        QVERIFY(!outcome.finished);
-        if (reason.startsWith('~')) {
-            QVERIFY2(outcome.text.contains(reason.mid(1)), qPrintable(outcome.text));
+        QCOMPARE(outcome.finished, status == 200);
+        if (text.startsWith('~')) {
+            QVERIFY2(outcome.text.contains(text.mid(1)), qPrintable(outcome.text));
             QVERIFY(!outcome.text.contains("model not found"));
         } else {
-            QCOMPARE(outcome.text, reason);
+            QCOMPARE(outcome.text, text);
         }
     }
 
@@ -320,26 +284,17 @@ private Q_SLOTS:
         m_server.enqueue(401,
                          R"({"error":{"message":"Incorrect API key provided: )" + key + R"("}})");
         QVERIFY(chat().text.contains(key));
-        QCOMPARE(m_server.requests()[0].headers.value("authorization"), "Bearer " + key);
         const QByteArray log = zelmor::test::readFile(zelmor::core::logFilePath());
         QVERIFY(log.contains("[ai] openai request to 127.0.0.1 failed"));
         QVERIFY(!log.contains("sk-live"));
     }
 
-    void notConfigured_data()
+    void blankBaseUrlSendsNothing()
     {
-        QTest::addColumn<bool>("anyProvider");
-        QTest::newRow("no provider") << false;
-        QTest::newRow("blank base URL") << true;
-    }
-    void notConfigured()
-    {
-        QFETCH(bool, anyProvider);
         useProvider("openai");
-        AiProviderService& providers = AiProviderService::instance();
-        AiProvider stored = providers.active();
+        AiProvider stored = AiProviderService::instance().active();
         stored.baseUrl = "   ";
-        QVERIFY(anyProvider ? providers.update(stored) : providers.remove(stored.id));
+        QVERIFY(AiProviderService::instance().update(stored));
         AiApiService service;
         QSignalSpy failed(&service, &AiApiService::chatFailed);
         service.chat({});
@@ -349,46 +304,24 @@ private Q_SLOTS:
         QVERIFY(m_server.requests().isEmpty());
     }
 
-    void cancelEndsInFailure()
-    {
-        useProvider("anthropic");
-        m_server.enqueueHold();
-        AiApiService service;
-        QSignalSpy finished(&service, &AiApiService::chatFinished);
-        QSignalSpy failed(&service, &AiApiService::chatFailed);
-        service.cancel(); // nothing in flight
-        service.chat({});
-        QTRY_COMPARE(m_server.requests().size(), 1);
-        QVERIFY(failed.isEmpty());
-        service.cancel();
-        QTRY_COMPARE(failed.count(), 1);
-        service.cancel();
-        settle();
-        QCOMPARE(failed.count(), 1);
-        QCOMPARE(finished.count(), 0);
-    }
-
     void testConnection_data()
     {
-        QTest::addColumn<QString>("protocol");
         QTest::addColumn<int>("status");
         QTest::addColumn<QByteArray>("reply");
         QTest::addColumn<QString>("error"); // a part of it; empty: success
-        QTest::newRow("any success counts")
-            << "openai" << 200 << QByteArray("<html>ok</html>") << "";
+        QTest::newRow("any success counts") << 200 << QByteArray("<html>ok</html>") << "";
         QTest::newRow("failure in the network layer's words")
-            << "anthropic" << 401 << QByteArray(R"({"error":{"message":"bad key"}})")
+            << 401 << QByteArray(R"({"error":{"message":"bad key"}})")
             << "Host requires authentication";
     }
     void testConnection()
     {
-        QFETCH(QString, protocol);
         QFETCH(int, status);
         QFETCH(QByteArray, reply);
         QFETCH(QString, error);
         useProvider("ollama"); // the record under test is not the stored one
         AiProvider p;
-        p.protocol = protocol;
+        p.protocol = "anthropic";
         p.baseUrl = m_server.baseUrl() + "/tested";
         p.apiKey = "k";
         p.model = "tiny";
@@ -426,32 +359,21 @@ private Q_SLOTS:
         QCOMPARE(answers, 0);
     }
 
-    void toolListFollowsTheRegistry()
-    {
-        useProvider("openai-compat");
-        m_server.enqueue(200, openAiReply("done"));
-        QVERIFY(chat(toolRequest()).finished);
-        QJsonArray expected;
-        for (const auto& tool : zelmor::service::mcp::mcpTools()) {
-            QJsonObject function{{"name", tool.name}, {"description", tool.description}};
-            if (tool.schema) function.insert("parameters", tool.schema());
-            expected.append(QJsonObject{{"type", "function"}, {"function", function}});
-        }
-        QCOMPARE(m_server.requests()[0].json()["tools"].toArray(), expected);
-    }
-
     void twoCallsInOneAnswer()
     {
         useProvider("openai");
         const QJsonObject turn =
-            toolTurn({call("c1", "ping", R"({"n":1})"), call("c2", "no_such_tool", "")});
+            toolTurn({call("c1", "ping", QJsonObject{{"n", 1}}), call("c2", "no_such_tool", "{")});
         m_server.enqueue(200, answer(turn));
         m_server.enqueue(200, openAiReply("all done"));
         const Outcome outcome = chat(toolRequest());
         QCOMPARE(outcome.text, "all done");
         QCOMPARE(m_server.requests().size(), 2);
 
+        // Arguments come as an object or as its text; text that is no object reads as none.
         QCOMPARE(outcome.executed.count(), 2);
+        QCOMPARE(outcome.executed[0][1].toMap(), (QVariantMap{{"n", 1}}));
+        QCOMPARE(outcome.executed[1][1].toMap(), QVariantMap());
         const QVariantMap unknown{{"isError", true}, {"text", "unknown tool: no_such_tool"}};
         const QJsonObject first = m_server.requests()[0].json();
         const QJsonObject second = m_server.requests()[1].json();
@@ -465,27 +387,6 @@ private Q_SLOTS:
         QJsonObject rest = second;
         rest.insert("messages", first["messages"]);
         QCOMPARE(rest, first); // tools, model and max_tokens travel on unchanged
-    }
-
-    void arguments_data()
-    {
-        QTest::addColumn<QJsonValue>("arguments");
-        QTest::addColumn<QVariantMap>("expected");
-        QTest::newRow("bad json") << QJsonValue("{\"n\":") << QVariantMap();
-        QTest::newRow("json array") << QJsonValue("[1]") << QVariantMap();
-        QTest::newRow("object itself")
-            << QJsonValue(QJsonObject{{"n", 2}}) << QVariantMap{{"n", 2}};
-    }
-    void arguments()
-    {
-        QFETCH(QJsonValue, arguments);
-        QFETCH(QVariantMap, expected);
-        useProvider("openai");
-        m_server.enqueue(200, answer(toolTurn({call("c", "ping", arguments)})));
-        m_server.enqueue(200, openAiReply("ok"));
-        const Outcome outcome = chat(toolRequest());
-        QCOMPARE(outcome.executed.count(), 1);
-        QCOMPARE(outcome.executed[0][1].toMap(), expected);
     }
 
     void depthLimit()
@@ -503,40 +404,25 @@ private Q_SLOTS:
         QCOMPARE(m_server.requests().last().json()["messages"].toArray().size(), 2 + 2 * 100);
     }
 
-    void noLoop_data()
-    {
-        QTest::addColumn<QString>("protocol");
-        QTest::addColumn<QJsonValue>("calls");
-        const QJsonArray ping{call("c", "ping", "{}")};
-        QTest::newRow("empty tool_calls") << "openai" << QJsonValue(QJsonArray());
-        QTest::newRow("anthropic") << "anthropic" << QJsonValue(ping);
-        QTest::newRow("ollama") << "ollama" << QJsonValue(ping);
-    }
-    void noLoop()
-    {
-        QFETCH(QString, protocol);
-        QFETCH(QJsonValue, calls);
-        useProvider(protocol);
-        m_server.enqueue(200,
-                         answer({{"role", "assistant"}, {"content", "t"}, {"tool_calls", calls}}));
-        m_server.enqueue(200, openAiReply("second"));
-        const Outcome outcome = chat(toolRequest());
-        QCOMPARE(outcome.text, "t");
-        QCOMPARE(outcome.executed.count(), 0);
-        QCOMPARE(m_server.requests().size(), 1);
-    }
-
-    void cancelReachesALaterStep()
+    // Cancelled at a later step of the tool loop.
+    void cancelEndsInOneFailure()
     {
         useProvider("openai");
         m_server.enqueue(200, answer(toolTurn({call("c", "ping", "{}")})));
         m_server.enqueueHold();
         AiApiService service;
+        QSignalSpy finished(&service, &AiApiService::chatFinished);
         QSignalSpy failed(&service, &AiApiService::chatFailed);
+        service.cancel(); // nothing in flight
         service.chat(toolRequest());
         QTRY_COMPARE(m_server.requests().size(), 2);
+        QVERIFY(failed.isEmpty());
         service.cancel();
         QTRY_COMPARE(failed.count(), 1);
+        service.cancel();
+        settle();
+        QCOMPARE(failed.count(), 1);
+        QCOMPARE(finished.count(), 0);
     }
 
     void ocrScalesOnlyLargePictures_data()
@@ -559,28 +445,7 @@ private Q_SLOTS:
         workflow.ocr(pixmap);
         QTRY_COMPARE(result.count(), 1);
         QCOMPARE(result.first(), (QVariantList{"ocr", "Hello"}));
-        const QRegularExpressionMatch png = pngIn(m_server.requests().last().body);
-        QCOMPARE(decodePng(png.captured()).size(), sent);
-    }
-
-    void cancelReachesRecognitionButNotTranslation()
-    {
-        useProvider("openai");
-        m_server.enqueueHold();
-        AiWorkflow ocr;
-        QSignalSpy ocrFailed(&ocr, &AiWorkflow::failed);
-        ocr.ocr(QPixmap(10, 10));
-        QTRY_COMPARE(m_server.requests().size(), 1);
-        ocr.cancel();
-        QTRY_COMPARE(ocrFailed.count(), 1);
-
-        m_server.enqueue(200, openAiReply("你好"));
-        AiWorkflow translation;
-        QSignalSpy translated(&translation, &AiWorkflow::resultReady);
-        translation.translate(QPixmap(10, 10), QStringLiteral("中文"));
-        translation.cancel();
-        QTRY_COMPARE(translated.count(), 1);
-        QCOMPARE(translated.first().at(0).toString(), "translate");
+        QCOMPARE(decodePng(pngIn(m_server.requests().last().body)).size(), sent);
     }
 
     void annotationBoxes_data()
@@ -594,8 +459,6 @@ private Q_SLOTS:
         QTest::newRow("fenced with prose")
             << "Sure!\n```json\n[{\"box\":[1,2,3,4]}]\n```\nDone." << Rects{{1, 2, 3, 4}} << "";
         QTest::newRow("no area: dropped") << R"([{"box":[10,10,0,5]}])" << Rects{} << "";
-        QTest::newRow("negative origin keeps its size")
-            << R"([{"box":[-5,-5,20,20]}])" << Rects{{0, 0, 20, 20}} << "";
         QTest::newRow("beyond the right edge: 1 px at W")
             << R"([{"box":[250,10,30,30]}])" << Rects{{200, 10, 1, 30}} << "";
         QTest::newRow("short keys win")
@@ -604,7 +467,6 @@ private Q_SLOTS:
             << R"([{"box":[1,2,3],"x":4,"y":5,"w":6,"h":7}])" << Rects{{4, 5, 6, 7}} << "";
         QTest::newRow("far beyond int: held at the edges")
             << R"([{"box":[1e12,-1e300,5,1e20]}])" << Rects{{200, 0, 1, 1 << 30}} << "";
-        QTest::newRow("bracket order") << "] then [" << Rects{} << "No JSON array in AI response";
         QTest::newRow("bad json") << "[{\"box\": [1,2,}]" << Rects{} << "Bad JSON: ";
     }
     void annotationBoxes()

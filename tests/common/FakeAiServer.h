@@ -1,8 +1,7 @@
 #pragma once
 
-// A small HTTP/1.1 server on 127.0.0.1 standing in for an AI provider: it records every
-// request and answers each with the next queued reply, so a suite sees exactly what went
-// over the wire and controls what comes back. Requests need a Content-Length body (Qt's
+// An HTTP/1.1 server on 127.0.0.1 standing in for an AI provider: it records every request
+// and answers each with the next queued reply. Requests need a Content-Length body (Qt's
 // network layer always sends one); every answer closes its connection.
 
 #include <QByteArray>
@@ -30,14 +29,6 @@ struct HttpRequest
     QJsonObject json() const { return QJsonDocument::fromJson(body).object(); }
 };
 
-struct HttpReply
-{
-    int status = 200;
-    QByteArray body;
-    QByteArray contentType = "application/json";
-    bool hold = false; // never answered: the client has to give up or cancel
-};
-
 class FakeAiServer
 {
 public:
@@ -50,19 +41,18 @@ public:
         });
     }
 
-    bool isListening() const { return m_server.isListening(); }
     QString baseUrl() const
     {
         return QStringLiteral("http://127.0.0.1:%1").arg(m_server.serverPort());
     }
 
-    void enqueue(const HttpReply& reply) { m_replies.enqueue(reply); }
     void enqueue(int status, const QByteArray& body,
                  const QByteArray& contentType = "application/json")
     {
-        enqueue(HttpReply{status, body, contentType, false});
+        m_replies.enqueue(response(status, body, contentType));
     }
-    void enqueueHold() { enqueue(HttpReply{200, {}, {}, true}); }
+    // Never answered: the client has to give up or cancel.
+    void enqueueHold() { m_replies.enqueue(QByteArray()); }
 
     const QList<HttpRequest>& requests() const { return m_requests; }
     void clear()
@@ -83,11 +73,11 @@ private:
             buffer->clear();
             m_requests.append(request);
             // A request nobody prepared for gets a reply that no test mistakes for success.
-            const HttpReply reply = m_replies.isEmpty()
-                                        ? HttpReply{500, "no reply queued", "text/plain", false}
-                                        : m_replies.dequeue();
-            if (reply.hold) return;
-            socket->write(response(reply));
+            const QByteArray reply = m_replies.isEmpty()
+                                         ? response(500, "no reply queued", "text/plain")
+                                         : m_replies.dequeue();
+            if (reply.isEmpty()) return;
+            socket->write(reply);
             socket->disconnectFromHost();
         });
     }
@@ -101,48 +91,37 @@ private:
         const QList<QByteArray> requestLine = lines.value(0).trimmed().split(' ');
         request.method = requestLine.value(0);
         request.path = requestLine.value(1);
-        for (qsizetype i = 1; i < lines.size(); ++i) {
-            const int colon = lines[i].indexOf(':');
-            if (colon > 0)
-                request.headers.insert(lines[i].left(colon).trimmed().toLower(),
-                                       lines[i].mid(colon + 1).trimmed());
-        }
-        const qsizetype length = request.headers.value("content-length").toLongLong();
-        if (data.size() < headerEnd + 4 + length) return false;
-        request.body = data.mid(headerEnd + 4, length);
-        return true;
+        for (const QByteArray& line : lines.mid(1))
+            if (const int colon = line.indexOf(':'); colon > 0)
+                request.headers.insert(line.left(colon).trimmed().toLower(),
+                                       line.mid(colon + 1).trimmed());
+        request.body =
+            data.mid(headerEnd + 4, request.headers.value("content-length").toLongLong());
+        return request.body.size() == request.headers.value("content-length").toLongLong();
     }
 
-    static QByteArray response(const HttpReply& reply)
+    static QByteArray response(int status, const QByteArray& body, const QByteArray& type)
     {
-        static const QMap<int, QByteArray> reasons{{200, "OK"},
-                                                   {400, "Bad Request"},
-                                                   {401, "Unauthorized"},
-                                                   {403, "Forbidden"},
-                                                   {404, "Not Found"},
-                                                   {429, "Too Many Requests"},
-                                                   {500, "Internal Server Error"},
-                                                   {503, "Service Unavailable"},
-                                                   {529, "Overloaded"}};
-        return "HTTP/1.1 " + QByteArray::number(reply.status) + ' ' +
-               reasons.value(reply.status, "Status") + "\r\nContent-Type: " + reply.contentType +
-               "\r\nContent-Length: " + QByteArray::number(reply.body.size()) +
-               "\r\nConnection: close\r\n\r\n" + reply.body;
+        // Qt quotes the reason phrase in the errors it reports.
+        static const QMap<int, QByteArray> reasons{
+            {200, "OK"}, {400, "Bad Request"}, {401, "Unauthorized"}, {404, "Not Found"}};
+        return "HTTP/1.1 " + QByteArray::number(status) + ' ' + reasons.value(status, "Status") +
+               "\r\nContent-Type: " + type +
+               "\r\nContent-Length: " + QByteArray::number(body.size()) +
+               "\r\nConnection: close\r\n\r\n" + body;
     }
 
-    QTcpServer m_server; // owns the sockets
-    QQueue<HttpReply> m_replies;
+    QTcpServer m_server;          // owns the sockets
+    QQueue<QByteArray> m_replies; // whole responses; empty: hold
     QList<HttpRequest> m_requests;
 };
 
 // The body of an OpenAI-style chat answer holding `text`.
 inline QByteArray openAiReply(const QString& text)
 {
-    return QJsonDocument(QJsonObject{{QStringLiteral("choices"),
-                                      QJsonArray{QJsonObject{
-                                          {QStringLiteral("message"),
-                                           QJsonObject{{QStringLiteral("content"), text}}}}}}})
-        .toJson(QJsonDocument::Compact);
+    const QJsonObject message{{QStringLiteral("content"), text}};
+    const QJsonArray choices{QJsonObject{{QStringLiteral("message"), message}}};
+    return QJsonDocument(QJsonObject{{QStringLiteral("choices"), choices}}).toJson();
 }
 
 } // namespace zelmor::test

@@ -18,6 +18,7 @@
 
 using namespace zelmor::service::ai;
 using zelmor::test::FakeAiServer;
+using zelmor::test::openAiReply;
 
 namespace {
 
@@ -34,12 +35,35 @@ QImage sampleImage()
     return image;
 }
 
+// The base64 of the PNG a request body carries, if any.
+QString pngIn(const QString& body)
+{
+    return QRegularExpression("[A-Za-z0-9+/]{40,}=*").match(body).captured();
+}
+
+QImage decodePng(const QString& base64)
+{
+    return QImage::fromData(QByteArray::fromBase64(base64.toLatin1()), "PNG");
+}
+
 // Delivers whatever is queued, so a signal that should not come would have come by now.
 void settle()
 {
     QCoreApplication::sendPostedEvents();
     QCoreApplication::processEvents();
 }
+
+// One dialect's request for "hello" with the system prompt "sys", and a reply answering "ok".
+struct Dialect
+{
+    QString protocol;
+    bool image = false;
+    bool tools = false;
+    QByteArray path;
+    QStringList headers; // content-type, authorization, x-api-key, anthropic-version; "-": none
+    QString body;        // "<png>" stands for the image's base64
+    QByteArray reply;
+};
 
 struct Outcome
 {
@@ -63,8 +87,8 @@ QJsonObject toolTurn(const QJsonArray& calls)
 
 QByteArray answer(const QJsonObject& message)
 {
-    const QJsonObject choice{{"index", 0}, {"message", message}};
-    return QJsonDocument(QJsonObject{{"choices", QJsonArray{choice}}}).toJson();
+    return QJsonDocument(QJsonObject{{"choices", QJsonArray{QJsonObject{{"message", message}}}}})
+        .toJson();
 }
 
 QString compact(const QVariantMap& result)
@@ -72,34 +96,9 @@ QString compact(const QVariantMap& result)
     return QJsonDocument(QJsonObject::fromVariantMap(result)).toJson(QJsonDocument::Compact);
 }
 
-QByteArray textAnswer(const QString& text)
-{
-    return answer({{"role", "assistant"}, {"content", text}});
-}
-
-// The picture the request carried, decoded from its data URL.
-QImage sentImage(const QJsonObject& body)
-{
-    const QJsonArray content = body.value(QStringLiteral("messages"))
-                                   .toArray()
-                                   .last()
-                                   .toObject()
-                                   .value(QStringLiteral("content"))
-                                   .toArray();
-    for (const QJsonValue& part : content) {
-        const QString url = part.toObject()
-                                .value(QStringLiteral("image_url"))
-                                .toObject()
-                                .value(QStringLiteral("url"))
-                                .toString();
-        if (!url.isEmpty())
-            return QImage::fromData(
-                QByteArray::fromBase64(url.section(QLatin1Char(','), 1).toLatin1()));
-    }
-    return {};
-}
-
 } // namespace
+
+Q_DECLARE_METATYPE(Dialect)
 
 class TestAiApi : public QObject
 {
@@ -108,8 +107,7 @@ class TestAiApi : public QObject
     FakeAiServer m_server;
 
     // Makes the one stored provider, the default, point at the fake server.
-    void useProvider(const QString& protocol, const QString& baseSuffix,
-                     const QString& key = QStringLiteral("sk-test"))
+    void useProvider(const QString& protocol, const QString& key = QStringLiteral("sk-test"))
     {
         AiProviderService& providers = AiProviderService::instance();
         for (const AiProvider& p : providers.list())
@@ -117,7 +115,7 @@ class TestAiApi : public QObject
         AiProvider p;
         p.name = "fake";
         p.protocol = protocol;
-        p.baseUrl = m_server.baseUrl() + baseSuffix;
+        p.baseUrl = m_server.baseUrl();
         p.apiKey = key;
         p.model = "m";
         p.isDefault = true;
@@ -146,424 +144,202 @@ class TestAiApi : public QObject
     }
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(m_server.isListening()); }
     void init() { m_server.clear(); }
 
     void endpoint_data()
     {
-        QTest::addColumn<QString>("protocol");
-        QTest::addColumn<QString>("base");
-        QTest::addColumn<QString>("expected");
-
-        QTest::newRow("bare host with /v1/, no scheme")
-            << "openai-compat"
-            << "api.example.com/v1/"
-            << "https://api.example.com/v1/chat/completions";
-        QTest::newRow("openai, host only") << "openai"
-                                           << "https://api.openai.com"
-                                           << "https://api.openai.com/v1/chat/completions";
-        QTest::newRow("openai, full endpoint") << "openai"
-                                               << "https://r.example/v1/chat/completions/"
-                                               << "https://r.example/v1/chat/completions";
-        QTest::newRow("openai, other version path")
-            << "openai-compat"
-            << "https://open.bigmodel.cn/api/paas/v4"
-            << "https://open.bigmodel.cn/api/paas/v4/v1/chat/completions";
-        QTest::newRow("anthropic, host only") << "anthropic"
-                                              << "https://api.anthropic.com"
-                                              << "https://api.anthropic.com/v1/messages";
-        QTest::newRow("anthropic, ends in /v1/messages") << "anthropic"
-                                                         << "https://a.example/v1/messages"
-                                                         << "https://a.example/v1/messages";
-        QTest::newRow("ollama, ends in /api/chat") << "ollama"
-                                                   << "http://localhost:11434/api/chat"
-                                                   << "http://localhost:11434/api/chat";
-        QTest::newRow("gemini, host only") << "gemini"
-                                           << "https://generativelanguage.googleapis.com"
-                                           << "https://generativelanguage.googleapis.com/api/chat";
-        QTest::newRow("protocol compared by case") << "OpenAI"
-                                                   << "https://h"
-                                                   << "https://h/api/chat";
-        QTest::newRow("blanks and several slashes") << "openai"
-                                                    << "  https://h//  "
-                                                    << "https://h/v1/chat/completions";
-        QTest::newRow("blank base") << "openai"
-                                    << "   "
-                                    << "";
+        QTest::addColumn<QStringList>("protocolBaseAndUrl");
+        QTest::newRow("bare host with /v1/, no scheme") << QStringList{
+            "openai-compat", "api.example.com/v1/", "https://api.example.com/v1/chat/completions"};
+        QTest::newRow("openai, full endpoint")
+            << QStringList{"openai", "https://r.example/v1/chat/completions/",
+                           "https://r.example/v1/chat/completions"};
+        QTest::newRow("ollama, ends in /api/chat")
+            << QStringList{"ollama", "http://l:11434/api/chat", "http://l:11434/api/chat"};
+        QTest::newRow("blanks and several slashes")
+            << QStringList{"openai", "  https://h//  ", "https://h/v1/chat/completions"};
     }
-
     void endpoint()
     {
-        QFETCH(QString, protocol);
-        QFETCH(QString, base);
-        QFETCH(QString, expected);
-        QCOMPARE(endpointUrl(effectiveProtocol(protocol), base), expected);
+        QFETCH(QStringList, protocolBaseAndUrl);
+        QCOMPARE(endpointUrl(effectiveProtocol(protocolBaseAndUrl[0]), protocolBaseAndUrl[1]),
+                 protocolBaseAndUrl[2]);
     }
 
+    // What each dialect sends, and where in its reply the answer is found.
     void wire_data()
     {
-        QTest::addColumn<QString>("protocol");
-        QTest::addColumn<QString>("baseSuffix");
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<bool>("withImage");
-        QTest::addColumn<QString>("system");
-        QTest::addColumn<bool>("tools");
-        QTest::addColumn<QByteArray>("path");
-        // content-type, authorization, x-api-key, anthropic-version; "-" when absent
-        QTest::addColumn<QStringList>("headers");
-        QTest::addColumn<QString>("body"); // "<png>" stands for the image's base64
-
+        QTest::addColumn<Dialect>("dialect");
+        const QStringList bearer{"application/json", "Bearer sk-test", "-", "-"};
+        const QStringList plain{"application/json", "-", "-", "-"};
+        const QString system = R"({"model":"m","max_tokens":1024,"messages":[)"
+                               R"({"role":"system","content":"sys"},{"role":"user","content":)";
+        QString body = system + R"("hello"}]})";
+        QByteArray reply = R"({"choices":[{"message":{"content":"ok"}}]})";
         QTest::newRow("openai-compat, text only")
-            << "openai-compat"
-            << "/v1/"
-            << "sk-test" << false << "" << false << QByteArray("/v1/chat/completions")
-            << QStringList{"application/json", "Bearer sk-test", "-", "-"}
-            << R"({"model":"m","max_tokens":1024,"messages":[{"role":"user","content":"hello"}]})";
-        QTest::newRow("openai, image and system")
-            << "openai"
-            << ""
-            << "sk-test" << true << "sys" << false << QByteArray("/v1/chat/completions")
-            << QStringList{"application/json", "Bearer sk-test", "-", "-"}
-            << R"({"model":"m","max_tokens":1024,"messages":[{"role":"system","content":"sys"},)"
-               R"({"role":"user","content":[{"type":"image_url","image_url":)"
-               R"({"url":"data:image/png;base64,<png>"}},{"type":"text","text":"hello"}]}]})";
-        QTest::newRow("openai, empty key still sends the bearer")
-            << "openai"
-            << "/v1"
-            << "" << false << "" << false << QByteArray("/v1/chat/completions")
-            << QStringList{"application/json", "Bearer", "-", "-"}
-            << R"({"model":"m","max_tokens":1024,"messages":[{"role":"user","content":"hello"}]})";
-        QTest::newRow("anthropic, image, system and tools")
-            << "anthropic"
-            << "/v1/messages"
-            << "sk-test" << true << "sys" << true << QByteArray("/v1/messages")
-            << QStringList{"application/json", "-", "sk-test", "2023-06-01"}
-            << QString(R"({"model":"m","max_tokens":1024,"system":"sys\n\n)" + kAgentPrompt +
-                       R"(","messages":[{"role":"user","content":[{"type":"image","source":)"
+            << Dialect{"openai-compat", false, false, "/v1/chat/completions", bearer, body, reply};
+        body = system +
+               R"([{"type":"image_url","image_url":{"url":"data:image/png;base64,<png>"}},)"
+               R"({"type":"text","text":"hello"}]}]})";
+        reply = R"({"choices":[{"message":{"content":[{"type":"text","text":"o"},)"
+                R"({"type":"image_url"},{"type":"text","text":"k"}]}}]})";
+        QTest::newRow("openai, image")
+            << Dialect{"openai", true, false, "/v1/chat/completions", bearer, body, reply};
+        body = QString(R"({"model":"m","max_tokens":1024,"system":"%1",)"
+                       R"("messages":[{"role":"user","content":[{"type":"image","source":)"
                        R"({"type":"base64","media_type":"image/png","data":"<png>"}},)"
-                       R"({"type":"text","text":"hello"}]}]})");
-        QTest::newRow("anthropic, tools without system")
-            << "anthropic"
-            << ""
-            << "sk-test" << false << "" << true << QByteArray("/v1/messages")
-            << QStringList{"application/json", "-", "sk-test", "2023-06-01"}
-            << QString(R"({"model":"m","max_tokens":1024,"system":")" + kAgentPrompt +
-                       R"(","messages":[{"role":"user","content":"hello"}]})");
-        QTest::newRow("ollama, image, system and tools")
-            << "ollama"
-            << ""
-            << "sk-test" << true << "sys" << true << QByteArray("/api/chat")
-            << QStringList{"application/json", "-", "-", "-"}
-            << R"({"model":"m","max_tokens":1024,"stream":false,)"
+                       R"({"type":"text","text":"hello"}]}]})")
+                   .arg("sys\\n\\n" + kAgentPrompt);
+        reply = R"({"content":[{"type":"text","text":"o"},{"type":"tool_use","id":"t"},)"
+                R"({"type":"text","text":"k"}]})";
+        const QStringList keyed{"application/json", "-", "sk-test", "2023-06-01"};
+        QTest::newRow("anthropic, image and tools")
+            << Dialect{"anthropic", true, true, "/v1/messages", keyed, body, reply};
+        body = R"({"model":"m","max_tokens":1024,"stream":false,)"
                R"("messages":[{"role":"user","content":"hello","images":["<png>"]}]})";
+        reply = R"({"message":{"content":"ok","tool_calls":[{"function":{"name":"ping"}}]}})";
+        QTest::newRow("ollama, image and tools")
+            << Dialect{"ollama", true, true, "/api/chat", plain, body, reply};
+        body = R"({"model":"m","max_tokens":1024})";
+        reply = R"({"candidates":[{"content":{"parts":[{"text":"ok"},{"text":"h"}]}}]})";
         QTest::newRow("gemini, no dialect")
-            << "gemini"
-            << ""
-            << "sk-test" << true << "sys" << false << QByteArray("/api/chat")
-            << QStringList{"application/json", "-", "-", "-"}
-            << R"({"model":"m","max_tokens":1024})";
+            << Dialect{"gemini", true, false, "/api/chat", plain, body, reply};
     }
-
     void wire()
     {
-        QFETCH(QString, protocol);
-        QFETCH(QString, baseSuffix);
-        QFETCH(QString, key);
-        QFETCH(bool, withImage);
-        QFETCH(QString, system);
-        QFETCH(bool, tools);
-        QFETCH(QByteArray, path);
-        QFETCH(QStringList, headers);
-        QFETCH(QString, body);
-
-        useProvider(protocol, baseSuffix, key);
-        m_server.enqueue(200, R"({"content":"ok"})");
+        QFETCH(Dialect, dialect);
+        useProvider(dialect.protocol);
+        m_server.enqueue(200, dialect.reply);
         ChatRequest request;
         request.text = "hello";
-        request.systemPrompt = system;
-        request.enableTools = tools;
-        if (withImage) request.image = QPixmap::fromImage(sampleImage());
+        request.systemPrompt = "sys";
+        request.enableTools = dialect.tools;
+        if (dialect.image) request.image = QPixmap::fromImage(sampleImage());
         QCOMPARE(chat(request).text, "ok");
-
-        QCOMPARE(m_server.requests().size(), 1);
+        QCOMPARE(m_server.requests().size(), 1); // only the OpenAI dialect runs tools
         const zelmor::test::HttpRequest& sent = m_server.requests()[0];
         QCOMPARE(sent.method, "POST");
-        QCOMPARE(sent.path, path);
-        QStringList sentHeaders;
+        QCOMPARE(sent.path, dialect.path);
+        QStringList headers;
         for (const char* name : {"content-type", "authorization", "x-api-key", "anthropic-version"})
-            sentHeaders << QString::fromUtf8(sent.headers.value(name, "-"));
-        QCOMPARE(sentHeaders, headers);
-
+            headers << QString::fromUtf8(sent.headers.value(name, "-"));
+        QCOMPARE(headers, dialect.headers);
+        const QString body = dialect.body;
         QVERIFY(!sent.body.contains('\n'));
         QString text = QString::fromUtf8(sent.body);
-        const QRegularExpressionMatch png = QRegularExpression("[A-Za-z0-9+/]{40,}=*").match(text);
-        QCOMPARE(png.hasMatch(), body.contains("<png>"));
-        if (png.hasMatch()) {
-            const QImage decoded =
-                QImage::fromData(QByteArray::fromBase64(png.captured().toLatin1()), "PNG");
-            QCOMPARE(decoded.convertToFormat(QImage::Format_ARGB32), sampleImage());
-            text.replace(png.captured(), "<png>");
-        }
+        const QString png = pngIn(text);
+        QCOMPARE(!png.isEmpty(), body.contains("<png>"));
+        if (!png.isEmpty()) text.replace(png, "<png>");
+        QCOMPARE(decodePng(png).convertToFormat(QImage::Format_ARGB32),
+                 png.isEmpty() ? QImage() : sampleImage());
         QCOMPARE(QJsonDocument::fromJson(text.toUtf8()).object(),
                  QJsonDocument::fromJson(body.toUtf8()).object());
     }
 
-    void bodyKeys_data()
-    {
-        QTest::addColumn<QString>("protocol");
-        QTest::addColumn<bool>("enableTools");
-        QTest::addColumn<bool>("prepared"); // a prepared conversation replaces the built one
-        QTest::addColumn<QStringList>("keys");
-
-        QTest::newRow("openai, tools")
-            << "openai" << true << false << QStringList{"max_tokens", "messages", "model", "tools"};
-        QTest::newRow("openai, prepared, tools")
-            << "openai" << true << true << QStringList{"max_tokens", "messages", "model", "tools"};
-        QTest::newRow("openai, prepared, no tools")
-            << "openai" << false << true << QStringList{"max_tokens", "messages", "model"};
-        QTest::newRow("anthropic, prepared, tools")
-            << "anthropic" << true << true << QStringList{"max_tokens", "messages", "model"};
-        QTest::newRow("ollama, prepared")
-            << "ollama" << false << true << QStringList{"max_tokens", "messages", "model"};
-    }
-
-    void bodyKeys()
-    {
-        QFETCH(QString, protocol);
-        QFETCH(bool, enableTools);
-        QFETCH(bool, prepared);
-        QFETCH(QStringList, keys);
-
-        ChatRequest request;
-        request.text = "built";
-        request.systemPrompt = "sys";
-        request.enableTools = enableTools;
-        const QJsonArray conversation{QJsonObject{{"role", "user"}, {"content", "prepared"}},
-                                      QJsonObject{{"role", "tool"}, {"content", "{}"}}};
-        const QJsonArray tools{QJsonObject{{"type", "function"}}};
-        const QJsonObject body =
-            requestBody(request, protocol, "m", prepared ? conversation : QJsonArray(), tools);
-        QCOMPARE(body.keys(), keys);
-        if (prepared) QCOMPARE(body["messages"].toArray(), conversation);
-        if (keys.contains("tools")) QCOMPARE(body["tools"].toArray(), tools);
-    }
-
-    void reader_data()
-    {
-        QTest::addColumn<QByteArray>("reply");
-        QTest::addColumn<QByteArray>("contentType");
-        QTest::addColumn<QString>("expected");
-
-        const QByteArray json = "application/json";
-        QTest::newRow("choices, string content")
-            << QByteArray(R"({"choices":[{"message":{"content":"a"}}]})") << json << "a";
-        QTest::newRow("choices, text parts")
-            << QByteArray(R"({"choices":[{"message":{"content":[{"type":"text","text":"a"},)"
-                          R"({"type":"image_url"},{"type":"text","text":"b"}]}}]})")
-            << json << "ab";
-        QTest::newRow("choices, parts without text end the search")
-            << QByteArray(
-                   R"({"choices":[{"message":{"content":[{"type":"image_url"}]}}],"content":"x"})")
-            << json
-            << R"({"choices":[{"message":{"content":[{"type":"image_url"}]}}],"content":"x"})";
-        QTest::newRow("choices, null content falls through")
-            << QByteArray(R"({"choices":[{"message":{"content":null}}],"content":"x"})") << json
-            << "x";
-        QTest::newRow("choices, completion text")
-            << QByteArray(R"({"choices":[{"text":"t"}]})") << json << "t";
-        QTest::newRow("empty choices fall through")
-            << QByteArray(R"({"choices":[],"content":"c"})") << json << "c";
-        QTest::newRow("anthropic parts around a tool part")
-            << QByteArray(R"({"content":[{"type":"text","text":"a"},{"type":"tool_use","id":"t"},)"
-                          R"({"type":"text","text":"b"}]})")
-            << json << "ab";
-        QTest::newRow("content without text falls through")
-            << QByteArray(R"({"content":[{"type":"tool_use"}],"message":{"content":"m"}})") << json
-            << "m";
-        QTest::newRow("ollama message")
-            << QByteArray(R"({"message":{"role":"assistant","content":"o"},"done":true})") << json
-            << "o";
-        QTest::newRow("gemini candidates")
-            << QByteArray(R"({"candidates":[{"content":{"parts":[{"text":"g"},{"text":"h"}]}}]})")
-            << json << "g";
-        QTest::newRow("no known shape")
-            << QByteArray(R"({"result":"r"})") << json << R"({"result":"r"})";
-        QTest::newRow("plain text") << QByteArray("Grüße") << QByteArray("text/plain") << "Grüße";
-        QTest::newRow("empty body") << QByteArray() << json << "";
-    }
-
-    void reader()
-    {
-        QFETCH(QByteArray, reply);
-        QFETCH(QByteArray, contentType);
-        QFETCH(QString, expected);
-
-        useProvider("ollama", "");
-        m_server.enqueue(200, reply, contentType);
-        const Outcome outcome = chat();
-        QVERIFY(outcome.finished);
-        QCOMPARE(outcome.text, expected);
-    }
-
-    void failure_data()
+    // Replies in no dialect's shape, and failures: an error's own message when it has one.
+    void reply_data()
     {
         QTest::addColumn<int>("status");
         QTest::addColumn<QByteArray>("reply");
         QTest::addColumn<QByteArray>("contentType");
-        QTest::addColumn<QString>("reason"); // "~" + text: the network layer's words holding it
-
+        QTest::addColumn<QString>("text"); // "~" + text: the network layer's words holding it
+        const QByteArray json = "application/json";
+        QTest::newRow("choices, null content falls through")
+            << 200 << QByteArray(R"({"choices":[{"message":{"content":null}}],"content":"x"})")
+            << json << "x";
+        QTest::newRow("no known shape")
+            << 200 << QByteArray(R"({"result":"r"})") << json << R"({"result":"r"})";
+        QTest::newRow("plain text")
+            << 200 << QByteArray("Grüße") << QByteArray("text/plain") << "Grüße";
         QTest::newRow("openai error message")
-            << 401
-            << QByteArray(
-                   R"({"error":{"message":"Incorrect API key provided.","type":"invalid_request_error"}})")
-            << QByteArray("application/json") << "Incorrect API key provided.";
-        QTest::newRow("anthropic error message")
-            << 529
-            << QByteArray(
-                   R"({"type":"error","error":{"type":"overloaded_error","message":"Overloaded"}})")
-            << QByteArray("application/json") << "Overloaded";
-        QTest::newRow("html page")
-            << 401 << QByteArray("<html><h1>401 Authorization Required</h1></html>")
-            << QByteArray("text/html") << "~Host requires authentication";
-        QTest::newRow("error as a string")
-            << 404 << QByteArray(R"({"error":"model not found"})") << QByteArray("application/json")
-            << "~server replied: Not Found";
-        QTest::newRow("error without message")
-            << 400 << QByteArray(R"({"error":{"code":"x"}})") << QByteArray("application/json")
-            << "~server replied: Bad Request";
+            << 401 << QByteArray(R"({"error":{"message":"Bad key.","type":"invalid_request"}})")
+            << json << "Bad key.";
+        QTest::newRow("html page") << 401 << QByteArray("<html><h1>401 Go away</h1></html>")
+                                   << QByteArray("text/html") << "~Host requires authentication";
+        QTest::newRow("error as a string") << 404 << QByteArray(R"({"error":"model not found"})")
+                                           << json << "~server replied: Not Found";
     }
-
-    void failure()
+    void reply()
     {
         QFETCH(int, status);
         QFETCH(QByteArray, reply);
         QFETCH(QByteArray, contentType);
-        QFETCH(QString, reason);
-
-        useProvider("openai", "");
+        QFETCH(QString, text);
+        useProvider("openai");
         m_server.enqueue(status, reply, contentType);
         const Outcome outcome = chat();
-        QVERIFY(!outcome.finished);
-        if (reason.startsWith('~')) {
-            QVERIFY2(outcome.text.contains(reason.mid(1)), qPrintable(outcome.text));
+        QCOMPARE(outcome.finished, status == 200);
+        if (text.startsWith('~')) {
+            QVERIFY2(outcome.text.contains(text.mid(1)), qPrintable(outcome.text));
             QVERIFY(!outcome.text.contains("model not found"));
         } else {
-            QCOMPARE(outcome.text, reason);
+            QCOMPARE(outcome.text, text);
         }
     }
 
     void keyStaysOutOfTheLog()
     {
-        const QString key = "sk-live-0123456789abcdef";
-        useProvider("openai", "", key);
-        m_server.enqueue(401, R"({"error":{"message":"Incorrect API key provided: )" +
-                                  key.toUtf8() + R"("}})");
+        const QByteArray key = "sk-live-0123456789abcdef";
+        useProvider("openai", key);
+        m_server.enqueue(401,
+                         R"({"error":{"message":"Incorrect API key provided: )" + key + R"("}})");
         QVERIFY(chat().text.contains(key));
-        QCOMPARE(m_server.requests()[0].headers.value("authorization"),
-                 QByteArray("Bearer " + key.toUtf8()));
-
         const QByteArray log = zelmor::test::readFile(zelmor::core::logFilePath());
         QVERIFY(log.contains("[ai] openai request to 127.0.0.1 failed"));
-        QVERIFY(!log.contains(key.toUtf8()));
         QVERIFY(!log.contains("sk-live"));
     }
 
-    void notConfigured_data()
+    void blankBaseUrlSendsNothing()
     {
-        QTest::addColumn<bool>("anyProvider");
-        QTest::newRow("no provider") << false;
-        QTest::newRow("blank base URL") << true;
-    }
-
-    void notConfigured()
-    {
-        QFETCH(bool, anyProvider);
-        useProvider("openai", "");
-        AiProviderService& providers = AiProviderService::instance();
-        AiProvider stored = providers.active();
+        useProvider("openai");
+        AiProvider stored = AiProviderService::instance().active();
         stored.baseUrl = "   ";
-        QVERIFY(anyProvider ? providers.update(stored) : providers.remove(stored.id));
-
+        QVERIFY(AiProviderService::instance().update(stored));
         AiApiService service;
         QSignalSpy failed(&service, &AiApiService::chatFailed);
         service.chat({});
         QCOMPARE(failed.count(), 1);
-        QCOMPARE(failed[0][0].toString(), "AI Base URL is not configured. Please open Zelmor "
-                                          "Settings -> AI to set API Base URL & Key.");
+        QVERIFY(failed[0][0].toString().startsWith("AI Base URL is not configured."));
         settle();
         QVERIFY(m_server.requests().isEmpty());
     }
 
-    void cancelEndsInFailure()
-    {
-        useProvider("anthropic", "");
-        m_server.enqueueHold();
-        AiApiService service;
-        QSignalSpy finished(&service, &AiApiService::chatFinished);
-        QSignalSpy failed(&service, &AiApiService::chatFailed);
-        service.cancel(); // nothing in flight
-        service.chat({});
-        QTRY_COMPARE(m_server.requests().size(), 1);
-        QVERIFY(failed.isEmpty());
-
-        service.cancel();
-        QTRY_COMPARE(failed.count(), 1);
-        service.cancel();
-        settle();
-        QCOMPARE(failed.count(), 1);
-        QCOMPARE(finished.count(), 0);
-    }
-
     void testConnection_data()
     {
-        QTest::addColumn<QString>("protocol");
         QTest::addColumn<int>("status");
         QTest::addColumn<QByteArray>("reply");
-        QTest::addColumn<bool>("ok");
-        QTest::addColumn<QString>("error"); // a part of it
-
-        QTest::newRow("any success counts")
-            << "openai" << 200 << QByteArray("<html>fine</html>") << true << "";
+        QTest::addColumn<QString>("error"); // a part of it; empty: success
+        QTest::newRow("any success counts") << 200 << QByteArray("<html>ok</html>") << "";
         QTest::newRow("failure in the network layer's words")
-            << "anthropic" << 401 << QByteArray(R"({"error":{"message":"bad key"}})") << false
+            << 401 << QByteArray(R"({"error":{"message":"bad key"}})")
             << "Host requires authentication";
     }
-
     void testConnection()
     {
-        QFETCH(QString, protocol);
         QFETCH(int, status);
         QFETCH(QByteArray, reply);
-        QFETCH(bool, ok);
         QFETCH(QString, error);
-
-        // The record under test is not the stored one.
-        useProvider("ollama", "/elsewhere");
+        useProvider("ollama"); // the record under test is not the stored one
         AiProvider p;
-        p.protocol = protocol;
-        p.baseUrl = m_server.baseUrl();
+        p.protocol = "anthropic";
+        p.baseUrl = m_server.baseUrl() + "/tested";
         p.apiKey = "k";
         p.model = "tiny";
         m_server.enqueue(status, reply);
 
         AiApiService service;
         QList<QPair<bool, QString>> answers;
-        service.testConnection(p, [&](bool success, const QString& reason) {
-            answers.append({success, reason});
-        });
+        service.testConnection(p, [&](bool ok, const QString& why) { answers.append({ok, why}); });
         QTRY_COMPARE(answers.size(), 1);
-        QCOMPARE(answers[0].first, ok);
-        QVERIFY2(ok ? answers[0].second.isEmpty() : answers[0].second.contains(error),
-                 qPrintable(answers[0].second));
+        QCOMPARE(answers[0].first, error.isEmpty());
+        QVERIFY2(answers[0].second.contains(error), qPrintable(answers[0].second));
         QVERIFY(!answers[0].second.contains("bad key"));
-
         QCOMPARE(m_server.requests().size(), 1);
-        QVERIFY(!m_server.requests()[0].path.startsWith("/elsewhere"));
-        QCOMPARE(
-            m_server.requests()[0].json(),
-            QJsonDocument::fromJson(
-                R"({"model":"tiny","max_tokens":1,"messages":[{"role":"user","content":"hi"}]})")
-                .object());
+        QVERIFY(m_server.requests()[0].path.startsWith("/tested"));
+        QCOMPARE(m_server.requests()[0].json(),
+                 QJsonDocument::fromJson(R"({"model":"tiny","max_tokens":1,)"
+                                         R"("messages":[{"role":"user","content":"hi"}]})")
+                     .object());
         settle();
         QCOMPARE(answers.size(), 1);
     }
@@ -583,93 +359,39 @@ private Q_SLOTS:
         QCOMPARE(answers, 0);
     }
 
-    void toolListFollowsTheRegistry()
-    {
-        useProvider("openai-compat", "");
-        m_server.enqueue(200, textAnswer("done"));
-        QVERIFY(chat(toolRequest()).finished);
-        const QJsonArray tools = m_server.requests()[0].json()["tools"].toArray();
-        const auto& registry = zelmor::service::mcp::mcpTools();
-        QCOMPARE(tools.size(), registry.size());
-        for (qsizetype i = 0; i < registry.size(); ++i) {
-            const QJsonObject entry = tools[i].toObject();
-            QCOMPARE(entry["type"].toString(), "function");
-            const QJsonObject function = entry["function"].toObject();
-            QCOMPARE(function["name"].toString(), registry[i].name);
-            QCOMPARE(function["description"].toString(), registry[i].description);
-            QCOMPARE(function.contains("parameters"), registry[i].schema != nullptr);
-            if (registry[i].schema)
-                QCOMPARE(function["parameters"].toObject(), registry[i].schema());
-        }
-    }
-
     void twoCallsInOneAnswer()
     {
-        useProvider("openai", "");
+        useProvider("openai");
         const QJsonObject turn =
-            toolTurn({call("c1", "ping", R"({"n":1})"), call("c2", "no_such_tool", "")});
+            toolTurn({call("c1", "ping", QJsonObject{{"n", 1}}), call("c2", "no_such_tool", "{")});
         m_server.enqueue(200, answer(turn));
-        m_server.enqueue(200, textAnswer("all done"));
+        m_server.enqueue(200, openAiReply("all done"));
         const Outcome outcome = chat(toolRequest());
         QCOMPARE(outcome.text, "all done");
         QCOMPARE(m_server.requests().size(), 2);
 
-        const QList<QVariantList>& executed = outcome.executed;
-        QCOMPARE(executed.count(), 2);
-        QCOMPARE(executed[0][0].toString(), "ping");
-        QCOMPARE(executed[0][1].toMap(), (QVariantMap{{"n", 1}}));
-        QCOMPARE(executed[0][2].toMap()["pong"], true);
-        QCOMPARE(executed[1][0].toString(), "no_such_tool");
-        QCOMPARE(executed[1][1].toMap(), QVariantMap());
-        QCOMPARE(executed[1][2].toMap(),
-                 (QVariantMap{{"isError", true}, {"text", "unknown tool: no_such_tool"}}));
-
+        // Arguments come as an object or as its text; text that is no object reads as none.
+        QCOMPARE(outcome.executed.count(), 2);
+        QCOMPARE(outcome.executed[0][1].toMap(), (QVariantMap{{"n", 1}}));
+        QCOMPARE(outcome.executed[1][1].toMap(), QVariantMap());
+        const QVariantMap unknown{{"isError", true}, {"text", "unknown tool: no_such_tool"}};
         const QJsonObject first = m_server.requests()[0].json();
         const QJsonObject second = m_server.requests()[1].json();
         QJsonArray expected = first["messages"].toArray();
         expected.append(turn);
+        const QString pong = compact(zelmor::service::mcp::callMcpTool("ping", {}));
+        expected.append(QJsonObject{{"role", "tool"}, {"tool_call_id", "c1"}, {"content", pong}});
         expected.append(
-            QJsonObject{{"role", "tool"},
-                        {"tool_call_id", "c1"},
-                        {"content", compact(zelmor::service::mcp::callMcpTool("ping", {}))}});
-        expected.append(
-            QJsonObject{{"role", "tool"},
-                        {"tool_call_id", "c2"},
-                        {"content", R"({"isError":true,"text":"unknown tool: no_such_tool"})"}});
+            QJsonObject{{"role", "tool"}, {"tool_call_id", "c2"}, {"content", compact(unknown)}});
         QCOMPARE(second["messages"].toArray(), expected);
         QJsonObject rest = second;
         rest.insert("messages", first["messages"]);
         QCOMPARE(rest, first); // tools, model and max_tokens travel on unchanged
     }
 
-    void arguments_data()
-    {
-        QTest::addColumn<QJsonValue>("arguments");
-        QTest::addColumn<QVariantMap>("expected");
-        QTest::newRow("empty string") << QJsonValue("") << QVariantMap();
-        QTest::newRow("bad json") << QJsonValue("{\"n\":") << QVariantMap();
-        QTest::newRow("json array") << QJsonValue("[1]") << QVariantMap();
-        QTest::newRow("nested") << QJsonValue(R"({"a":{"b":"c"}})")
-                                << QVariantMap{{"a", QVariantMap{{"b", "c"}}}};
-        QTest::newRow("object itself")
-            << QJsonValue(QJsonObject{{"n", 2}}) << QVariantMap{{"n", 2}};
-    }
-
-    void arguments()
-    {
-        QFETCH(QJsonValue, arguments);
-        QFETCH(QVariantMap, expected);
-        useProvider("openai", "");
-        m_server.enqueue(200, answer(toolTurn({call("c", "ping", arguments)})));
-        m_server.enqueue(200, textAnswer("ok"));
-        const Outcome outcome = chat(toolRequest());
-        QCOMPARE(outcome.executed.count(), 1);
-        QCOMPARE(outcome.executed[0][1].toMap(), expected);
-    }
-
     void depthLimit()
     {
-        useProvider("openai", "");
+        useProvider("openai");
         const QByteArray again = answer(toolTurn({call("c", "ping", "{}")}));
         for (int i = 0; i < 102; ++i)
             m_server.enqueue(200, again);
@@ -682,52 +404,25 @@ private Q_SLOTS:
         QCOMPARE(m_server.requests().last().json()["messages"].toArray().size(), 2 + 2 * 100);
     }
 
-    void noLoop_data()
+    // Cancelled at a later step of the tool loop.
+    void cancelEndsInOneFailure()
     {
-        QTest::addColumn<QString>("protocol");
-        QTest::addColumn<QByteArray>("reply");
-        QTest::addColumn<QString>("text");
-
-        const QByteArray asking = answer({{"role", "assistant"},
-                                          {"content", "t"},
-                                          {"tool_calls", QJsonArray{call("c", "ping", "{}")}}});
-        QTest::newRow("empty tool_calls")
-            << "openai"
-            << answer({{"role", "assistant"}, {"content", "t"}, {"tool_calls", QJsonArray()}})
-            << "t";
-        QTest::newRow("null tool_calls")
-            << "openai"
-            << answer({{"role", "assistant"}, {"content", "t"}, {"tool_calls", QJsonValue::Null}})
-            << "t";
-        QTest::newRow("anthropic") << "anthropic" << asking << "t";
-        QTest::newRow("ollama") << "ollama" << asking << "t";
-    }
-
-    void noLoop()
-    {
-        QFETCH(QString, protocol);
-        QFETCH(QByteArray, reply);
-        QFETCH(QString, text);
-        useProvider(protocol, "");
-        m_server.enqueue(200, reply);
-        m_server.enqueue(200, textAnswer("second"));
-        const Outcome outcome = chat(toolRequest());
-        QCOMPARE(outcome.text, text);
-        QCOMPARE(outcome.executed.count(), 0);
-        QCOMPARE(m_server.requests().size(), 1);
-    }
-
-    void cancelReachesALaterStep()
-    {
-        useProvider("openai", "");
+        useProvider("openai");
         m_server.enqueue(200, answer(toolTurn({call("c", "ping", "{}")})));
         m_server.enqueueHold();
         AiApiService service;
+        QSignalSpy finished(&service, &AiApiService::chatFinished);
         QSignalSpy failed(&service, &AiApiService::chatFailed);
+        service.cancel(); // nothing in flight
         service.chat(toolRequest());
         QTRY_COMPARE(m_server.requests().size(), 2);
+        QVERIFY(failed.isEmpty());
         service.cancel();
         QTRY_COMPARE(failed.count(), 1);
+        service.cancel();
+        settle();
+        QCOMPARE(failed.count(), 1);
+        QCOMPARE(finished.count(), 0);
     }
 
     void ocrScalesOnlyLargePictures_data()
@@ -739,142 +434,53 @@ private Q_SLOTS:
     }
     void ocrScalesOnlyLargePictures()
     {
-        useProvider("openai", "");
         QFETCH(QSize, size);
         QFETCH(QSize, sent);
-        m_server.enqueue(200, zelmor::test::openAiReply(QStringLiteral("Hello")));
+        useProvider("openai");
+        m_server.enqueue(200, openAiReply("Hello"));
         AiWorkflow workflow;
         QSignalSpy result(&workflow, &AiWorkflow::resultReady);
         QPixmap pixmap(size);
         pixmap.fill(Qt::white);
         workflow.ocr(pixmap);
         QTRY_COMPARE(result.count(), 1);
-        QCOMPARE(result.first().at(0).toString(), QStringLiteral("ocr"));
-        QCOMPARE(result.first().at(1).toString(), QStringLiteral("Hello"));
-        const QJsonObject body = m_server.requests().last().json();
-        QCOMPARE(sentImage(body).size(), sent);
-        QCOMPARE(body.value(QStringLiteral("max_tokens")).toInt(), 1024);
-    }
-
-    void annotationParsesBoxesAgainstTheImage()
-    {
-        useProvider("openai", "");
-        m_server.enqueue(200, zelmor::test::openAiReply(QStringLiteral(
-                                  "Here:\n[{\"box\":[190,90,50,50],\"label\":\"button\"}]")));
-        AiWorkflow workflow;
-        QSignalSpy boxes(&workflow, &AiWorkflow::boxesReady);
-        QPixmap pixmap(200, 100);
-        pixmap.fill(Qt::white);
-        workflow.annotate(pixmap);
-        QTRY_COMPARE(boxes.count(), 1);
-        const auto list = boxes.first().first().value<QList<AnnotationBox>>();
-        QCOMPARE(list.size(), 1);
-        QCOMPARE(list.first().rect, QRect(190, 90, 10, 10));
-        const QJsonObject body = m_server.requests().last().json();
-        QCOMPARE(body.value(QStringLiteral("max_tokens")).toInt(), 2048);
-        QVERIFY(body.value(QStringLiteral("messages"))
-                    .toArray()
-                    .first()
-                    .toObject()
-                    .value(QStringLiteral("content"))
-                    .toString()
-                    .startsWith(QStringLiteral("You are a UI element detector.")));
-    }
-
-    void answersWithoutArraysFail()
-    {
-        useProvider("openai", "");
-        m_server.enqueue(200, zelmor::test::openAiReply(QStringLiteral("no boxes, sorry")));
-        AiWorkflow workflow;
-        QSignalSpy failed(&workflow, &AiWorkflow::failed);
-        workflow.annotate(QPixmap(10, 10));
-        QTRY_COMPARE(failed.count(), 1);
-        QCOMPARE(failed.first().first().toString(), QStringLiteral("No JSON array in AI response"));
-    }
-
-    void cancelReachesRecognitionButNotTranslation()
-    {
-        useProvider("openai", "");
-        const qsizetype before = m_server.requests().size();
-        m_server.enqueueHold();
-        AiWorkflow ocr;
-        QSignalSpy ocrFailed(&ocr, &AiWorkflow::failed);
-        ocr.ocr(QPixmap(10, 10));
-        QTRY_COMPARE(m_server.requests().size(), before + 1);
-        ocr.cancel();
-        QTRY_COMPARE(ocrFailed.count(), 1);
-
-        m_server.enqueue(200, zelmor::test::openAiReply(QStringLiteral("你好")));
-        AiWorkflow translation;
-        QSignalSpy translated(&translation, &AiWorkflow::resultReady);
-        translation.translate(QPixmap(10, 10), QStringLiteral("中文"));
-        translation.cancel();
-        QTRY_COMPARE(translated.count(), 1);
-        QCOMPARE(translated.first().at(0).toString(), QStringLiteral("translate"));
+        QCOMPARE(result.first(), (QVariantList{"ocr", "Hello"}));
+        QCOMPARE(decodePng(pngIn(m_server.requests().last().body)).size(), sent);
     }
 
     void annotationBoxes_data()
     {
         QTest::addColumn<QString>("answer");
         QTest::addColumn<QList<QRect>>("rects");
-        const QSize image(200, 100);
-        Q_UNUSED(image)
+        QTest::addColumn<QString>("error"); // how it starts
+        using Rects = QList<QRect>;
         QTest::newRow("box array")
-            << R"([{"box":[10,20,30,40],"label":"button"}])" << QList<QRect>{QRect(10, 20, 30, 40)};
-        QTest::newRow("fenced with prose") << "Sure!\n```json\n[{\"box\":[1,2,3,4]}]\n```\nDone."
-                                           << QList<QRect>{QRect(1, 2, 3, 4)};
-        QTest::newRow("no area: dropped") << R"([{"box":[10,10,0,5]}])" << QList<QRect>{};
-        QTest::newRow("negative origin keeps its size")
-            << R"([{"box":[-5,-5,20,20]}])" << QList<QRect>{QRect(0, 0, 20, 20)};
+            << R"([{"box":[10,20,30,40],"label":"button"}])" << Rects{{10, 20, 30, 40}} << "";
+        QTest::newRow("fenced with prose")
+            << "Sure!\n```json\n[{\"box\":[1,2,3,4]}]\n```\nDone." << Rects{{1, 2, 3, 4}} << "";
+        QTest::newRow("no area: dropped") << R"([{"box":[10,10,0,5]}])" << Rects{} << "";
         QTest::newRow("beyond the right edge: 1 px at W")
-            << R"([{"box":[250,10,30,30]}])" << QList<QRect>{QRect(200, 10, 1, 30)};
-        QTest::newRow("long keys")
-            << R"([{"x":1,"y":2,"width":3,"height":4}])" << QList<QRect>{QRect(1, 2, 3, 4)};
+            << R"([{"box":[250,10,30,30]}])" << Rects{{200, 10, 1, 30}} << "";
         QTest::newRow("short keys win")
-            << R"([{"x":1,"y":2,"w":5,"width":3,"h":6}])" << QList<QRect>{QRect(1, 2, 5, 6)};
+            << R"([{"x":1,"y":2,"w":5,"width":3,"h":6}])" << Rects{{1, 2, 5, 6}} << "";
         QTest::newRow("box of three falls back to keys")
-            << R"([{"box":[1,2,3],"x":4,"y":5,"w":6,"h":7}])" << QList<QRect>{QRect(4, 5, 6, 7)};
-        QTest::newRow("fractions truncate")
-            << R"([{"box":[1.9,2.9,3.9,4.9]}])" << QList<QRect>{QRect(1, 2, 3, 4)};
+            << R"([{"box":[1,2,3],"x":4,"y":5,"w":6,"h":7}])" << Rects{{4, 5, 6, 7}} << "";
         QTest::newRow("far beyond int: held at the edges")
-            << R"([{"box":[1e12,-1e300,5,1e20]}])" << QList<QRect>{QRect(200, 0, 1, 1 << 30)};
-        QTest::newRow("empty array") << "[]" << QList<QRect>{};
+            << R"([{"box":[1e12,-1e300,5,1e20]}])" << Rects{{200, 0, 1, 1 << 30}} << "";
+        QTest::newRow("bad json") << "[{\"box\": [1,2,}]" << Rects{} << "Bad JSON: ";
     }
     void annotationBoxes()
     {
         QFETCH(QString, answer);
         QFETCH(QList<QRect>, rects);
+        QFETCH(QString, error);
         const AnnotationParse parse = parseAnnotationBoxes(answer, QSize(200, 100));
-        QVERIFY2(parse.error.isEmpty(), qPrintable(parse.error));
+        QVERIFY2(error.isEmpty() ? parse.error.isEmpty() : parse.error.startsWith(error),
+                 qPrintable(parse.error));
         QList<QRect> got;
         for (const AnnotationBox& b : parse.boxes)
             got << b.rect;
         QCOMPARE(got, rects);
-    }
-
-    void annotationBoxFailures_data()
-    {
-        QTest::addColumn<QString>("answer");
-        QTest::addColumn<QString>("error");
-        QTest::newRow("no bracket") << "nothing here"
-                                    << "No JSON array in AI response";
-        QTest::newRow("bracket order") << "] then ["
-                                       << "No JSON array in AI response";
-        QTest::newRow("bad json") << "[{\"box\": [1,2,}]"
-                                  << "Bad JSON: ";
-    }
-    void annotationBoxFailures()
-    {
-        QFETCH(QString, answer);
-        QFETCH(QString, error);
-        QVERIFY(parseAnnotationBoxes(answer, QSize(10, 10)).error.startsWith(error));
-    }
-
-    void annotationLabelsAreKept()
-    {
-        const AnnotationParse parse =
-            parseAnnotationBoxes(R"([{"box":[0,0,5,5],"label":"menu"}])", QSize(10, 10));
-        QCOMPARE(parse.boxes.first().label, QStringLiteral("menu"));
     }
 };
 

@@ -16,9 +16,7 @@ Q_DECLARE_METATYPE(zelmor::service::capture::AnnotationShape)
 
 namespace {
 
-constexpr double kPi = 3.141592653589793;
 const QColor kRed(0xFF, 0x52, 0x52);
-const QColor kGrey(128, 128, 128);
 
 Shape makeShape(int kind, const QList<QPointF>& points, int width = 3)
 {
@@ -54,11 +52,14 @@ bool near(const QColor& a, const QColor& b, int tolerance)
            std::abs(a.blue() - b.blue()) <= tolerance;
 }
 
-QColor blend(const QColor& over, const QColor& under, double alpha)
+// Red across, green down: every pixel tells where it came from.
+QImage gradient(QSize size = {100, 100})
 {
-    const auto mix = [&](int o, int u) { return int(std::lround(u + (o - u) * alpha)); };
-    return QColor(mix(over.red(), under.red()), mix(over.green(), under.green()),
-                  mix(over.blue(), under.blue()));
+    QImage image(size, QImage::Format_RGB32);
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x)
+            image.setPixel(x, y, qRgb(2 * x % 256, 2 * y % 256, (x + y) % 256));
+    return image;
 }
 
 } // namespace
@@ -68,52 +69,13 @@ class TestAnnotationPainter : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void arrowHead_data()
+    void highlightReplacesTheColoursAlpha()
     {
-        QTest::addColumn<double>("angle");
-        QTest::addColumn<int>("width");
-        QTest::newRow("right, head at least 10") << 0.0 << 2;
-        QTest::newRow("down-left, head 3x width") << 2.356 << 6;
-        QTest::newRow("up, head 3x width") << -kPi / 2 << 4;
-    }
-    void arrowHead()
-    {
-        QFETCH(double, angle);
-        QFETCH(int, width);
-        const QPointF tip = QPointF(50, 50) + 35 * QPointF(std::cos(angle), std::sin(angle));
-        const QImage image = painted(canvas(), {makeShape(Shape::Arrow, {{50, 50}, tip}, width)});
-        const double length = std::max(3.0 * width, 10.0);
-        const double half = kPi / 7;
-        const auto back = [&](double off, double distance) {
-            return tip - distance * QPointF(std::cos(angle + off), std::sin(angle + off));
-        };
-        const auto marked = [&](QPointF p) {
-            return image.pixelColor(int(std::floor(p.x())), int(std::floor(p.y()))).green() < 160;
-        };
-        QVERIFY(marked(tip));
-        for (int side : {-1, 1}) {
-            QVERIFY(marked(back(side * half, length)));
-            QVERIFY(!marked(back(side * half, length + width / 2.0 + 3)));
-            QVERIFY(!marked(back(side * 2 * half, length)));
-        }
-    }
-
-    void highlight_data()
-    {
-        QTest::addColumn<int>("alpha");
-        QTest::addColumn<int>("width");
-        QTest::newRow("opaque colour") << 255 << 2;
-        QTest::newRow("own alpha is replaced") << 100 << 4;
-    }
-    void highlight()
-    {
-        QFETCH(int, alpha);
-        QFETCH(int, width);
-        Shape s = makeShape(Shape::Highlight, {{10, 50}, {90, 50}}, width);
-        s.color.setAlpha(alpha);
+        Shape s = makeShape(Shape::Highlight, {{10, 50}, {90, 50}}, 4);
+        s.color.setAlpha(100);
         const QImage image = painted(canvas(), {s});
-        const int half = 3 * width / 2;
-        const QColor expected = blend(kRed, Qt::white, 0.35);
+        const int half = 3 * 4 / 2;
+        const QColor expected(255, 194, 194); // the red at 35% over white
         for (int y = 50 - half; y < 50 + half; ++y)
             QVERIFY2(near(image.pixelColor(50, y), expected, 2), qPrintable(QString::number(y)));
         QCOMPARE(image.pixelColor(50, 50 - half - 1), QColor(Qt::white));
@@ -128,17 +90,11 @@ private Q_SLOTS:
         QTest::addColumn<QList<int>>("origins"); // of blocks, along x and y alike
         QTest::newRow("blocks stick out right and bottom")
             << QImage::Format_RGB32 << QRect(2, 2, 10, 10) << 4 << QList<int>{2, 6, 10};
-        QTest::newRow("last row and column of the rect may stay")
-            << QImage::Format_RGB32 << QRect(2, 2, 9, 9) << 4 << QList<int>{2, 6};
-        QTest::newRow("block size 1 gives blocks of 2")
-            << QImage::Format_RGB32 << QRect(4, 4, 5, 5) << 1 << QList<int>{4, 6};
         QTest::newRow("past the image edge")
             << QImage::Format_RGB32 << QRect(14, 14, 10, 10) << 4 << QList<int>{14, 18, 22};
         QTest::newRow("premultiplied, translucent")
             << QImage::Format_ARGB32_Premultiplied << QRect(0, 0, 20, 20) << 5
             << QList<int>{0, 5, 10, 15};
-        QTest::newRow("16-bit") << QImage::Format_RGB16 << QRect(0, 0, 8, 8) << 3
-                                << QList<int>{0, 3, 6};
     }
     void mosaicBlocksHoldMeans()
     {
@@ -161,36 +117,25 @@ private Q_SLOTS:
 
         const int edge = std::max(blockSize, 2);
         QImage expected = canvas(Qt::white, source.size());
-        for (int by : origins) {
+        QPainter means(&expected);
+        for (int by : origins)
             for (int bx : origins) {
                 const QRect block = QRect(bx, by, edge, edge) & source.rect();
-                if (block.isEmpty()) continue;
-                int r = 0, g = 0, b = 0;
-                for (int y = block.top(); y <= block.bottom(); ++y)
-                    for (int x = block.left(); x <= block.right(); ++x) {
-                        const QColor c = source.pixelColor(x, y);
-                        r += c.red(), g += c.green(), b += c.blue();
-                    }
                 const int n = block.width() * block.height();
-                for (int y = block.top(); y <= block.bottom(); ++y)
-                    for (int x = block.left(); x <= block.right(); ++x)
-                        expected.setPixelColor(x, y, QColor(r / n, g / n, b / n));
+                int r = 0, g = 0, b = 0;
+                for (int i = 0; i < n; ++i) {
+                    const QColor c = source.pixelColor(
+                        block.topLeft() + QPoint(i % block.width(), i / block.width()));
+                    r += c.red(), g += c.green(), b += c.blue();
+                }
+                if (n > 0) means.fillRect(block, QColor(r / n, g / n, b / n));
             }
-        }
+        means.end();
         QCOMPARE(actual, expected);
     }
 
-    void blurSmearsAlongRowsOnly_data()
-    {
-        QTest::addColumn<int>("blockSize");
-        QTest::addColumn<int>("radius");
-        QTest::newRow("7") << 7 << 1;
-        QTest::newRow("16") << 16 << 4;
-    }
     void blurSmearsAlongRowsOnly()
     {
-        QFETCH(int, blockSize);
-        QFETCH(int, radius);
         // Red steps at x = 20, green at y = 20.
         QImage source(40, 40, QImage::Format_RGB32);
         for (int y = 0; y < 40; ++y)
@@ -198,13 +143,13 @@ private Q_SLOTS:
                 source.setPixel(x, y, qRgb(x >= 20 ? 255 : 0, y >= 20 ? 255 : 0, 0));
 
         Shape whole = makeShape(Shape::Blur, {{40, 40}, {0, 0}});
-        whole.blockSize = blockSize;
+        whole.blockSize = 16;
         const QImage image = painted(source, {whole}, source);
         for (int y = 0; y < 40; ++y) {
             for (int x = 0; x < 40; ++x) {
                 const QRgb p = image.pixel(x, y);
                 QCOMPARE(qGreen(p), y >= 20 ? 255 : 0);
-                const bool smeared = x >= 20 - 2 * radius && x < 20 + 2 * radius;
+                const bool smeared = x >= 12 && x < 28; // two radii of 16 / 4 about the step
                 QVERIFY2((qRed(p) > 0 && qRed(p) < 255) == smeared,
                          qPrintable(QStringLiteral("x %1 red %2").arg(x).arg(qRed(p))));
             }
@@ -225,10 +170,7 @@ private Q_SLOTS:
     void blurAndMosaicReadTheUnmarkedSource()
     {
         QFETCH(int, kind);
-        QImage source(100, 100, QImage::Format_RGB32);
-        for (int y = 0; y < 100; ++y)
-            for (int x = 0; x < 100; ++x)
-                source.setPixel(x, y, qRgb(2 * x, 2 * y, 100));
+        const QImage source = gradient();
         Shape arrow = makeShape(Shape::Arrow, {{10, 50}, {90, 50}}, 4);
         arrow.color = Qt::green;
         Shape cover = makeShape(kind, {{30, 30}, {70, 70}});
@@ -245,103 +187,12 @@ private Q_SLOTS:
         QCOMPARE(both, arrowOnly);
     }
 
-    void textHasWhiteHalo()
-    {
-        Shape text = makeShape(Shape::Text, {{20, 30}});
-        text.text = QStringLiteral("Hi");
-        text.color = Qt::black;
-        const QImage image = painted(canvas(kGrey), {text});
-        int white = 0, dark = 0;
-        QRect changed;
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x) {
-                const QColor c = image.pixelColor(x, y);
-                white += near(c, Qt::white, 5);
-                dark += near(c, Qt::black, 40);
-                if (c != kGrey) changed |= QRect(x, y, 1, 1);
-            }
-        QVERIFY(white > 20);
-        QVERIFY(dark > 20);
-        QVERIFY2(changed.left() >= 19 && changed.top() >= 29, "drawn from the point down-right");
-    }
-
-    void circles_data()
-    {
-        QTest::addColumn<int>("kind");
-        QTest::addColumn<int>("fontSize");
-        QTest::addColumn<int>("width");
-        QTest::addColumn<int>("radius");
-        QTest::addColumn<QColor>("ring");    // at the radius
-        QTest::addColumn<QColor>("between"); // 2 inside
-        QTest::addColumn<QColor>("inner");   // 3 inside, on a stamp's inner circle
-        const QColor stampFill = blend(kRed, kGrey, 0.55);
-        QTest::newRow("counter, font 8")
-            << int(Shape::Counter) << 8 << 1 << 10 << QColor(Qt::white) << kRed << kRed;
-        QTest::newRow("counter, font 16")
-            << int(Shape::Counter) << 16 << 3 << 16 << QColor(Qt::white) << kRed << kRed;
-        QTest::newRow("stamp, at least 14")
-            << int(Shape::Stamp) << 5 << 1 << 14 << kRed << stampFill << kRed;
-        QTest::newRow("stamp, twice font")
-            << int(Shape::Stamp) << 12 << 2 << 24 << kRed << stampFill << kRed;
-    }
-    void circles()
-    {
-        QFETCH(int, kind);
-        QFETCH(int, fontSize);
-        QFETCH(int, width);
-        QFETCH(int, radius);
-        QFETCH(QColor, ring);
-        QFETCH(QColor, between);
-        QFETCH(QColor, inner);
-        Shape s = makeShape(kind, {{60.5, 60.5}}, width);
-        s.fontSize = fontSize;
-        s.text = QStringLiteral("7");
-        const QImage image = painted(canvas(kGrey, {120, 120}), {s});
-        // Pixel 60 + d spans distances d - 0.5 to d + 0.5 from the centre.
-        const auto at = [&](int d) { return image.pixelColor(60 + d, 60); };
-        QVERIFY(near(at(radius), ring, 12));
-        QVERIFY(near(at(radius + 2), kGrey, 6));
-        QVERIFY(near(at(radius - 2), between, 12));
-        QVERIFY(near(at(radius - 3), inner, 20)); // a thin ring covers a little less
-    }
-
-    void counterKeepsSmallFont()
-    {
-        const auto whiteInside = [](int fontSize) {
-            Shape s = makeShape(Shape::Counter, {{50, 50}});
-            s.fontSize = fontSize;
-            s.text = QStringLiteral("8");
-            const QImage image = painted(canvas(kGrey), {s});
-            int count = 0;
-            for (int y = 45; y < 56; ++y)
-                for (int x = 45; x < 56; ++x)
-                    count += near(image.pixelColor(x, y), Qt::white, 60);
-            return count;
-        };
-        QVERIFY(whiteInside(8) > 0);
-        QVERIFY(whiteInside(8) < whiteInside(10));
-    }
-
-    void stampWithoutTextShowsCheckMark()
-    {
-        const auto stamp = [](const QString& text) {
-            Shape s = makeShape(Shape::Stamp, {{50, 50}});
-            s.text = text;
-            return painted(canvas(), {s});
-        };
-        QCOMPARE(stamp(QString()), stamp(QStringLiteral("\u2713")));
-        QVERIFY(stamp(QString()) != stamp(QStringLiteral("A")));
-    }
-
     void painterIsLeftAsFound_data()
     {
         QTest::addColumn<AnnotationShape>("shape");
         QTest::addColumn<bool>("paints");
-        Shape text = makeShape(Shape::Text, {{10, 10}});
         QTest::newRow("kind above 10") << makeShape(11, {{10, 10}, {60, 60}}) << false;
-        QTest::newRow("no points") << makeShape(Shape::Stamp, {}) << false;
-        QTest::newRow("rect, one point") << makeShape(Shape::Rect, {{10, 10}}) << false;
-        QTest::newRow("empty text") << text << false;
+        QTest::newRow("empty text") << makeShape(Shape::Text, {{10, 10}}) << false;
         QTest::newRow("blur, null source") << makeShape(Shape::Blur, {{0, 0}, {50, 50}}) << false;
         QTest::newRow("stamp") << makeShape(Shape::Stamp, {{50, 50}}) << true;
     }
@@ -355,10 +206,9 @@ private Q_SLOTS:
         painter.setPen(QPen(Qt::blue, 7));
         painter.setBrush(Qt::green);
         painter.setFont(QFont(QStringLiteral("Sans"), 31));
-        const QPen pen = painter.pen();
         const QFont font = painter.font();
         paintAnnotation(painter, QImage(), shape);
-        QCOMPARE(painter.pen(), pen);
+        QCOMPARE(painter.pen(), QPen(Qt::blue, 7));
         QCOMPARE(painter.brush(), QBrush(Qt::green));
         QCOMPARE(painter.font(), font);
         QVERIFY(!painter.testRenderHint(QPainter::Antialiasing));
@@ -401,10 +251,7 @@ private Q_SLOTS:
     {
         QFETCH(AnnotationShape, huge);
         QFETCH(AnnotationShape, fitting);
-        QImage source = canvas();
-        for (int y = 0; y < 100; ++y)
-            for (int x = 0; x < 100; ++x)
-                source.setPixelColor(x, y, QColor(x * 2, y * 2, (x + y) % 256));
+        const QImage source = gradient();
         QCOMPARE(painted(source, {huge}, source), painted(source, {fitting}, source));
     }
 };

@@ -4,7 +4,6 @@
 #include "core/ConfigManager.h"
 #include "core/Toast.h"
 #include "manager/ActionManager.h"
-#include "manager/AiResultImages.h"
 #include "manager/PinManager.h"
 #include "manager/TaskManager.h"
 #include "service/ai/AiProviderService.h"
@@ -16,10 +15,10 @@
 #include "widget/overlay/OverlayPanels.h"
 
 #include <QClipboard>
-#include <QJsonArray>
+#include <QProcess>
 #include <QPushButton>
-#include <QSettings>
 #include <QSignalSpy>
+#include <QTextEdit>
 #include <QToolButton>
 
 using namespace zelmor;
@@ -52,6 +51,7 @@ QPixmap picture()
 
 } // namespace
 
+// The AI entries of the actions, and the task list and card that follow them.
 class TestAiEntries : public QObject
 {
     Q_OBJECT
@@ -60,7 +60,12 @@ class TestAiEntries : public QObject
     widget::MainWindow m_window;
     std::unique_ptr<manager::ActionManager> m_actions;
 
-    static TaskItem lastTask() { return TaskManager::instance().tasks().last(); }
+    static TaskManager& tasks() { return TaskManager::instance(); }
+    static widget::TaskNotificationToast& card()
+    {
+        return widget::TaskNotificationToast::instance();
+    }
+    static TaskItem lastTask() { return tasks().tasks().last(); }
     static qsizetype aiRows()
     {
         qsizetype n = 0;
@@ -82,6 +87,12 @@ private Q_SLOTS:
         QVERIFY(service::ai::AiProviderService::instance().insert(p) > 0);
         m_actions = std::make_unique<manager::ActionManager>(&m_window);
     }
+    void cleanup()
+    {
+        for (const TaskItem& t : tasks().tasks())
+            if (t.isActive()) tasks().updateTask(t.id, TaskItem::Finished, QString(), QString());
+        tasks().clearFinished();
+    }
 
     void ocrButtonOfTheRegionOverlay()
     {
@@ -99,10 +110,7 @@ private Q_SLOTS:
         overlay->panels()->actionButton(widget::overlay::OverlayPanels::Ocr)->click();
         QCOMPARE(aiRows(), before + 1); // the source is kept before any answer
         QCOMPARE(HistoryService::instance().recent(1).first().width, 201);
-        QVERIFY(widget::TaskNotificationToast::instance().isVisible());
-        QCOMPARE(lastTask().title, QStringLiteral("文字识别 (OCR)"));
         QTRY_COMPARE(lastTask().state, TaskItem::Finished);
-        QCOMPARE(lastTask().message, QStringLiteral("提取成功"));
         QCOMPARE(lastTask().result, QStringLiteral("Total: 42"));
         QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("Total: 42"));
         QTRY_VERIFY(openDialog());
@@ -122,11 +130,7 @@ private Q_SLOTS:
         m_server.enqueue(401, R"({"error":{"message":"bad key"}})");
         m_actions->ocrWithPixmap(picture());
         QTRY_COMPARE(lastTask().state, TaskItem::Failed);
-        QCOMPARE(core::tool::Toast::current()->title(),
-                 QStringLiteral("OCR")); // no toast of its own
-        QCOMPARE(widget::TaskNotificationToast::instance().row(lastTask().id)->statusText(),
-                 QStringLiteral("❌ 失败"));
-        QCOMPARE(lastTask().message, QStringLiteral("识别失败"));
+        QCOMPARE(core::tool::Toast::current()->title(), QStringLiteral("OCR")); // none of its own
         QCOMPARE(lastTask().result, QStringLiteral("bad key"));
         QCOMPARE(aiRows(), before + 1);
     }
@@ -140,11 +144,10 @@ private Q_SLOTS:
         m_actions->ocrWithPixmap(picture());
         const quint64 id = lastTask().id;
         QTRY_VERIFY(m_server.requests().size() > requests);
-        widget::TaskNotificationToast::instance().row(id)->findChild<QPushButton*>()->click();
+        card().row(id)->findChild<QPushButton*>()->click();
         QCOMPARE(lastTask().state, TaskItem::Cancelled);
         QCOMPARE(updates.last().first().value<TaskItem>().state, TaskItem::Cancelled);
-        QCOMPARE(widget::TaskNotificationToast::instance().row(id)->statusText(),
-                 QStringLiteral("已取消"));
+        QCOMPARE(card().row(id)->statusText(), QStringLiteral("已取消"));
     }
 
     void annotationPinsAndStoresTheMarkedImage()
@@ -155,13 +158,11 @@ private Q_SLOTS:
                                   QStringLiteral("[{\"box\":[10,5,40,30],\"label\":\"button\"}]")));
         m_actions->aiAnnotateWithPixmap(picture());
         QTRY_COMPARE(lastTask().state, TaskItem::Finished);
-        QCOMPARE(lastTask().message, QStringLiteral("标注成功 (1 个控件)"));
         QCOMPARE(m_actions->pinManager()->pins().size(), pins + 1);
         QCOMPARE(aiRows(), before + 1);
         const QImage stored(HistoryService::instance().recent(1).first().path);
         QCOMPARE(stored.pixelColor(10, 20), QColor(0, 184, 107)); // the outline
-        QCOMPARE(stored.pixelColor(12, 2),
-                 QColor(0, 184, 107)); // a top box's label plate starts at y 0
+        QCOMPARE(stored.pixelColor(12, 2), QColor(0, 184, 107));  // a top box's label plate, at y 0
     }
 
     void failedAnnotationSavesNothing()
@@ -174,14 +175,92 @@ private Q_SLOTS:
         QCOMPARE(aiRows(), before);
     }
 
-    void notesFitTheirText()
+    // The task list and its card, without the AI behind them.
+    void cancelRunsItsCallbackOnce()
     {
-        const QPixmap ocr = manager::makeOcrNote(QStringLiteral("short"));
-        QCOMPARE(ocr.width(), 260);
-        QCOMPARE(ocr.toImage().pixelColor(ocr.width() / 2, 10), QColor(255, 249, 196));
-        const QPixmap translation = manager::makeTranslationNote(QStringLiteral("短"));
-        QCOMPARE(translation.size(), QSize(240, 120));
-        QCOMPARE(translation.toImage().pixelColor(2, 2), QColor(254, 243, 199));
+        int cancels = 0;
+        const quint64 id = tasks().addTask(QStringLiteral("OCR"), QStringLiteral("working"),
+                                           QPixmap(), [&] { ++cancels; });
+        QVERIFY(card().row(id)->cancelShown());
+        tasks().cancelTask(id);
+        tasks().cancelTask(id);
+        QCOMPARE(cancels, 1);
+        QCOMPARE(tasks().tasks().last().state, TaskItem::Cancelled);
+        QVERIFY(!card().row(id)->cancelShown());
+
+        const quint64 done =
+            tasks().addTask(QStringLiteral("Done"), QString(), QPixmap(), [&] { ++cancels; });
+        tasks().updateTask(done, TaskItem::Finished, QString(), QStringLiteral("text"));
+        tasks().cancelTask(done); // a finished job cannot be cancelled
+        QCOMPARE(cancels, 1);
+    }
+
+    void emptyTextsKeepTheFormerOnes()
+    {
+        const quint64 id =
+            tasks().addTask(QStringLiteral("T"), QStringLiteral("first"), QPixmap(), {});
+        tasks().updateTask(id, TaskItem::Failed, QString(), QStringLiteral("why"));
+        const TaskItem item = tasks().tasks().last();
+        QCOMPARE(item.message, QStringLiteral("first"));
+        QCOMPARE(item.result, QStringLiteral("why"));
+        QCOMPARE(card().row(id)->statusText(), QStringLiteral("❌ 失败"));
+        tasks().updateTask(999999, TaskItem::Finished, QStringLiteral("x"), QString()); // unknown
+    }
+
+    void cardCountsActiveJobs()
+    {
+        QList<quint64> ids;
+        for (int i = 0; i < 6; ++i)
+            ids << tasks().addTask(QStringLiteral("Job %1").arg(i), QString(), QPixmap(), {});
+        QCOMPARE(card().headerText(), QStringLiteral("⚡ AI 后台任务 (6 处理中)"));
+        for (quint64 id : ids)
+            tasks().updateTask(id, TaskItem::Finished, QString(), QString());
+        QCOMPARE(card().headerText(), QStringLiteral("⚡ AI 后台任务 (处理完成)"));
+        QVERIFY(card().hideTimerActive());
+    }
+
+    void closedCardComesBackWhenAJobEnds()
+    {
+        const quint64 id = tasks().addTask(QStringLiteral("Long"), QString(), QPixmap(), {});
+        card().hide();
+        QCOMPARE(tasks().tasks().last().state, TaskItem::Running); // hiding cancels nothing
+        tasks().updateTask(id, TaskItem::Finished, QStringLiteral("done"), QString());
+        QVERIFY(card().isVisible());
+    }
+
+    void hoverKeepsTheCardOpen()
+    {
+        const quint64 id = tasks().addTask(QStringLiteral("Hover"), QString(), QPixmap(), {});
+        QVERIFY(QTest::qWaitForWindowExposed(&card()));
+        const QPoint inside = card().geometry().center();
+        QProcess::execute(QStringLiteral("xdotool"),
+                          {QStringLiteral("mousemove"), QString::number(inside.x()),
+                           QString::number(inside.y())});
+        QTRY_VERIFY(card().underMouse());
+        tasks().updateTask(id, TaskItem::Finished, QString(), QString());
+        QVERIFY(!card().hideTimerActive());
+        QProcess::execute(QStringLiteral("xdotool"), {QStringLiteral("mousemove"),
+                                                      QStringLiteral("10"), QStringLiteral("10")});
+        QTRY_VERIFY(card().hideTimerActive());
+    }
+
+    void dialogActsOnTheEditedText()
+    {
+        auto* dialog = new widget::OcrResultDialog(QStringLiteral("recognised"));
+        dialog->setAttribute(Qt::WA_DeleteOnClose);
+        QPointer<widget::OcrResultDialog> guard(dialog);
+        QSignalSpy pinned(dialog, &widget::OcrResultDialog::pinRequested);
+        dialog->show();
+        dialog->findChild<QTextEdit*>(QStringLiteral("ocrTextEdit"))
+            ->setPlainText(QStringLiteral("edited"));
+        dialog->findChild<QPushButton*>(QStringLiteral("btnCopy"))->click();
+        QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("edited"));
+        QVERIFY(dialog->isVisible()); // copying keeps the dialog open
+        for (QPushButton* b : dialog->findChildren<QPushButton*>())
+            if (b->text() == QStringLiteral("📌 钉在屏幕")) b->click();
+        QCOMPARE(pinned.count(), 1);
+        QCOMPARE(pinned.first().first().toString(), QStringLiteral("edited"));
+        QTRY_VERIFY(guard.isNull());
     }
 };
 

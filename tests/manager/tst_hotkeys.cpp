@@ -65,17 +65,13 @@ private Q_SLOTS:
         QTest::addColumn<unsigned>("modifiers");
         QTest::addColumn<unsigned>("key");
         QTest::newRow("Ctrl+F6") << "Ctrl+F6" << 2u << 0x75u;
-        QTest::newRow("F1") << "F1" << 0u << 0x70u;
         QTest::newRow("F24") << "F24" << 0u << 0x87u;
-        QTest::newRow("Ctrl+Alt+W") << "Ctrl+Alt+W" << 3u << unsigned('W');
         QTest::newRow("Shift+Meta+5") << "Shift+Meta+5" << 12u << unsigned('5');
         QTest::newRow("first chord only") << "Ctrl+K, Ctrl+C" << 2u << unsigned('K');
         QTest::newRow("Backtab") << "Shift+Backtab" << 4u << 9u;
         QTest::newRow("punctuation") << "Ctrl+." << 2u << 0u;
         QTest::newRow("keypad") << "Num+5" << 0u << 0u;
-        QTest::newRow("media") << "Media Play" << 0u << 0u;
         QTest::newRow("unparseable") << "Ctrl+Nothing+Here" << 0u << 0u;
-        QTest::newRow("empty") << "" << 0u << 0u;
     }
     void translation()
     {
@@ -169,8 +165,7 @@ private Q_SLOTS:
         QCOMPARE(pressed.count(), 1); // F8 alone, which came after F6
         closeOverlays();
 
-        zelmor::core::ConfigManager::instance().setHotkey("region",
-                                                          QString()); // cleared: not bound
+        zelmor::core::ConfigManager::instance().setHotkey("region", QString()); // cleared
         QVERIFY(!bindings.isBound(1));
         QVERIFY(bindings.isBound(2));
     }

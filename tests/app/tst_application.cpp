@@ -34,12 +34,6 @@ class TestApplication : public QObject
     }
 
 private Q_SLOTS:
-    void identity()
-    {
-        QVERIFY(!qApp->quitOnLastWindowClosed());
-        QCOMPARE(qApp->style()->name().toLower(), QStringLiteral("fusion"));
-    }
-
     void captureSwitch_data()
     {
         QTest::addColumn<QStringList>("args");

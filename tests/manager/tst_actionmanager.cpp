@@ -16,6 +16,7 @@
 #include <QClipboard>
 #include <QProcess>
 #include <QScreen>
+#include <QStackedWidget>
 #include <QSystemTrayIcon>
 #include <QTextBrowser>
 #include <QWindow>
@@ -24,6 +25,7 @@ using zelmor::core::tool::Toast;
 using zelmor::manager::ActionManager;
 using zelmor::manager::TrayService;
 using zelmor::service::history::HistoryService;
+using zelmor::widget::MainWindow;
 
 namespace {
 
@@ -81,7 +83,7 @@ class TestActionManager : public QObject
 {
     Q_OBJECT
 
-    zelmor::widget::MainWindow m_window;
+    MainWindow m_window;
     std::unique_ptr<ActionManager> m_actions;
     std::unique_ptr<TrayService> m_tray;
     std::unique_ptr<QWidget> m_marker;
@@ -103,6 +105,10 @@ class TestActionManager : public QObject
     {
         return Toast::current() ? QString(Toast::current()->body()).remove(QChar(0x200B))
                                 : QString();
+    }
+    static int shownIndex(const MainWindow& w)
+    {
+        return static_cast<QStackedWidget*>(w.centralWidget())->currentIndex();
     }
     static QString toastTitle() { return Toast::current() ? Toast::current()->title() : QString(); }
 
@@ -257,11 +263,52 @@ private Q_SLOTS:
         dialog->close();
     }
 
-    void elevationIsRefusedWithAMessage()
+    // The main window the actions open: pages built on demand, closing only hides.
+    void nothingIsBuiltBeforeAPageIsAskedFor()
     {
-        m_actions->restartAsAdmin();
-        QCOMPARE(toastTitle(), QStringLiteral("Elevation canceled"));
-        QVERIFY(!toastBody().isEmpty());
+        MainWindow w;
+        w.retranslateUi();
+        QCoreApplication::processEvents();
+        QVERIFY(!w.panelsBuilt());
+        QVERIFY(!w.pageWidget(MainWindow::HistoryPage));
+    }
+
+    void showSlotsRouteToTheirPageAndClosingOnlyHides_data()
+    {
+        QTest::addColumn<int>("page");
+        QTest::newRow("settings") << int(MainWindow::SettingsPage);
+        QTest::newRow("history") << int(MainWindow::HistoryPage);
+        QTest::newRow("chat") << int(MainWindow::AiChatPage);
+    }
+    void showSlotsRouteToTheirPageAndClosingOnlyHides()
+    {
+        QFETCH(int, page);
+        MainWindow w;
+        if (page == MainWindow::SettingsPage) w.showSettings();
+        if (page == MainWindow::HistoryPage) w.showHistory();
+        if (page == MainWindow::AiChatPage) w.showAiChat();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        QCOMPARE(w.currentPage(), page);
+        QCOMPARE(shownIndex(w), page);
+        QWidget* shown = w.pageWidget(page);
+        QVERIFY(!w.close());
+        QVERIFY(!w.isVisible());
+        QCOMPARE(w.pageWidget(page), shown);
+    }
+
+    void languageChangeRebuildsWithoutShowing()
+    {
+        MainWindow w;
+        w.showSettings();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        w.hide();
+        QPointer<QWidget> oldSettings = w.pageWidget(MainWindow::SettingsPage);
+        w.retranslateUi();
+        QVERIFY(oldSettings); // deleted only once the event loop runs
+        QTRY_VERIFY(oldSettings.isNull());
+        QVERIFY(w.pageWidget(MainWindow::SettingsPage));
+        QCOMPARE(shownIndex(w), int(MainWindow::SettingsPage));
+        QVERIFY(!w.isVisible());
     }
 };
 

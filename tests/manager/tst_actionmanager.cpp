@@ -146,10 +146,7 @@ private Q_SLOTS:
         QCOMPARE(QImage(path).size(), QSize(1920, 1080));
 
         QCOMPARE(historyCount(), rowsBefore + 1);
-        const zelmor::core::HistoryItem row = HistoryService::instance().recent(1).first();
-        QCOMPARE(row.category, zelmor::core::HistoryCategory::Screenshot);
-        QCOMPARE(row.path, path);
-        QCOMPARE(QSize(row.width, row.height), QSize(1920, 1080));
+        QCOMPARE(HistoryService::instance().recent(1).first().path, path);
         QCOMPARE(toastBody(), QStringLiteral("Captured 1920x1080"));
     }
 

@@ -32,10 +32,9 @@ QPixmap quadrants()
 {
     QImage image(200, 100, QImage::Format_RGB32);
     QPainter p(&image);
-    p.fillRect(0, 0, 100, 50, Qt::red);
-    p.fillRect(100, 0, 100, 50, Qt::green);
-    p.fillRect(0, 50, 100, 50, Qt::blue);
-    p.fillRect(100, 50, 100, 50, Qt::yellow);
+    const Qt::GlobalColor colours[] = {Qt::red, Qt::green, Qt::blue, Qt::yellow};
+    for (int i = 0; i < 4; ++i)
+        p.fillRect(i % 2 * 100, i / 2 * 50, 100, 50, colours[i]);
     return QPixmap::fromImage(image);
 }
 

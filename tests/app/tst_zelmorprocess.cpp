@@ -195,16 +195,11 @@ private Q_SLOTS:
         const QPoint from = m_marker->mapToGlobal(QPoint(20, 20));
         const QPoint to = m_marker->mapToGlobal(QPoint(120, 80));
         // Paced like a hand: Qt folds motion events that queue up into the last one.
-        const QString drag =
-            QStringLiteral("mousemove %1 %2 mousedown 1 sleep 0.1 mousemove %3 %4 "
-                           "sleep 0.1 mousemove %5 %6 sleep 0.1 mouseup 1 key Return");
-        QProcess::execute(QStringLiteral("xdotool"), drag.arg(from.x())
-                                                         .arg(from.y())
-                                                         .arg(from.x() + 30)
-                                                         .arg(from.y() + 20)
-                                                         .arg(to.x())
-                                                         .arg(to.y())
-                                                         .split(QLatin1Char(' ')));
+        const QString drag = QString::asprintf(
+            "mousemove %d %d mousedown 1 sleep 0.1 mousemove %d %d sleep 0.1 mousemove %d %d "
+            "sleep 0.1 mouseup 1 key Return",
+            from.x(), from.y(), from.x() + 30, from.y() + 20, to.x(), to.y());
+        QProcess::execute(QStringLiteral("xdotool"), drag.split(QLatin1Char(' ')));
         QTRY_VERIFY_WITH_TIMEOUT(home.outputs().size() == 1, 5000);
         QImage saved;
         QTRY_VERIFY(saved.load(home.outputDir() + QLatin1Char('/') + home.outputs().first()));

@@ -5,20 +5,27 @@
 #include "core/Toast.h"
 #include "manager/ActionManager.h"
 #include "manager/PinManager.h"
+#include "manager/TrayService.h"
 #include "service/capture/WindowList.h"
 #include "service/history/HistoryService.h"
+#include "widget/LicenseDialog.h"
 #include "widget/MainWindow.h"
+#include "widget/TrayMenu.h"
 #include "widget/overlay/CaptureOverlay.h"
 
 #include <QClipboard>
-#include <QElapsedTimer>
 #include <QProcess>
 #include <QScreen>
+#include <QStackedWidget>
+#include <QSystemTrayIcon>
+#include <QTextBrowser>
 #include <QWindow>
 
 using zelmor::core::tool::Toast;
 using zelmor::manager::ActionManager;
+using zelmor::manager::TrayService;
 using zelmor::service::history::HistoryService;
+using zelmor::widget::MainWindow;
 
 namespace {
 
@@ -37,9 +44,9 @@ QImage clipboardSeenByAnotherProcess()
     return QImage::fromData(xclip.readAllStandardOutput(), "PNG");
 }
 
-bool xdotool(const QStringList& args)
+bool xdotool(const QString& args)
 {
-    return QProcess::execute(QStringLiteral("xdotool"), args) == 0;
+    return QProcess::execute(QStringLiteral("xdotool"), args.split(QLatin1Char(' '))) == 0;
 }
 
 zelmor::widget::CaptureOverlay* shownOverlay()
@@ -76,16 +83,32 @@ class TestActionManager : public QObject
 {
     Q_OBJECT
 
-    zelmor::widget::MainWindow m_window;
+    MainWindow m_window;
     std::unique_ptr<ActionManager> m_actions;
+    std::unique_ptr<TrayService> m_tray;
     std::unique_ptr<QWidget> m_marker;
     QString m_outputDir;
+
+    // The tray menu's rows as shown: texts with their keys.
+    QStringList trayRows() const
+    {
+        QStringList out;
+        for (const QAction* a : m_tray->menu()->actions()) {
+            const QString key = a->shortcut().toString(QKeySequence::PortableText);
+            out << (key.isEmpty() ? a->text() : a->text() + QStringLiteral("\t") + key);
+        }
+        return out;
+    }
 
     int historyCount() { return HistoryService::instance().recent(1000).size(); }
     static QString toastBody()
     {
         return Toast::current() ? QString(Toast::current()->body()).remove(QChar(0x200B))
                                 : QString();
+    }
+    static int shownIndex(const MainWindow& w)
+    {
+        return static_cast<QStackedWidget*>(w.centralWidget())->currentIndex();
     }
     static QString toastTitle() { return Toast::current() ? Toast::current()->title() : QString(); }
 
@@ -95,6 +118,11 @@ private Q_SLOTS:
         m_outputDir = zelmor::test::sandboxRoot().filePath(QStringLiteral("shots"));
         zelmor::core::ConfigManager::instance().setOutputDir(m_outputDir);
         m_actions = std::make_unique<ActionManager>(&m_window);
+        m_tray = std::make_unique<TrayService>(m_actions.get());
+        m_tray->show();
+        // The icon is embedded by the tray host, at its place in the host's strip.
+        QTRY_VERIFY(m_tray->trayIcon()->geometry().x() > 0 &&
+                    !m_tray->trayIcon()->geometry().isEmpty());
         m_marker = zelmor::test::makeSolidWindow(QStringLiteral("Zelmor action marker"), kMarker,
                                                  QRect(400, 300, 320, 200));
         QVERIFY(QTest::qWaitForWindowExposed(m_marker.get()));
@@ -118,15 +146,8 @@ private Q_SLOTS:
         QCOMPARE(QImage(path).size(), QSize(1920, 1080));
 
         QCOMPARE(historyCount(), rowsBefore + 1);
-        const zelmor::core::HistoryItem row = HistoryService::instance().recent(1).first();
-        QCOMPARE(row.category, zelmor::core::HistoryCategory::Screenshot);
-        QCOMPARE(row.path, path);
-        QCOMPARE(QSize(row.width, row.height), QSize(1920, 1080));
-
-        QCOMPARE(toastTitle(), QStringLiteral("Captured"));
+        QCOMPARE(HistoryService::instance().recent(1).first().path, path);
         QCOMPARE(toastBody(), QStringLiteral("Captured 1920x1080"));
-        const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
-        QCOMPARE(Toast::current()->geometry().bottomRight(), area.bottomRight() - QPoint(17, 17));
     }
 
     void windowCaptureCopiesTheForegroundRectangleOnly()
@@ -147,24 +168,13 @@ private Q_SLOTS:
         QCOMPARE(QDir(m_outputDir).entryList(QDir::Files), filesBefore);
     }
 
-    void delayedCaptureTellsTheGivenSecondsAndWaitsAtLeastOne_data()
+    void delayedCaptureTellsTheGivenSecondsAndCopiesOnly()
     {
-        QTest::addColumn<int>("secs");
-        QTest::newRow("0") << 0;
-        QTest::newRow("-2") << -2;
-    }
-    void delayedCaptureTellsTheGivenSecondsAndWaitsAtLeastOne()
-    {
-        QFETCH(int, secs);
         const int rowsBefore = historyCount();
-        QElapsedTimer clock;
-        clock.start();
-        m_actions->captureDelayed(secs);
-        QCOMPARE(toastTitle(), QStringLiteral("Delayed capture"));
-        QCOMPARE(toastBody(), QStringLiteral("Capturing in %1 seconds...").arg(secs));
+        m_actions->captureDelayed(-2);
+        QCOMPARE(toastBody(), QStringLiteral("Capturing in -2 seconds..."));
         QTRY_COMPARE_WITH_TIMEOUT(toastBody(), QStringLiteral("Delayed capture done (1920x1080)"),
                                   5000);
-        QVERIFY(clock.elapsed() >= 1000);
         QCOMPARE(clipboardSeenByAnotherProcess().size(), QSize(1920, 1080));
         QCOMPARE(historyCount(), rowsBefore);
     }
@@ -176,68 +186,25 @@ private Q_SLOTS:
                                   qPrintable(zelmor::service::capture::foregroundWindow().title),
                                   3000);
         m_actions->captureWindow();
-        QCOMPARE(toastTitle(), QStringLiteral("No window"));
         QCOMPARE(toastBody(), QStringLiteral("Could not detect foreground window."));
         m_marker->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_marker.get()));
         QTRY_VERIFY(markerOnScreen(*m_marker)); // before the next grab
     }
 
-    void keysReachTheRegionOverlayAtOnce()
+    // The overlay takes the keyboard at once, and a second request while it is open is dropped.
+    void trayClickOpensTheRegionOverlay()
     {
         m_marker->activateWindow();
-        m_actions->captureRegion();
+        const QPoint centre = m_tray->trayIcon()->geometry().center();
+        QVERIFY(xdotool(QStringLiteral("mousemove %1 %2 click 1").arg(centre.x()).arg(centre.y())));
         QTRY_VERIFY(shownOverlay());
         QVERIFY(m_actions->regionCaptureActive());
-        QVERIFY(xdotool({QStringLiteral("key"), QStringLiteral("Escape")}));
+        m_actions->captureRegion();
+        QCOMPARE(overlayCount(), 1);
+        QVERIFY(xdotool(QStringLiteral("key Escape")));
         QTRY_COMPARE(overlayCount(), 0);
         QTRY_VERIFY(!m_actions->regionCaptureActive());
-    }
-
-    void regionDragAndReturnCopyTheScreenPixels()
-    {
-        QTRY_VERIFY(markerOnScreen(*m_marker)); // the previous overlay has left the screen
-        const QImage screen = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
-        const int rowsBefore = historyCount();
-        const int filesBefore = QDir(m_outputDir).entryList(QDir::Files).size();
-        QVERIFY(
-            xdotool({QStringLiteral("mousemove"), QStringLiteral("600"), QStringLiteral("400")}));
-        m_actions->captureRegion();
-        QTRY_VERIFY(shownOverlay());
-        m_actions->captureRegion(); // a second request while the overlay is open is dropped
-        QCOMPARE(overlayCount(), 1);
-
-        QVERIFY(xdotool({QStringLiteral("mousemove"), QStringLiteral("300"), QStringLiteral("250"),
-                         QStringLiteral("mousedown"), QStringLiteral("1"),
-                         QStringLiteral("mousemove"), QStringLiteral("450"), QStringLiteral("330"),
-                         QStringLiteral("mousemove"), QStringLiteral("600"), QStringLiteral("420"),
-                         QStringLiteral("mouseup"), QStringLiteral("1")}));
-        QTRY_VERIFY(shownOverlay() && shownOverlay()->hasSelection());
-        QCOMPARE(shownOverlay()->selection(), QRect(QPoint(300, 250), QPoint(600, 420)));
-        shownOverlay()->activateWindow();
-        QTRY_VERIFY(QApplication::focusWidget() == shownOverlay() ||
-                    QApplication::activeWindow() == shownOverlay());
-        QVERIFY(xdotool({QStringLiteral("key"), QStringLiteral("Return")}));
-        QTRY_COMPARE(overlayCount(), 0);
-
-        const QImage expected = screen.copy(QRect(QPoint(300, 250), QPoint(600, 420)))
-                                    .convertToFormat(QImage::Format_RGB32);
-        const QImage copied = clipboardSeenByAnotherProcess().convertToFormat(QImage::Format_RGB32);
-        QCOMPARE(copied, expected);
-        QCOMPARE(QDir(m_outputDir).entryList(QDir::Files).size(), filesBefore + 1);
-        QCOMPARE(historyCount(), rowsBefore + 1);
-        QCOMPARE(HistoryService::instance().recent(1).first().width, 301);
-        QCOMPARE(toastTitle(), QStringLiteral("Copied"));
-        QCOMPARE(toastBody(), QStringLiteral("Region copied to clipboard (301x171)"));
-        QVERIFY(!m_actions->regionCaptureActive());
-    }
-
-    void historyShowsTheMainWindow()
-    {
-        m_actions->showHistory();
-        QVERIFY(QTest::qWaitForWindowExposed(&m_window));
-        QCOMPARE(m_window.currentPage(), int(zelmor::widget::MainWindow::HistoryPage));
-        m_window.hide();
     }
 
     void openingTheOutputFolderCreatesIt()
@@ -254,25 +221,85 @@ private Q_SLOTS:
         QGuiApplication::clipboard()->setText(QStringLiteral("no picture"));
         m_actions->pinFromClipboard();
         QCOMPARE(toastTitle(), QStringLiteral("No image"));
-        QCOMPARE(toastBody(), QStringLiteral("Clipboard doesn't contain an image."));
         QVERIFY(m_actions->pinManager()->pins().isEmpty());
 
         QImage image(64, 48, QImage::Format_RGB32);
         image.fill(Qt::green);
         QGuiApplication::clipboard()->setImage(image);
         m_actions->pinFromClipboard();
-        QCOMPARE(m_actions->pinManager()->pins().size(), 1);
         m_actions->pinFromPixmap(QPixmap());
         QCOMPARE(m_actions->pinManager()->pins().size(), 1);
         m_actions->clearAllPins();
         QVERIFY(m_actions->pinManager()->pins().isEmpty());
     }
 
-    void elevationIsRefusedWithAMessage()
+    void trayMenuShowsTheKeysAndFollowsTheirChanges()
     {
-        m_actions->restartAsAdmin();
-        QCOMPARE(toastTitle(), QStringLiteral("Elevation canceled"));
-        QVERIFY(!toastBody().isEmpty());
+        QVERIFY(trayRows().contains(QStringLiteral("Region capture\tF6")));
+        const QPointer<QMenu> before = m_tray->menu();
+        zelmor::core::ConfigManager::instance().setHotkey("fullscreen", QStringLiteral("Ctrl+F6"));
+        zelmor::core::ConfigManager::instance().setHotkey("fullscreen", QString());
+        zelmor::core::ConfigManager::instance().setHotkey("region", QStringLiteral("Ctrl+Shift+R"));
+        QVERIFY(before.isNull());
+        QVERIFY(trayRows().contains(QStringLiteral("Region capture\tCtrl+Shift+R")));
+        QVERIFY(trayRows().contains(QStringLiteral("Fullscreen capture"))); // no key: none shown
+        QCOMPARE(m_tray->trayIcon()->contextMenu(), m_tray->menu());
+    }
+
+    void licenseRowShowsTheComponents()
+    {
+        for (QAction* a : m_tray->menu()->actions())
+            if (a->text() == QLatin1String("License...")) a->trigger();
+        using zelmor::widget::LicenseDialog;
+        QTRY_VERIFY(qobject_cast<LicenseDialog*>(QApplication::activeWindow()));
+        auto* dialog = qobject_cast<LicenseDialog*>(QApplication::activeWindow());
+        const QString text = dialog->findChild<QTextBrowser*>()->toPlainText();
+        for (const char* component : {"Qt 6", "SQLite", "libatspi", "libxcb", "Noto Sans CJK",
+                                      "Noto Color Emoji", "/usr/share/doc/libqt6core6/copyright"})
+            QVERIFY2(text.contains(QLatin1String(component)), component);
+        dialog->close();
+    }
+
+    // The main window the actions open: pages built on demand, closing only hides.
+    void showSlotsRouteToTheirPageAndClosingOnlyHides_data()
+    {
+        QTest::addColumn<int>("page");
+        QTest::newRow("settings") << int(MainWindow::SettingsPage);
+        QTest::newRow("history") << int(MainWindow::HistoryPage);
+        QTest::newRow("chat") << int(MainWindow::AiChatPage);
+    }
+    void showSlotsRouteToTheirPageAndClosingOnlyHides()
+    {
+        QFETCH(int, page);
+        MainWindow w;
+        if (page == MainWindow::SettingsPage) w.showSettings();
+        if (page == MainWindow::HistoryPage) w.showHistory();
+        if (page == MainWindow::AiChatPage) w.showAiChat();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        QCOMPARE(w.currentPage(), page);
+        QCOMPARE(shownIndex(w), page);
+        QWidget* shown = w.pageWidget(page);
+        QVERIFY(!w.close());
+        QVERIFY(!w.isVisible());
+        QCOMPARE(w.pageWidget(page), shown);
+    }
+
+    void languageChangeRebuildsWithoutShowing()
+    {
+        MainWindow w;
+        w.retranslateUi(); // nothing built yet: nothing to rebuild
+        QCoreApplication::processEvents();
+        QVERIFY(!w.panelsBuilt());
+        w.showSettings();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        w.hide();
+        QPointer<QWidget> oldSettings = w.pageWidget(MainWindow::SettingsPage);
+        w.retranslateUi();
+        QVERIFY(oldSettings); // deleted only once the event loop runs
+        QTRY_VERIFY(oldSettings.isNull());
+        QVERIFY(w.pageWidget(MainWindow::SettingsPage));
+        QCOMPARE(shownIndex(w), int(MainWindow::SettingsPage));
+        QVERIFY(!w.isVisible());
     }
 };
 

@@ -4,7 +4,6 @@
 #include "core/ConfigManager.h"
 #include "core/Toast.h"
 #include "manager/ActionManager.h"
-#include "manager/AiResultImages.h"
 #include "manager/PinManager.h"
 #include "manager/TaskManager.h"
 #include "service/ai/AiProviderService.h"
@@ -16,10 +15,10 @@
 #include "widget/overlay/OverlayPanels.h"
 
 #include <QClipboard>
-#include <QJsonArray>
+#include <QProcess>
 #include <QPushButton>
-#include <QSettings>
 #include <QSignalSpy>
+#include <QTextEdit>
 #include <QToolButton>
 
 using namespace zelmor;
@@ -52,6 +51,7 @@ QPixmap picture()
 
 } // namespace
 
+// The AI entries of the actions, and the task list and card that follow them.
 class TestAiEntries : public QObject
 {
     Q_OBJECT
@@ -60,7 +60,12 @@ class TestAiEntries : public QObject
     widget::MainWindow m_window;
     std::unique_ptr<manager::ActionManager> m_actions;
 
-    static TaskItem lastTask() { return TaskManager::instance().tasks().last(); }
+    static TaskManager& tasks() { return TaskManager::instance(); }
+    static widget::TaskNotificationToast& card()
+    {
+        return widget::TaskNotificationToast::instance();
+    }
+    static TaskItem lastTask() { return tasks().tasks().last(); }
     static qsizetype aiRows()
     {
         qsizetype n = 0;
@@ -82,6 +87,12 @@ private Q_SLOTS:
         QVERIFY(service::ai::AiProviderService::instance().insert(p) > 0);
         m_actions = std::make_unique<manager::ActionManager>(&m_window);
     }
+    void cleanup()
+    {
+        for (const TaskItem& t : tasks().tasks())
+            if (t.isActive()) tasks().updateTask(t.id, TaskItem::Finished, QString(), QString());
+        tasks().clearFinished();
+    }
 
     void ocrButtonOfTheRegionOverlay()
     {
@@ -99,21 +110,27 @@ private Q_SLOTS:
         overlay->panels()->actionButton(widget::overlay::OverlayPanels::Ocr)->click();
         QCOMPARE(aiRows(), before + 1); // the source is kept before any answer
         QCOMPARE(HistoryService::instance().recent(1).first().width, 201);
-        QVERIFY(widget::TaskNotificationToast::instance().isVisible());
-        QCOMPARE(lastTask().title, QStringLiteral("文字识别 (OCR)"));
         QTRY_COMPARE(lastTask().state, TaskItem::Finished);
-        QCOMPARE(lastTask().message, QStringLiteral("提取成功"));
         QCOMPARE(lastTask().result, QStringLiteral("Total: 42"));
         QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("Total: 42"));
         QTRY_VERIFY(openDialog());
-        QCOMPARE(openDialog()->text(), QStringLiteral("Total: 42"));
-        const qsizetype pins = m_actions->pinManager()->pins().size();
-        Q_EMIT openDialog()->pinRequested(QStringLiteral("note text"));
-        QCOMPARE(m_actions->pinManager()->pins().size(), pins + 1);
-        Q_EMIT openDialog()->chatRequested(QStringLiteral("note text"));
+        widget::OcrResultDialog* dialog = openDialog();
+        QCOMPARE(dialog->text(), QStringLiteral("Total: 42"));
+        Q_EMIT dialog->chatRequested(QStringLiteral("note text"));
         QTRY_VERIFY(m_window.isVisible());
         m_window.hide();
-        openDialog()->close();
+
+        // The dialog acts on the edited text; copying keeps it open, pinning closes it.
+        dialog->findChild<QTextEdit*>(QStringLiteral("ocrTextEdit"))
+            ->setPlainText(QStringLiteral("edited"));
+        dialog->findChild<QPushButton*>(QStringLiteral("btnCopy"))->click();
+        QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("edited"));
+        QVERIFY(dialog->isVisible());
+        const qsizetype pins = m_actions->pinManager()->pins().size();
+        for (QPushButton* b : dialog->findChildren<QPushButton*>())
+            if (b->text() == QStringLiteral("📌 钉在屏幕")) b->click();
+        QCOMPARE(m_actions->pinManager()->pins().size(), pins + 1);
+        QTRY_VERIFY(!openDialog());
     }
 
     void failedOcrKeepsItsSourceAndTellsTheTask()
@@ -122,11 +139,7 @@ private Q_SLOTS:
         m_server.enqueue(401, R"({"error":{"message":"bad key"}})");
         m_actions->ocrWithPixmap(picture());
         QTRY_COMPARE(lastTask().state, TaskItem::Failed);
-        QCOMPARE(core::tool::Toast::current()->title(),
-                 QStringLiteral("OCR")); // no toast of its own
-        QCOMPARE(widget::TaskNotificationToast::instance().row(lastTask().id)->statusText(),
-                 QStringLiteral("❌ 失败"));
-        QCOMPARE(lastTask().message, QStringLiteral("识别失败"));
+        QCOMPARE(core::tool::Toast::current()->title(), QStringLiteral("OCR")); // none of its own
         QCOMPARE(lastTask().result, QStringLiteral("bad key"));
         QCOMPARE(aiRows(), before + 1);
     }
@@ -140,11 +153,10 @@ private Q_SLOTS:
         m_actions->ocrWithPixmap(picture());
         const quint64 id = lastTask().id;
         QTRY_VERIFY(m_server.requests().size() > requests);
-        widget::TaskNotificationToast::instance().row(id)->findChild<QPushButton*>()->click();
+        card().row(id)->findChild<QPushButton*>()->click();
         QCOMPARE(lastTask().state, TaskItem::Cancelled);
         QCOMPARE(updates.last().first().value<TaskItem>().state, TaskItem::Cancelled);
-        QCOMPARE(widget::TaskNotificationToast::instance().row(id)->statusText(),
-                 QStringLiteral("已取消"));
+        QCOMPARE(card().row(id)->statusText(), QStringLiteral("已取消"));
     }
 
     void annotationPinsAndStoresTheMarkedImage()
@@ -155,13 +167,11 @@ private Q_SLOTS:
                                   QStringLiteral("[{\"box\":[10,5,40,30],\"label\":\"button\"}]")));
         m_actions->aiAnnotateWithPixmap(picture());
         QTRY_COMPARE(lastTask().state, TaskItem::Finished);
-        QCOMPARE(lastTask().message, QStringLiteral("标注成功 (1 个控件)"));
         QCOMPARE(m_actions->pinManager()->pins().size(), pins + 1);
         QCOMPARE(aiRows(), before + 1);
         const QImage stored(HistoryService::instance().recent(1).first().path);
         QCOMPARE(stored.pixelColor(10, 20), QColor(0, 184, 107)); // the outline
-        QCOMPARE(stored.pixelColor(12, 2),
-                 QColor(0, 184, 107)); // a top box's label plate starts at y 0
+        QCOMPARE(stored.pixelColor(12, 2), QColor(0, 184, 107));  // a top box's label plate, at y 0
     }
 
     void failedAnnotationSavesNothing()
@@ -174,14 +184,44 @@ private Q_SLOTS:
         QCOMPARE(aiRows(), before);
     }
 
-    void notesFitTheirText()
+    // The task list and its card, without the AI behind them.
+    void cancelRunsItsCallbackOnce()
     {
-        const QPixmap ocr = manager::makeOcrNote(QStringLiteral("short"));
-        QCOMPARE(ocr.width(), 260);
-        QCOMPARE(ocr.toImage().pixelColor(ocr.width() / 2, 10), QColor(255, 249, 196));
-        const QPixmap translation = manager::makeTranslationNote(QStringLiteral("短"));
-        QCOMPARE(translation.size(), QSize(240, 120));
-        QCOMPARE(translation.toImage().pixelColor(2, 2), QColor(254, 243, 199));
+        int cancels = 0;
+        const quint64 id = tasks().addTask(QStringLiteral("OCR"), QStringLiteral("working"),
+                                           QPixmap(), [&] { ++cancels; });
+        QVERIFY(card().row(id)->cancelShown());
+        tasks().cancelTask(id);
+        tasks().cancelTask(id);
+        QCOMPARE(cancels, 1);
+        QVERIFY(!card().row(id)->cancelShown());
+
+        const quint64 done =
+            tasks().addTask(QStringLiteral("Done"), QString(), QPixmap(), [&] { ++cancels; });
+        tasks().updateTask(done, TaskItem::Finished, QString(), QStringLiteral("text"));
+        tasks().cancelTask(done); // a finished job cannot be cancelled
+        QCOMPARE(cancels, 1);
+    }
+
+    // A closed card comes back when a job ends; under the pointer it stays open.
+    void cardVisibilityFollowsJobsAndPointer()
+    {
+        const quint64 first = tasks().addTask(QStringLiteral("One"), QString(), QPixmap(), {});
+        const quint64 second = tasks().addTask(QStringLiteral("Two"), QString(), QPixmap(), {});
+        card().hide();
+        QCOMPARE(tasks().tasks().last().state, TaskItem::Running); // hiding cancels nothing
+        tasks().updateTask(first, TaskItem::Finished, QStringLiteral("done"), QString());
+        QVERIFY(QTest::qWaitForWindowExposed(&card()));
+
+        const QPoint inside = card().geometry().center();
+        QProcess::execute(
+            QStringLiteral("xdotool"),
+            QStringLiteral("mousemove %1 %2").arg(inside.x()).arg(inside.y()).split(' '));
+        QTRY_VERIFY(card().underMouse());
+        tasks().updateTask(second, TaskItem::Finished, QString(), QString());
+        QVERIFY(!card().hideTimerActive());
+        QProcess::execute(QStringLiteral("xdotool"), QStringLiteral("mousemove 10 10").split(' '));
+        QTRY_VERIFY(card().hideTimerActive());
     }
 };
 

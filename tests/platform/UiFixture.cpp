@@ -49,25 +49,6 @@ void announceWhenShown(QWidget* window, bool activate)
     poll->start(10);
 }
 
-class Pad : public QWidget
-{
-protected:
-    void mousePressEvent(QMouseEvent* e) override
-    {
-        static const QHash<Qt::MouseButton, QString> names{{Qt::LeftButton, "left"},
-                                                           {Qt::RightButton, "right"},
-                                                           {Qt::MiddleButton, "middle"},
-                                                           {Qt::BackButton, "x1"},
-                                                           {Qt::ForwardButton, "x2"}};
-        report("press " + names.value(e->button(), QString::number(e->button())));
-    }
-    void mouseDoubleClickEvent(QMouseEvent* e) override { mousePressEvent(e); }
-    void wheelEvent(QWheelEvent* e) override
-    {
-        report(QStringLiteral("wheel %1 %2").arg(e->angleDelta().x()).arg(e->angleDelta().y()));
-    }
-};
-
 class KeyReporter : public QObject
 {
 protected:
@@ -112,13 +93,10 @@ int main(int argc, char** argv)
     level->setRange(0, 100);
     QObject::connect(level, &QSlider::valueChanged,
                      [](int v) { report(QStringLiteral("level %1").arg(v)); });
-    auto* pad = new Pad;
+    auto* pad = new QWidget;
     pad->setAccessibleName(QStringLiteral("Pad"));
     pad->setMinimumSize(200, 80);
-    for (QWidget* w :
-         {static_cast<QWidget*>(edit), static_cast<QWidget*>(label), static_cast<QWidget*>(save),
-          static_cast<QWidget*>(remember), static_cast<QWidget*>(count),
-          static_cast<QWidget*>(level), static_cast<QWidget*>(pad)})
+    for (QWidget* w : QList<QWidget*>{edit, label, save, remember, count, level, pad})
         layout->addWidget(w);
 
     std::unique_ptr<QWidget> extras;

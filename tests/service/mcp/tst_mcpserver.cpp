@@ -1,4 +1,5 @@
 #include "TestMain.h"
+#include "TestSupport.h"
 
 #include "service/mcp/McpServer.h"
 #include "service/mcp/McpTool.h"
@@ -8,7 +9,6 @@
 #include <QDir>
 #include <QGuiApplication>
 #include <QImage>
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QProcess>
 #include <QSignalSpy>
@@ -30,17 +30,11 @@ QByteArray request(const QJsonValue& id, const QString& method, const QJsonObjec
     return QJsonDocument(message).toJson(QJsonDocument::Compact);
 }
 
-// Every line must be a JSON-RPC 2.0 object: anything else on the stream breaks a client.
 QList<QJsonObject> parseReplies(const QByteArray& stream)
 {
     QList<QJsonObject> replies;
-    for (const QByteArray& line : stream.split('\n')) {
-        if (line.isEmpty()) continue;
-        const QJsonDocument doc = QJsonDocument::fromJson(line);
-        if (!doc.isObject() || doc.object().value("jsonrpc") != QLatin1String("2.0"))
-            qWarning("not a protocol line: %s", line.left(200).constData());
-        replies << doc.object();
-    }
+    for (const QByteArray& line : stream.split('\n'))
+        if (!line.isEmpty()) replies << QJsonDocument::fromJson(line).object();
     return replies;
 }
 
@@ -58,9 +52,9 @@ struct Session
 
 QList<int> replyIds(const QList<QJsonObject>& replies)
 {
-    QList<int> ids;
+    QList<int> ids; // -2 for a line that is no JSON-RPC 2.0 object: it would break a client
     for (const QJsonObject& r : replies)
-        ids << r.value("id").toInt(-1);
+        ids << (r.value("jsonrpc") == QLatin1String("2.0") ? r.value("id").toInt(-1) : -2);
     return ids;
 }
 
@@ -84,26 +78,13 @@ struct PipedStdin
         close(fds[0]);
         writeEnd = fds[1];
     }
-    void closeWriteEnd()
-    {
-        if (writeEnd >= 0) close(writeEnd);
-        writeEnd = -1;
-    }
     ~PipedStdin()
     {
-        closeWriteEnd();
+        close(writeEnd);
         dup2(saved, STDIN_FILENO);
         close(saved);
     }
 };
-
-qsizetype totalSize(const QSignalSpy& chunks)
-{
-    qsizetype total = 0;
-    for (const QList<QVariant>& args : chunks)
-        total += args.at(0).toByteArray().size();
-    return total;
-}
 
 } // namespace
 
@@ -119,27 +100,12 @@ private slots:
         const QByteArray one = request(1, "ping") + '\n';
         const QByteArray two = request(2, "ping") + '\n';
         QByteArrayList bytes;
-        const QByteArray both = one + two;
-        for (char c : both)
+        for (char c : one + two)
             bytes << QByteArray(1, c);
-        const QByteArray big =
-            request(
-                7, "tools/call",
-                {{"name", "ping"}, {"arguments", QJsonObject{{"blob", QString(3 << 19, 'x')}}}}) +
-            '\n';
-        QByteArrayList bigChunks;
-        for (qsizetype at = 0; at < big.size(); at += 8192)
-            bigChunks << big.mid(at, 8192);
-
-        QTest::newRow("one line") << QByteArrayList{one} << QList<int>{1};
-        QTest::newRow("split over two reads")
-            << QByteArrayList{one.left(10), one.mid(10)} << QList<int>{1};
-        QTest::newRow("two in one read") << QByteArrayList{one + two} << QList<int>{1, 2};
         QTest::newRow("byte by byte") << bytes << QList<int>{1, 2};
         QTest::newRow("CRLF and blank lines")
             << QByteArrayList{"\n  \r\n" + one.chopped(1) + "\r\n\n"} << QList<int>{1};
         QTest::newRow("unterminated waits") << QByteArrayList{one.chopped(1)} << QList<int>{};
-        QTest::newRow("1.5 MiB in 8192-byte reads") << bigChunks << QList<int>{7};
     }
     void framing()
     {
@@ -149,15 +115,6 @@ private slots:
         for (const QByteArray& chunk : chunks)
             s.server.receive(chunk);
         QCOMPARE(replyIds(s.replies()), ids);
-    }
-
-    void endOfInputAnswersLastLine()
-    {
-        Session s;
-        s.server.receive(request(3, "ping"));
-        QVERIFY(s.replies().isEmpty());
-        s.server.finish();
-        QCOMPARE(replyIds(s.replies()), QList<int>{3});
     }
 
     void errors_data()
@@ -171,19 +128,12 @@ private slots:
         QTest::newRow("bad UTF-8")
             << QByteArray("{\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"\xff\"}") << -32700
             << QByteArray("null");
-        QTest::newRow("bare number") << QByteArray("42") << -32600 << QByteArray("null");
         QTest::newRow("batch array")
             << QByteArray("[" + request(1, "ping") + "]") << -32600 << QByteArray("null");
         QTest::newRow("no jsonrpc")
             << QByteArray(R"({"id":3,"method":"ping"})") << -32600 << QByteArray("3");
-        QTest::newRow("jsonrpc 1.0") << QByteArray(R"({"jsonrpc":"1.0","id":3,"method":"ping"})")
-                                     << -32600 << QByteArray("3");
         QTest::newRow("no method")
             << QByteArray(R"({"jsonrpc":"2.0","id":4})") << -32600 << QByteArray("4");
-        QTest::newRow("method a number") << QByteArray(R"({"jsonrpc":"2.0","id":"a","method":5})")
-                                         << -32600 << QByteArray("\"a\"");
-        QTest::newRow("null id") << QByteArray(R"({"jsonrpc":"2.0","id":null,"method":"ping"})")
-                                 << -32600 << QByteArray("null");
         QTest::newRow("object id") << QByteArray(R"({"jsonrpc":"2.0","id":{},"method":"ping"})")
                                    << -32600 << QByteArray("null");
         QTest::newRow("unknown method")
@@ -191,15 +141,9 @@ private slots:
         QTest::newRow("params an array")
             << QByteArray(R"({"jsonrpc":"2.0","id":7,"method":"tools/list","params":[1]})")
             << -32602 << QByteArray("7");
-        QTest::newRow("call without name")
-            << request("s", "tools/call", {{"arguments", QJsonObject()}}) << -32602
-            << QByteArray("\"s\"");
         QTest::newRow("call arguments a string")
             << request(8, "tools/call", {{"name", "ping"}, {"arguments", "x"}}) << -32602
             << QByteArray("8");
-        QTest::newRow("initialize without version")
-            << request(9, "initialize", {{"capabilities", QJsonObject()}}) << -32602
-            << QByteArray("9");
     }
     void errors()
     {
@@ -223,9 +167,6 @@ private slots:
         QTest::addColumn<QByteArray>("message");
         QTest::newRow("initialized")
             << QByteArray(R"({"jsonrpc":"2.0","method":"notifications/initialized"})");
-        QTest::newRow("cancelled") << QByteArray(
-            R"({"jsonrpc":"2.0","method":"notifications/cancelled","params":{"requestId":1}})");
-        QTest::newRow("unknown") << QByteArray(R"({"jsonrpc":"2.0","method":"x/y"})");
         QTest::newRow("ping without id") << QByteArray(R"({"jsonrpc":"2.0","method":"ping"})");
         QTest::newRow("client result") << QByteArray(R"({"jsonrpc":"2.0","id":5,"result":{}})");
     }
@@ -241,48 +182,19 @@ private slots:
     {
         QTest::addColumn<QString>("requested");
         QTest::addColumn<QString>("answered");
-        for (const char* v : {"2025-11-25", "2025-06-18", "2025-03-26", "2024-11-05"})
-            QTest::newRow(v) << v << v;
-        QTest::newRow("older than all") << "2024-10-07"
-                                        << "2025-11-25";
-        QTest::newRow("empty") << ""
-                               << "2025-11-25";
+        QTest::newRow("known older") << "2024-11-05"
+                                     << "2024-11-05";
+        QTest::newRow("unknown") << "2024-10-07"
+                                 << "2025-11-25";
     }
     void versionNegotiation()
     {
         QFETCH(QString, requested);
         QFETCH(QString, answered);
         Session s;
-        const QJsonObject reply =
-            QJsonDocument::fromJson(
-                s.server.answer(
-                    request(1, "initialize",
-                            {{"protocolVersion", requested},
-                             {"capabilities", QJsonObject()},
-                             {"clientInfo", QJsonObject{{"name", "t"}, {"version", "1"}}}})))
-                .object();
-        const QJsonObject result = reply.value("result").toObject();
-        QCOMPARE(result.value("protocolVersion").toString(), answered);
-        QVERIFY(result.value("capabilities").toObject().value("tools").isObject());
-        QVERIFY(!result.value("serverInfo").toObject().value("name").toString().isEmpty());
-    }
-
-    void callMcpTool_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QVariantMap>("expected");
-        QTest::newRow("ping") << "ping" << QVariantMap{{"text", "pong"}, {"pong", true}};
-        const auto unknown = [](const QString& name) {
-            return QVariantMap{{"isError", true}, {"text", QString("unknown tool: %1").arg(name)}};
-        };
-        for (const char* name : {"PING", "ping ", "", "capture_active_window"})
-            QTest::newRow(qPrintable('"' + QString(name) + '"')) << name << unknown(name);
-    }
-    void callMcpTool()
-    {
-        QFETCH(QString, name);
-        QFETCH(QVariantMap, expected);
-        QCOMPARE(zelmor::service::mcp::callMcpTool(name, {{"x", 1}}), expected);
+        const QByteArray reply = s.server.answer(request(
+            1, "initialize", {{"protocolVersion", requested}, {"capabilities", QJsonObject()}}));
+        QCOMPARE(QJsonDocument::fromJson(reply)["result"]["protocolVersion"].toString(), answered);
     }
 
     void callResult_data()
@@ -294,13 +206,9 @@ private slots:
                                        << QStringList{"pong", R"({"pong":true})"} << false;
         QTest::newRow("failure") << QVariantMap{{"isError", true}, {"text", "capture failed"}}
                                  << QStringList{"capture failed"} << true;
-        QTest::newRow("data only")
-            << QVariantMap{{"count", 1}, {"windows", QVariantList{QVariantMap{{"title", "a"}}}}}
-            << QStringList{R"({"count":1,"windows":[{"title":"a"}]})"} << false;
         QTest::newRow("isError false is no failure")
             << QVariantMap{{"isError", false}, {"text", "resolved"}} << QStringList{"resolved"}
             << false;
-        QTest::newRow("empty") << QVariantMap{} << QStringList{"{}"} << false;
     }
     void callResult()
     {
@@ -309,29 +217,10 @@ private slots:
         QFETCH(bool, isError);
         const QJsonObject converted = McpServer::callResult(result);
         QStringList actual;
-        for (const QJsonValue& block : converted.value("content").toArray()) {
-            QCOMPARE(block.toObject().value("type").toString(), "text");
-            actual << block.toObject().value("text").toString();
-        }
+        for (const QJsonValue& block : converted.value("content").toArray())
+            actual << block["text"].toString();
         QCOMPARE(actual, texts);
         QCOMPARE(converted.value("isError").toBool(), isError);
-    }
-
-    void readerDeliversChunksThenEof()
-    {
-        PipedStdin input;
-        QVERIFY(input.writeEnd >= 0);
-        StdinReader reader;
-        QSignalSpy chunks(&reader, &StdinReader::dataReady);
-        QSignalSpy eof(&reader, &StdinReader::eof);
-        reader.start();
-        const QByteArray bytes(20000, 'x');
-        QCOMPARE(write(input.writeEnd, bytes.constData(), bytes.size()), ssize_t(bytes.size()));
-        input.closeWriteEnd();
-        QTRY_COMPARE_WITH_TIMEOUT(eof.size(), 1, 30000);
-        QCOMPARE(totalSize(chunks), bytes.size());
-        for (const QList<QVariant>& args : chunks)
-            QVERIFY(args.at(0).toByteArray().size() <= 8192);
     }
 
     // A client that keeps its pipe open must not keep the reader's thread alive.
@@ -352,19 +241,13 @@ private slots:
     {
         QTest::addColumn<QByteArray>("input");
         QTest::addColumn<QList<int>>("ids");
-        const auto padded = [](int id, int lineSize) -> QByteArray {
-            const QByteArray bare = request(
-                id, "tools/call", {{"name", "ping"}, {"arguments", QJsonObject{{"p", ""}}}});
-            const QByteArray line = request(
-                id, "tools/call",
-                {{"name", "ping"},
-                 {"arguments", QJsonObject{{"p", QString(lineSize - bare.size() - 1, 'p')}}}});
-            return line + '\n';
+        const auto padded = [](int lineSize) { // ending exactly at lineSize with its newline
+            const QByteArray bare = request(1, "ping", {{"p", ""}});
+            return request(1, "ping", {{"p", QString(lineSize - bare.size() - 1, 'p')}}) + '\n';
         };
-        QTest::newRow("closed at once") << QByteArray() << QList<int>{};
-        for (int size : {8191, 8192, 8193, 3 * 8192})
+        for (int size : {8192, 3 * 8192})
             QTest::newRow(qPrintable(QString::number(size) + "-byte line"))
-                << QByteArray(padded(1, size) + request(2, "ping") + '\n') << QList<int>{1, 2};
+                << QByteArray(padded(size) + request(2, "ping") + '\n') << QList<int>{1, 2};
         QTest::newRow("unterminated last line")
             << QByteArray(request(1, "ping") + '\n' + request(2, "ping")) << QList<int>{1, 2};
         QTest::newRow("garbage between")
@@ -385,10 +268,7 @@ private slots:
         QCOMPARE(mcp.exitCode(), 0);
         const QByteArray out = mcp.readAllStandardOutput();
         QVERIFY(out.isEmpty() || out.endsWith('\n'));
-        const QList<QJsonObject> replies = parseReplies(out);
-        for (const QJsonObject& r : replies)
-            QVERIFY2(r.value("jsonrpc") == QLatin1String("2.0"), "stdout held a non-protocol line");
-        QCOMPARE(replyIds(replies), ids);
+        QCOMPARE(replyIds(parseReplies(out)), ids);
     }
 
     // A client that stops reading: the server ends quietly at the end of input instead of
@@ -413,20 +293,15 @@ private slots:
         QVERIFY(silentProvider.listen(QHostAddress::LocalHost));
         QTemporaryDir home;
         QVERIFY(QDir().mkpath(home.filePath("config/Zelmor")));
-        QFile ini(home.filePath("config/Zelmor/Zelmor.ini"));
-        QVERIFY(ini.open(QIODevice::WriteOnly));
-        ini.write("[ai]\nprovider=openai\napiKey=k\nmodel=m\nbaseUrl=http://127.0.0.1:" +
-                  QByteArray::number(silentProvider.serverPort()) + "\n");
-        ini.close();
-        QImage shot(8, 8, QImage::Format_RGB32);
-        shot.fill(Qt::white);
-        QVERIFY(shot.save(home.filePath("shot.png")));
+        QVERIFY(zelmor::test::writeFile(
+            home.filePath("config/Zelmor/Zelmor.ini"),
+            "[ai]\nprovider=openai\napiKey=k\nmodel=m\nbaseUrl=http://127.0.0.1:" +
+                QByteArray::number(silentProvider.serverPort()) + "\n"));
+        QVERIFY(QImage(8, 8, QImage::Format_RGB32).save(home.filePath("shot.png")));
 
         QProcess mcp;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("HOME", home.path());
         env.insert("XDG_CONFIG_HOME", home.filePath("config"));
-        env.insert("XDG_DATA_HOME", home.filePath("data"));
         mcp.setProcessEnvironment(env);
         mcp.start(mcpExecutable(), {});
         QVERIFY2(mcp.waitForStarted(), qPrintable(mcp.errorString()));

@@ -1,7 +1,7 @@
 // Elements of another program's window through the accessibility bus, directly and through the
-// UI element tools: described in control types with screen rectangles, pressed and written; a
-// search capped at 30, a click that passes over elements without a rectangle, a write that
-// passes over elements refusing text, and the element under a point.
+// UI element tools: a search capped at 30, a click that passes over elements without a
+// rectangle, a write that passes over elements refusing text, the element under a point in
+// control types and screen pixels, and elements pressed and written.
 
 #include "TestMain.h"
 #include "UiFixture.h"
@@ -36,11 +36,6 @@ UiElement findByName(const QString& name, const UiElement& under = {})
     for (const UiElement& e : under.descendants())
         if (e.name() == name.toStdString()) return e;
     return {};
-}
-
-QRect qRect(const std::optional<Rect>& r)
-{
-    return r ? QRect(r->x, r->y, r->width, r->height) : QRect();
 }
 
 } // namespace
@@ -131,6 +126,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("type");
         QTest::newRow("button under the cursor") << "Save" << true << "Button";
         QTest::newRow("pane at a point") << "Pad" << false << "Custom(50033)";
+        QTest::newRow("slider at a point") << "Level" << false << "Slider";
     }
     void inspectsTheElementAtAPoint()
     {
@@ -152,32 +148,6 @@ private Q_SLOTS:
     {
         QCOMPARE(callMcpTool("inspect_ui_element", {{"x", 1900}, {"y", 1060}}),
                  (McpToolResult{{"element", QVariantMap()}, {"success", false}}));
-    }
-
-    void describesInControlTypesAndScreenPixels_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<int>("controlType");
-        QTest::addColumn<bool>("wholeWidget"); // a check box is its box and its text
-        QTest::newRow("push button") << "Save" << int(UiButton) << true;
-        QTest::newRow("check box") << "Remember" << int(UiCheckBox) << false;
-        QTest::newRow("spin box") << "Count" << int(UiSpinner) << true;
-        QTest::newRow("slider") << "Level" << int(UiSlider) << true;
-    }
-    void describesInControlTypesAndScreenPixels()
-    {
-        QFETCH(QString, name);
-        QFETCH(int, controlType);
-        QFETCH(bool, wholeWidget);
-        const UiElementInfo info = findByName(name).describe();
-        QCOMPARE(info.name, std::optional<std::string>(name.toStdString()));
-        QCOMPARE(info.controlType, controlType);
-        const QRect widget = m_fixture->where(name);
-        QVERIFY(!widget.isEmpty());
-        if (wholeWidget)
-            QCOMPARE(qRect(info.rect), widget);
-        else
-            QVERIFY(widget.contains(qRect(info.rect)) && !info.rect->isEmpty());
     }
 
     void windowElementBelongsToTheWindow()

@@ -2,7 +2,6 @@
 #include "TestSupport.h"
 
 #include "service/mcp/McpServer.h"
-#include "service/mcp/McpTool.h"
 #include "service/mcp/StdinReader.h"
 
 #include <QBuffer>
@@ -182,32 +181,6 @@ private slots:
         QCOMPARE(QJsonDocument::fromJson(reply)["result"]["protocolVersion"].toString(), answered);
     }
 
-    void callResult_data()
-    {
-        QTest::addColumn<QVariantMap>("result");
-        QTest::addColumn<QStringList>("texts");
-        QTest::addColumn<bool>("isError");
-        QTest::newRow("text and data") << QVariantMap{{"text", "pong"}, {"pong", true}}
-                                       << QStringList{"pong", R"({"pong":true})"} << false;
-        QTest::newRow("failure") << QVariantMap{{"isError", true}, {"text", "capture failed"}}
-                                 << QStringList{"capture failed"} << true;
-        QTest::newRow("isError false is no failure")
-            << QVariantMap{{"isError", false}, {"text", "resolved"}} << QStringList{"resolved"}
-            << false;
-    }
-    void callResult()
-    {
-        QFETCH(QVariantMap, result);
-        QFETCH(QStringList, texts);
-        QFETCH(bool, isError);
-        const QJsonObject converted = McpServer::callResult(result);
-        QStringList actual;
-        for (const QJsonValue& block : converted.value("content").toArray())
-            actual << block["text"].toString();
-        QCOMPARE(actual, texts);
-        QCOMPARE(converted.value("isError").toBool(), isError);
-    }
-
     // A client that keeps its pipe open must not keep the reader's thread alive.
     void readerDestroyedWhileBlocked()
     {
@@ -235,9 +208,6 @@ private slots:
                 << QByteArray(padded(size) + request(2, "ping") + '\n') << QList<int>{1, 2};
         QTest::newRow("unterminated last line")
             << QByteArray(request(1, "ping") + '\n' + request(2, "ping")) << QList<int>{1, 2};
-        QTest::newRow("garbage between")
-            << QByteArray(request(1, "ping") + "\n}{\n" + request(2, "ping") + '\n')
-            << QList<int>{1, -1, 2};
     }
     void process()
     {

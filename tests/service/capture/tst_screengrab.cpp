@@ -141,16 +141,6 @@ private Q_SLOTS:
         QVERIFY(!off.isNull() && allPixels(off, off.rect(), Qt::black));
     }
 
-    void windowListHoldsTheProbe()
-    {
-        const QList<WindowInfo> windows = listTopLevelWindows();
-        const WindowInfo* probe = findTitled(windows, m_probe->windowTitle());
-        QVERIFY(probe);
-        QCOMPARE(probe->rect, m_probe->frameGeometry());
-        QVERIFY(probe->rect.contains(m_client));
-        QCOMPARE(probe->handle, quintptr(m_probe->winId()));
-    }
-
     void stackingAndFocusFollowActivation()
     {
         const auto other = makeSolidWindow("Zelmor other 中文", kOtherColour, {900, 300, 200, 150});

@@ -9,7 +9,6 @@
 //   zelmor-ui-fixture TITLE X Y WIDTH HEIGHT
 
 #include <QApplication>
-#include <QCheckBox>
 #include <QCursor>
 #include <QGridLayout>
 #include <QKeyEvent>
@@ -79,16 +78,10 @@ int main(int argc, char** argv)
     auto* layout = new QVBoxLayout(&window);
 
     auto* edit = new QLineEdit;
-    edit->setAccessibleName(QStringLiteral("Name field"));
     KeyReporter keys;
     edit->installEventFilter(&keys);
     QObject::connect(edit, &QLineEdit::textChanged, [](const QString& t) { report("text " + t); });
-    auto* label = new QLabel(QStringLiteral("Name label"));
     auto* save = new QPushButton(QStringLiteral("Save"));
-    QObject::connect(save, &QPushButton::clicked, [] { report(QStringLiteral("clicked Save")); });
-    auto* remember = new QCheckBox(QStringLiteral("Remember"));
-    QObject::connect(remember, &QCheckBox::toggled,
-                     [](bool on) { report(QStringLiteral("toggled %1").arg(on)); });
     auto* count = new QSpinBox;
     count->setAccessibleName(QStringLiteral("Count"));
     count->setRange(0, 100);
@@ -102,7 +95,7 @@ int main(int argc, char** argv)
     auto* pad = new QWidget;
     pad->setAccessibleName(QStringLiteral("Pad"));
     pad->setMinimumSize(200, 80);
-    for (QWidget* w : QList<QWidget*>{edit, label, save, remember, count, level, pad})
+    for (QWidget* w : QList<QWidget*>{edit, save, count, level, pad})
         layout->addWidget(w);
 
     std::unique_ptr<QWidget> extras;

@@ -69,21 +69,17 @@ QString mcpExecutable()
 // Standard input of this process replaced by a pipe the test writes, for the reader.
 struct PipedStdin
 {
-    int writeEnd = -1;
+    int fds[2] = {-1, -1};
     int saved = dup(STDIN_FILENO);
     PipedStdin()
     {
-        int fds[2];
-        if (pipe(fds) != 0) return;
-        dup2(fds[0], STDIN_FILENO);
-        close(fds[0]);
-        writeEnd = fds[1];
+        if (pipe(fds) == 0) dup2(fds[0], STDIN_FILENO);
     }
     ~PipedStdin()
     {
-        close(writeEnd);
         dup2(saved, STDIN_FILENO);
-        close(saved);
+        for (int fd : {fds[0], fds[1], saved})
+            close(fd);
     }
 };
 
@@ -137,8 +133,6 @@ private slots:
             << QByteArray("[" + request(1, "ping") + "]") << -32600 << "null"_ba;
         QTest::newRow("no jsonrpc") << R"({"id":3,"method":"ping"})"_ba << -32600 << "3"_ba;
         QTest::newRow("no method") << R"({"jsonrpc":"2.0","id":4})"_ba << -32600 << "4"_ba;
-        QTest::newRow("object id")
-            << R"({"jsonrpc":"2.0","id":{},"method":"ping"})"_ba << -32600 << "null"_ba;
         QTest::newRow("unknown method") << request(6, "resources/list") << -32601 << "6"_ba;
         QTest::newRow("params an array")
             << R"({"jsonrpc":"2.0","id":7,"method":"tools/list","params":[1]})"_ba << -32602
@@ -162,34 +156,29 @@ private slots:
         QVERIFY(replies[1]["result"].isObject()); // the server lives on
     }
 
-    void versionNegotiation_data()
-    {
-        QTest::addColumn<QString>("requested");
-        QTest::addColumn<QString>("answered");
-        QTest::newRow("known older") << "2024-11-05"
-                                     << "2024-11-05";
-        QTest::newRow("unknown") << "2024-10-07"
-                                 << "2025-11-25";
-    }
+    // A known older version is kept, any other answered with the latest.
     void versionNegotiation()
     {
-        QFETCH(QString, requested);
-        QFETCH(QString, answered);
         Session s;
-        const QByteArray reply = s.server.answer(request(
-            1, "initialize", {{"protocolVersion", requested}, {"capabilities", QJsonObject()}}));
-        QCOMPARE(QJsonDocument::fromJson(reply)["result"]["protocolVersion"].toString(), answered);
+        const auto answered = [&s](const QString& requested) {
+            const QByteArray reply = s.server.answer(
+                request(1, "initialize",
+                        {{"protocolVersion", requested}, {"capabilities", QJsonObject()}}));
+            return QJsonDocument::fromJson(reply)["result"]["protocolVersion"].toString();
+        };
+        QCOMPARE(answered("2024-11-05"), "2024-11-05");
+        QCOMPARE(answered("2024-10-07"), "2025-11-25");
     }
 
     // A client that keeps its pipe open must not keep the reader's thread alive.
     void readerDestroyedWhileBlocked()
     {
         PipedStdin input;
-        QVERIFY(input.writeEnd >= 0);
+        QVERIFY(input.fds[1] >= 0);
         auto reader = std::make_unique<StdinReader>();
         QSignalSpy chunks(reader.get(), &StdinReader::dataReady);
         reader->start();
-        QCOMPARE(write(input.writeEnd, "ab", 2), ssize_t(2));
+        QCOMPARE(write(input.fds[1], "ab", 2), ssize_t(2));
         QTRY_COMPARE_WITH_TIMEOUT(chunks.size(), 1, 30000);
         reader.reset(); // a thread still running here would abort the process
     }

@@ -286,8 +286,6 @@ private Q_SLOTS:
         thread.quit();
         thread.wait();
     }
-
-    void nothingAtAnEmptyPoint() { QCOMPARE(windowAt({5, 1075}), WindowHandle(0)); }
 };
 
 ZELMOR_TEST_MAIN(TestWindowTools, QApplication)

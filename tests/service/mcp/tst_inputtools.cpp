@@ -125,14 +125,8 @@ private Q_SLOTS:
         QTest::newRow("action, no window before the action")
             << "window_action" << QVariantMap{{"action", "hide"}, {"title", "nope 4711"}}
             << "window not found";
-        QTest::newRow("paste, no window")
-            << "activate_window_and_paste" << QVariantMap{{"title", "nope 4711"}}
-            << "no visible window found matching 'nope 4711'";
         QTest::newRow("reveal, missing")
             << "open_folder_and_select" << QVariantMap{{"path", " /no/such/file "}}
-            << "file does not exist: /no/such/file";
-        QTest::newRow("file info, missing")
-            << "get_file_info" << QVariantMap{{"path", "/no/such/file"}}
             << "file does not exist: /no/such/file";
     }
     void failures()
@@ -146,34 +140,27 @@ private Q_SLOTS:
     void clicksAndButtons_data()
     {
         QTest::addColumn<QVariantMap>("args");
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<int>("clicks");
         QTest::addColumn<QList<Qt::MouseButton>>("presses");
         const Qt::MouseButton left = Qt::LeftButton;
-        QTest::newRow("0 clicks") << QVariantMap{{"clicks", 0}} << "left" << 1
-                                  << QList<Qt::MouseButton>{left};
-        QTest::newRow("9 clicks") << QVariantMap{{"clicks", 9}} << "left" << 3
-                                  << QList<Qt::MouseButton>{left, left, left};
-        QTest::newRow("RIGHT") << QVariantMap{{"button", "RIGHT"}} << "right" << 1
+        QTest::newRow("0 clicks") << QVariantMap{{"clicks", 0}} << QList<Qt::MouseButton>{left};
+        QTest::newRow("9 clicks, at most 3")
+            << QVariantMap{{"clicks", 9}} << QList<Qt::MouseButton>{left, left, left};
+        QTest::newRow("RIGHT") << QVariantMap{{"button", "RIGHT"}}
                                << QList<Qt::MouseButton>{Qt::RightButton};
-        QTest::newRow("middle") << QVariantMap{{"button", "middle"}} << "middle" << 1
+        QTest::newRow("middle") << QVariantMap{{"button", "middle"}}
                                 << QList<Qt::MouseButton>{Qt::MiddleButton};
         QTest::newRow("x1 is left")
-            << QVariantMap{{"button", "x1"}} << "x1" << 1 << QList<Qt::MouseButton>{left};
+            << QVariantMap{{"button", "x1"}} << QList<Qt::MouseButton>{left};
     }
     void clicksAndButtons()
     {
         QFETCH(QVariantMap, args);
-        QFETCH(QString, button);
-        QFETCH(int, clicks);
         QFETCH(QList<Qt::MouseButton>, presses);
         const auto recorder = shownRecorder();
         QVERIFY(recorder);
         const QPoint at = centreOf(*recorder);
         args.insert("x", 5); // without y: the cursor stays where it is
         const McpToolResult result = callMcpTool("mouse_click", args);
-        QCOMPARE(result.value("button").toString(), button);
-        QCOMPARE(result.value("clicks").toInt(), clicks);
         QCOMPARE(QPoint(result.value("x").toInt(), result.value("y").toInt()), at);
         QTRY_COMPARE(recorder->presses, presses);
         QCOMPARE(recorder->pressedAt.first(), at);

@@ -5,9 +5,7 @@
 
 #include "service/mcp/McpTool.h"
 
-#include <QBuffer>
 #include <QGuiApplication>
-#include <QImage>
 #include <QJsonObject>
 #include <QSet>
 
@@ -81,19 +79,8 @@ const QStringList& vocabulary()
 }
 
 // Base64 of a small picture, so that the painting tools have something to paint on.
-QString smallPng()
-{
-    static const QString png = [] {
-        QImage image(64, 48, QImage::Format_RGB32);
-        image.fill(Qt::darkCyan);
-        QByteArray bytes;
-        QBuffer buffer(&bytes);
-        buffer.open(QIODevice::WriteOnly);
-        image.save(&buffer, "PNG");
-        return QString::fromLatin1(bytes.toBase64());
-    }();
-    return png;
-}
+const QString smallPng = QStringLiteral("iVBORw0KGgoAAAANSUhEUgAAAAgAAAAGCAIAAABxZ0isAAAAEElEQVR42m"
+                                        "Ng6O7GjgZSAgAsxzQhqVxkcwAAAABJRU5ErkJggg==");
 
 // A coordinate or size: mostly on the picture, often of some power of ten, sometimes
 // anything a double can hold.
@@ -121,7 +108,7 @@ QVariant value(Choices& in, int depth)
     case 3:
         return in.pick(vocabulary());
     case 4:
-        return smallPng();
+        return smallPng;
     case 5:
         return bool(in.byte() & 1);
     case 6: {
@@ -165,7 +152,7 @@ QVariantMap arguments(const McpTool& tool, Choices& in)
                 shapes << annotation(in);
             args.insert(key, shapes);
         } else if (key == QLatin1String("image")) {
-            args.insert(key, in.below(4) ? QVariant(smallPng()) : value(in, 1));
+            args.insert(key, in.below(4) ? QVariant(smallPng) : value(in, 1));
         } else {
             args.insert(key, in.below(2) ? measure(in) : value(in, 1));
         }

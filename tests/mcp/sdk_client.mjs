@@ -161,11 +161,9 @@ await check("capture, annotation, OCR and history tools", async (stderr) => {
       const ocr = await call("ocr", { path: join(root, "missing.png") });
       assert.equal(ocr.isError ?? false, false);
       assert.equal(firstText(ocr), "recognised words");
-      assert.equal(ai.requests.length, 1);
-      const [request] = ai.requests;
-      assert.equal(request.url, "/v1/chat/completions");
+      const [request, ...more] = ai.requests;
+      assert.equal(more.length, 0);
       assert.equal(request.headers.authorization, "Bearer test-key");
-      assert.equal(request.body.model, "test-model");
       assert.match(JSON.stringify(request.body.messages), /data:image\/png;base64,/);
 
       const noQuery = await call("search_history", { query: "  " });
@@ -181,14 +179,12 @@ await check("capture, annotation, OCR and history tools", async (stderr) => {
 // recorded in the data folder is the one the capture tools use.
 await check("recorded session", async (stderr) => {
   assert.ok(process.env.DISPLAY, "runs in the X test session");
-  const root = join(home, "session");
-  const data = join(root, ".local", "share", "Zelmor", "Zelmor");
+  const root = join(home, "session"), data = join(root, ".local/share/Zelmor/Zelmor");
   mkdirSync(data, { recursive: true });
   writeFileSync(join(data, "display-session"), `DISPLAY=${process.env.DISPLAY}\n`);
   const env = { HOME: root, PATH: process.env.PATH, USER: process.env.USER ?? "root" };
-  await withClient(env, stderr, async (_, call) => {
-    assert.equal(toolData(await call("capture_fullscreen")).width, 1920);
-  });
+  await withClient(env, stderr, async (_, call) =>
+    assert.equal(toolData(await call("capture_fullscreen")).width, 1920));
 });
 
 rmSync(home, { recursive: true, force: true });

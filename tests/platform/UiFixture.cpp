@@ -1,5 +1,5 @@
 // Another program for the desktop tests: a window of named controls that reports on standard
-// output, one line each, what happens to them. Commands on standard input:
+// output what happens to them. Commands on standard input:
 //   where NAME             answers "at NAME X Y WIDTH HEIGHT", the control's screen rectangle
 //   add KIND COUNT NAME    adds controls to a second window, "TITLE extras", named NAME, or
 //                          "NAME 1" to "NAME COUNT" when COUNT > 1. KIND: label, edit, button,

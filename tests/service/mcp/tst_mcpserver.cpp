@@ -61,9 +61,9 @@ QList<int> replyIds(const QList<QJsonObject>& replies)
 
 QString mcpExecutable()
 {
-    QString dir = qEnvironmentVariable("ZELMOR_BIN_DIR");
-    if (dir.isEmpty()) dir = QCoreApplication::applicationDirPath() + "/../bin";
-    return dir + "/zelmor-mcp";
+    const QString dir = qEnvironmentVariable("ZELMOR_BIN_DIR");
+    return (dir.isEmpty() ? QCoreApplication::applicationDirPath() + "/../bin" : dir) +
+           "/zelmor-mcp";
 }
 
 // Standard input of this process replaced by a pipe the test writes, for the reader.
@@ -204,12 +204,10 @@ private slots:
         QFETCH(QList<int>, ids);
         QProcess mcp;
         mcp.start(mcpExecutable(), {});
-        QVERIFY2(mcp.waitForStarted(), qPrintable(mcp.errorString()));
         mcp.write(input);
         mcp.closeWriteChannel();
         QVERIFY(mcp.waitForFinished(60000));
-        QCOMPARE(mcp.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(mcp.exitCode(), 0);
+        QCOMPARE(mcp.exitStatus() == QProcess::NormalExit ? mcp.exitCode() : -1, 0);
         const QByteArray out = mcp.readAllStandardOutput();
         QVERIFY(out.isEmpty() || out.endsWith('\n'));
         QCOMPARE(replyIds(parseReplies(out)), ids);
@@ -221,7 +219,6 @@ private slots:
     {
         QProcess mcp; // its output goes to a reader that is gone at once
         mcp.start("bash", {"-c", "\"$0\" | true; exit \"${PIPESTATUS[0]}\"", mcpExecutable()});
-        QVERIFY2(mcp.waitForStarted(), qPrintable(mcp.errorString()));
         for (int i = 0; i < 100; ++i)
             mcp.write(request(i, "ping") + '\n');
         mcp.closeWriteChannel();
@@ -248,7 +245,6 @@ private slots:
         env.insert("XDG_CONFIG_HOME", home.filePath("config"));
         mcp.setProcessEnvironment(env);
         mcp.start(mcpExecutable(), {});
-        QVERIFY2(mcp.waitForStarted(), qPrintable(mcp.errorString()));
         mcp.write(request(1, "tools/call",
                           {{"name", "ocr"},
                            {"arguments", QJsonObject{{"path", home.filePath("shot.png")}}}}) +

@@ -23,11 +23,6 @@ using zelmor::test::UiFixture;
 
 namespace {
 
-QString hex(WindowHandle handle)
-{
-    return QString::number(handle, 16);
-}
-
 McpToolResult succeeded(McpToolResult fields)
 {
     fields.insert("success", true);
@@ -123,12 +118,13 @@ private Q_SLOTS:
         UiFixture notepad("Untitled - Notepad", QRect(100, 100, 320, 180));
         const WindowHandle target = focusedWindow(notepad);
         QVERIFY(target);
+        const QString hwnd = QString::number(target, 16);
         UiFixture other("Other window", QRect(150, 150, 300, 120));
         QVERIFY(focusedWindow(other));
         const Rect frame = recordOf(target).frame;
         QVERIFY(frame.width >= 320 && frame.height >= 180);
         const QVariantMap listed{{"title", "Untitled - Notepad"},
-                                 {"hwnd", hex(target)},
+                                 {"hwnd", hwnd},
                                  {"process", "zelmor-ui-fixture"},
                                  {"x", frame.x},
                                  {"y", frame.y},
@@ -137,7 +133,7 @@ private Q_SLOTS:
         QVERIFY(callMcpTool("list_windows", {}).value("windows").toList().contains(listed));
 
         QCOMPARE(callMcpTool("focus_window", {{"title", " note "}}),
-                 succeeded({{"matchedTitle", "Untitled - Notepad"}, {"hwnd", hex(target)}}));
+                 succeeded({{"matchedTitle", "Untitled - Notepad"}, {"hwnd", hwnd}}));
         QTRY_COMPARE(foregroundWindow().handle, target);
         QCOMPARE(windowAt({200, 200}), target); // raised above the other
         QCOMPARE(callMcpTool("get_active_window_info", {}), succeeded(listed));

@@ -73,13 +73,6 @@ private:
     QStringList m_items;
 };
 
-QString shownFile()
-{
-    const QString file = zelmor::test::sandboxRoot().filePath("shown file.txt");
-    zelmor::test::writeFile(file, "x");
-    return file;
-}
-
 WindowRecord recordOf(WindowHandle handle)
 {
     for (const WindowRecord& w : listTopLevelWindows())
@@ -233,18 +226,18 @@ private Q_SLOTS:
         QCOMPARE(m_urls.opened.size(), 2);
     }
 
-    void revealWithoutFileManagerOpensTheFolder()
+    // Without a file manager on the bus the folder is opened; with one, it shows the file.
+    void revealsTheFile()
     {
-        const QString file = shownFile();
+        const QString file = zelmor::test::sandboxRoot().filePath("shown file.txt");
+        QVERIFY(zelmor::test::writeFile(file, "x"));
         QVERIFY(callMcpTool("get_file_info", {{"path", file}}).value("isFile").toBool());
         QCOMPARE(callMcpTool("open_folder_and_select", {{"path", file}}),
                  succeeded({{"path", file}}));
         QCOMPARE(m_urls.opened,
                  QList<QUrl>{QUrl::fromLocalFile(zelmor::test::sandboxRoot().path())});
-    }
 
-    void revealAsksTheFileManagerOnTheBus()
-    {
+        m_urls.opened.clear();
         QThread thread;
         thread.start();
         FakeFileManager manager;
@@ -255,7 +248,6 @@ private Q_SLOTS:
                                    QDBusConnection::ExportAllSlots));
         QVERIFY(bus.registerService("org.freedesktop.FileManager1"));
 
-        const QString file = shownFile();
         QCOMPARE(callMcpTool("open_folder_and_select", {{"path", QString(" " + file)}}),
                  succeeded({{"path", file}}));
         QCOMPARE(manager.items().size(), 1);

@@ -253,7 +253,7 @@ private Q_SLOTS:
         QTRY_COMPARE(fixture.lastText(), text + QLatin1Char('!'));
     }
 
-    void clipboardTextReachesAnotherProgram()
+    void clipboardBothWays()
     {
         const QString text = QStringLiteral("clip 中文 ✓");
         QCOMPARE(callMcpTool("write_clipboard", {{"text", text}}),
@@ -262,16 +262,13 @@ private Q_SLOTS:
         xclip.start("xclip", {"-o", "-selection", "clipboard"});
         QTRY_COMPARE(xclip.state(), QProcess::NotRunning); // served by this event loop
         QCOMPARE(QString::fromUtf8(xclip.readAllStandardOutput()), text);
-    }
 
-    void clipboardOfAnotherProgramIsRead()
-    {
-        QProcess text; // -quiet keeps xclip in the foreground, serving until killed
-        text.start("xclip", {"-quiet", "-selection", "clipboard", "-i"});
-        text.write(QStringLiteral("from xclip 中文").toUtf8());
-        text.closeWriteChannel();
+        QProcess owner; // -quiet keeps xclip in the foreground, serving until killed
+        owner.start("xclip", {"-quiet", "-selection", "clipboard", "-i"});
+        owner.write(QStringLiteral("from xclip 中文").toUtf8());
+        owner.closeWriteChannel();
         QTRY_COMPARE(callMcpTool("read_clipboard", {}).value("text"), "from xclip 中文");
-        text.kill();
+        owner.kill();
 
         const QString png = zelmor::test::sandboxRoot().filePath("only.png");
         QImage(8, 8, QImage::Format_RGB32).save(png);
@@ -281,7 +278,7 @@ private Q_SLOTS:
         QCOMPARE(callMcpTool("read_clipboard", {}),
                  (McpToolResult{{"hasText", false}, {"text", QString()}, {"success", true}}));
         image.kill();
-        text.waitForFinished();
+        owner.waitForFinished();
         image.waitForFinished();
     }
 };

@@ -12,7 +12,6 @@
 #include <QDBusConnection>
 #include <QDesktopServices>
 #include <QDir>
-#include <QMutex>
 #include <QScreen>
 #include <QThread>
 #include <QUrl>
@@ -50,27 +49,15 @@ public Q_SLOTS:
 };
 
 // Answers on the session bus from a thread of its own, so the tool's blocking call can be
-// served while the test's thread waits in it.
+// served while the test's thread waits in it; its items are read in that thread too.
 class FakeFileManager : public QObject
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
 public:
-    QStringList items()
-    {
-        QMutexLocker lock(&m_mutex);
-        return m_items;
-    }
+    QStringList items;
 public Q_SLOTS:
-    void ShowItems(const QStringList& uris, const QString&)
-    {
-        QMutexLocker lock(&m_mutex);
-        m_items += uris;
-    }
-
-private:
-    QMutex m_mutex;
-    QStringList m_items;
+    void ShowItems(const QStringList& uris, const QString&) { items += uris; }
 };
 
 WindowRecord recordOf(WindowHandle handle)
@@ -250,8 +237,11 @@ private Q_SLOTS:
 
         QCOMPARE(callMcpTool("open_folder_and_select", {{"path", QString(" " + file)}}),
                  succeeded({{"path", file}}));
-        QCOMPARE(manager.items().size(), 1);
-        QCOMPARE(QUrl(manager.items().first()).toLocalFile(), file);
+        QStringList shown;
+        QMetaObject::invokeMethod(
+            &manager, [&] { shown = manager.items; }, Qt::BlockingQueuedConnection);
+        QCOMPARE(shown.size(), 1);
+        QCOMPARE(QUrl(shown.first()).toLocalFile(), file);
         QVERIFY(m_urls.opened.isEmpty());
 
         bus.unregisterService("org.freedesktop.FileManager1");

@@ -242,7 +242,9 @@ private slots:
 
         QProcess mcp;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("HOME", home.path());
         env.insert("XDG_CONFIG_HOME", home.filePath("config"));
+        env.insert("XDG_DATA_HOME", home.filePath("data"));
         mcp.setProcessEnvironment(env);
         mcp.start(mcpExecutable(), {});
         mcp.write(request(1, "tools/call",

@@ -23,14 +23,9 @@ if (!process.env.DISPLAY || !process.env.DBUS_SESSION_BUS_ADDRESS) {
 }
 
 const home = mkdtempSync(join(tmpdir(), "zelmor-mcp-desktop-"));
-const env = {
-  HOME: home,
-  XDG_CONFIG_HOME: join(home, "config"),
-  XDG_DATA_HOME: join(home, "data"),
-  XDG_CACHE_HOME: join(home, "cache"),
-};
-for (const name of ["DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR"])
-  if (process.env[name]) env[name] = process.env[name];
+const { DISPLAY, DBUS_SESSION_BUS_ADDRESS, XDG_RUNTIME_DIR = "" } = process.env;
+const env = { HOME: home, XDG_CONFIG_HOME: join(home, "config"), XDG_DATA_HOME: join(home, "data"),
+  XDG_CACHE_HOME: join(home, "cache"), DISPLAY, DBUS_SESSION_BUS_ADDRESS, XDG_RUNTIME_DIR };
 
 const title = "SDK typing fixture";
 const fixture = spawn(fixturePath, [title, "200", "200", "400", "400"],
@@ -49,9 +44,7 @@ async function call(name, args = {}, failureIsNull = false) {
   return JSON.parse(result.content.at(-1).text);
 }
 
-async function echoed() {
-  return (await call("find_ui_elements", { name: "echo:" })).elements;
-}
+const echoed = async () => (await call("find_ui_elements", { name: "echo:" })).elements;
 
 async function until(what, probe) {
   for (let i = 0; i < 200; i++) {
@@ -60,6 +53,13 @@ async function until(what, probe) {
     await sleep(50);
   }
   throw new Error(`timed out waiting for ${what}`);
+}
+
+async function stop(child) {
+  if (child.exitCode !== null || child.signalCode !== null) return;
+  const exited = once(child, "exit");
+  child.kill();
+  await exited;
 }
 
 let failed = false;
@@ -82,8 +82,7 @@ try {
   assert.deepEqual(await call("type_text", { text }), { length: 13, success: true });
   let seen = [];
   const echo = await until("the typed text", async () =>
-    (seen = await echoed()).find((e) => e.name === `Echo: ${text}`),
-  ).catch((error) => {
+    (seen = await echoed()).find((e) => e.name === `Echo: ${text}`)).catch((error) => {
     throw new Error(`${error.message}; found ${JSON.stringify(seen)}`);
   });
   assert.equal(echo.controlType, "Text");
@@ -93,9 +92,7 @@ try {
   // has let go of the fixture's windows, it takes the newcomer's windows for them.
   const ours = (await call("list_windows")).windows
     .filter((w) => w.title.startsWith(title)).map((w) => parseInt(w.hwnd, 16));
-  const exited = once(fixture, "exit");
-  fixture.kill();
-  await exited;
+  await stop(fixture);
   const managed = () => (execFileSync("xprop", ["-root", "_NET_CLIENT_LIST"]).toString()
     .match(/0x[0-9a-f]+/g) ?? []).map((id) => parseInt(id, 16));
   await until("the window manager to let go of the fixture",
@@ -105,11 +102,7 @@ try {
   console.log(`not ok - typed into another program and read back\n${error.stack}`);
 } finally {
   await client.close();
-  if (fixture.exitCode === null && fixture.signalCode === null) {
-    const exited = once(fixture, "exit");
-    fixture.kill();
-    await exited;
-  }
+  await stop(fixture);
   rmSync(home, { recursive: true, force: true });
 }
 process.exit(failed ? 1 : 0);

@@ -1,5 +1,5 @@
 // Another program for the desktop tests: a window of named controls that reports on standard
-// output, one line each, what happens to them. Commands on standard input:
+// output what happens to them. Commands on standard input:
 //   where NAME             answers "at NAME X Y WIDTH HEIGHT", the control's screen rectangle
 //   add KIND COUNT NAME    adds controls to a second window, "TITLE extras", named NAME, or
 //                          "NAME 1" to "NAME COUNT" when COUNT > 1. KIND: label, edit, button,
@@ -9,7 +9,7 @@
 //   zelmor-ui-fixture TITLE X Y WIDTH HEIGHT
 
 #include <QApplication>
-#include <QCheckBox>
+#include <QCursor>
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -43,30 +43,16 @@ void announceWhenShown(QWidget* window, bool activate)
     QObject::connect(poll, &QTimer::timeout, window, [window, poll, activate] {
         if (!window->windowHandle() || !window->windowHandle()->isExposed()) return;
         poll->deleteLater();
-        if (activate) window->activateWindow();
+        if (activate) {
+            window->activateWindow();
+            // A round trip sends the request on before the announcement: a late activation would
+            // undo what the test does to the window after it.
+            QCursor::pos();
+        }
         report(QStringLiteral("shown ") + window->windowTitle());
     });
     poll->start(10);
 }
-
-class Pad : public QWidget
-{
-protected:
-    void mousePressEvent(QMouseEvent* e) override
-    {
-        static const QHash<Qt::MouseButton, QString> names{{Qt::LeftButton, "left"},
-                                                           {Qt::RightButton, "right"},
-                                                           {Qt::MiddleButton, "middle"},
-                                                           {Qt::BackButton, "x1"},
-                                                           {Qt::ForwardButton, "x2"}};
-        report("press " + names.value(e->button(), QString::number(e->button())));
-    }
-    void mouseDoubleClickEvent(QMouseEvent* e) override { mousePressEvent(e); }
-    void wheelEvent(QWheelEvent* e) override
-    {
-        report(QStringLiteral("wheel %1 %2").arg(e->angleDelta().x()).arg(e->angleDelta().y()));
-    }
-};
 
 class KeyReporter : public QObject
 {
@@ -92,16 +78,10 @@ int main(int argc, char** argv)
     auto* layout = new QVBoxLayout(&window);
 
     auto* edit = new QLineEdit;
-    edit->setAccessibleName(QStringLiteral("Name field"));
     KeyReporter keys;
     edit->installEventFilter(&keys);
     QObject::connect(edit, &QLineEdit::textChanged, [](const QString& t) { report("text " + t); });
-    auto* label = new QLabel(QStringLiteral("Name label"));
     auto* save = new QPushButton(QStringLiteral("Save"));
-    QObject::connect(save, &QPushButton::clicked, [] { report(QStringLiteral("clicked Save")); });
-    auto* remember = new QCheckBox(QStringLiteral("Remember"));
-    QObject::connect(remember, &QCheckBox::toggled,
-                     [](bool on) { report(QStringLiteral("toggled %1").arg(on)); });
     auto* count = new QSpinBox;
     count->setAccessibleName(QStringLiteral("Count"));
     count->setRange(0, 100);
@@ -112,13 +92,10 @@ int main(int argc, char** argv)
     level->setRange(0, 100);
     QObject::connect(level, &QSlider::valueChanged,
                      [](int v) { report(QStringLiteral("level %1").arg(v)); });
-    auto* pad = new Pad;
+    auto* pad = new QWidget;
     pad->setAccessibleName(QStringLiteral("Pad"));
     pad->setMinimumSize(200, 80);
-    for (QWidget* w :
-         {static_cast<QWidget*>(edit), static_cast<QWidget*>(label), static_cast<QWidget*>(save),
-          static_cast<QWidget*>(remember), static_cast<QWidget*>(count),
-          static_cast<QWidget*>(level), static_cast<QWidget*>(pad)})
+    for (QWidget* w : QList<QWidget*>{edit, save, count, level, pad})
         layout->addWidget(w);
 
     std::unique_ptr<QWidget> extras;

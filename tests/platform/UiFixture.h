@@ -16,12 +16,11 @@ namespace zelmor::test {
 class UiFixture
 {
 public:
-    UiFixture(const QString& title, const QRect& geometry) : m_title(title)
+    UiFixture(const QString& title, const QRect& g) : m_title(title)
     {
-        m_process.start(QCoreApplication::applicationDirPath() +
-                            QStringLiteral("/zelmor-ui-fixture"),
-                        {title, QString::number(geometry.x()), QString::number(geometry.y()),
-                         QString::number(geometry.width()), QString::number(geometry.height())});
+        m_process.start(QCoreApplication::applicationDirPath() + "/zelmor-ui-fixture",
+                        {title, QString::number(g.x()), QString::number(g.y()),
+                         QString::number(g.width()), QString::number(g.height())});
         m_process.waitForStarted();
     }
     ~UiFixture()
@@ -76,16 +75,12 @@ public:
     {
         const QString prefix = QStringLiteral("at %1 ").arg(name);
         m_process.write(QStringLiteral("where %1\n").arg(name).toUtf8());
-        for (int i = 0; i < 50; ++i) {
-            lines();
-            for (int l = 0; l < m_lines.size(); ++l)
-                if (m_lines[l].startsWith(prefix)) {
-                    const QStringList n = m_lines.takeAt(l).mid(prefix.size()).split(' ');
-                    return QRect(n[0].toInt(), n[1].toInt(), n[2].toInt(), n[3].toInt());
-                }
-            m_process.waitForReadyRead(100);
-        }
-        return {};
+        QString answer;
+        if (!QTest::qWaitFor([&] { return !(answer = lines().filter(prefix).value(0)).isEmpty(); }))
+            return {};
+        m_lines.removeAll(answer);
+        const QStringList n = answer.mid(prefix.size()).split(' ');
+        return QRect(n[0].toInt(), n[1].toInt(), n[2].toInt(), n[3].toInt());
     }
 
 private:

@@ -14,7 +14,7 @@ packages=(
   libxkbcommon-dev libatspi2.0-dev
   # run and test
   fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji at-spi2-core dbus dbus-x11 xvfb xauth x11-utils openbox trayer
-  xdotool xclip xdg-utils
+  xdotool xclip xdg-utils xcompmgr
   # independent GIF readers for the encoder tests, and the benchmark's reference encoder
   gifsicle ffmpeg
 )

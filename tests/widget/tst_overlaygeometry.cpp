@@ -96,13 +96,6 @@ private Q_SLOTS:
         if (annotationBar) QCOMPARE(p.annotationBar, annotation);
     }
 
-    void trayIconIsOpaqueInTheMiddle()
-    {
-        const QImage tray(QStringLiteral(":/icons/tray.png"));
-        QVERIFY(tray.width() >= 22 && tray.width() == tray.height());
-        QCOMPARE(qAlpha(tray.pixel(tray.width() / 2, tray.height() / 2)), 255);
-    }
-
     void toolbarIconsRenderAtToolbarSize_data()
     {
         QTest::addColumn<QString>("path");

@@ -364,10 +364,9 @@ private Q_SLOTS:
         for (const QPoint& outside : {QPoint(-6, -6), QPoint(206, 50), QPoint(100, 106)})
             QCOMPARE(onScreen(outside), qRgb(255, 0, 255));
 
-        QProcess compositor;
-        compositor.start(QCoreApplication::applicationDirPath() +
-                         QStringLiteral("/zelmor-test-compositor"));
-        QVERIFY(compositor.waitForReadyRead());
+        QProcess compositor; // a real, small compositing manager
+        compositor.start(QStringLiteral("xcompmgr"), {});
+        QVERIFY(compositor.waitForStarted());
         QTRY_COMPARE(p->size(), QSize(200, 100) + QSize(kPadding + 24, kPadding + 24));
         compositor.kill();
         compositor.waitForFinished();

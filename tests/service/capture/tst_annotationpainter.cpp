@@ -82,6 +82,32 @@ private Q_SLOTS:
         QCOMPARE(image.pixelColor(50, 50 + half), QColor(Qt::white));
     }
 
+    // Where the marks of fixed geometry put their colour: the arrow's head beside the shaft,
+    // and the smallest circles of counter and stamp, whatever their font size says.
+    void marksOfFixedGeometry_data()
+    {
+        QTest::addColumn<AnnotationShape>("shape");
+        QTest::addColumn<QPoint>("at");
+        QTest::addColumn<bool>("marked");
+        const Shape arrow = makeShape(Shape::Arrow, {{10, 50}, {90, 50}}, 2);
+        QTest::newRow("arrow head beside the shaft") << arrow << QPoint(85, 48) << true;
+        QTest::newRow("arrow head only at the tip") << arrow << QPoint(70, 47) << false;
+        Shape counter = makeShape(Shape::Counter, {{50, 50}});
+        counter.fontSize = 8; // radius 10 all the same
+        QTest::newRow("counter of font 8, radius 10") << counter << QPoint(50, 43) << true;
+        Shape stamp = makeShape(Shape::Stamp, {{50, 50}});
+        stamp.fontSize = 5; // radius 14, not 10
+        QTest::newRow("stamp of font 5, radius 14") << stamp << QPoint(50, 37) << true;
+        QTest::newRow("stamp ends at its radius") << stamp << QPoint(50, 33) << false;
+    }
+    void marksOfFixedGeometry()
+    {
+        QFETCH(AnnotationShape, shape);
+        QFETCH(QPoint, at);
+        QFETCH(bool, marked);
+        QCOMPARE(painted(canvas(), {shape}).pixelColor(at) != QColor(Qt::white), marked);
+    }
+
     void mosaicBlocksHoldMeans_data()
     {
         QTest::addColumn<QImage::Format>("format");

@@ -57,20 +57,9 @@ void ColorTable::rehash(size_t slotCount)
 
 void countColors(const QImage& rgb32, ColorTable& table)
 {
-    const int width = rgb32.width(), height = rgb32.height();
-    QRgb last = 0;
-    int id = -1;
-    for (int y = 0; y < height; ++y) {
-        const auto* line = reinterpret_cast<const QRgb*>(rgb32.constScanLine(y));
-        for (int x = 0; x < width; ++x) {
-            const QRgb c = line[x] | 0xFF000000u;
-            if (c != last) {
-                last = c;
-                id = table.add(c);
-            }
-            ++table.counts[size_t(id)];
-        }
-    }
+    forEachPixelRun(
+        rgb32, [&table](QRgb c) { return table.add(c); },
+        [&table](int id) { ++table.counts[size_t(id)]; });
 }
 
 } // namespace zelmor::service::record

@@ -156,22 +156,11 @@ void mapToPalette(const QImage& rgb32, const ColorTable& table, const QList<QRgb
         }
     }
 
-    const int width = rgb32.width(), height = rgb32.height();
-    indices.resize(qsizetype(width) * height);
+    indices.resize(qsizetype(rgb32.width()) * rgb32.height());
     auto* out = reinterpret_cast<uchar*>(indices.data());
-    QRgb last = 0;
-    uchar index = 0;
-    for (int y = 0; y < height; ++y) {
-        const auto* line = reinterpret_cast<const QRgb*>(rgb32.constScanLine(y));
-        for (int x = 0; x < width; ++x) {
-            const QRgb c = line[x] | 0xFF000000u;
-            if (c != last) {
-                last = c;
-                index = indexOfColor[size_t(table.indexOf(c))];
-            }
-            *out++ = index;
-        }
-    }
+    forEachPixelRun(
+        rgb32, [&](QRgb c) { return indexOfColor[size_t(table.indexOf(c))]; },
+        [&out](uchar index) { *out++ = index; });
 }
 
 } // namespace zelmor::service::record

@@ -29,7 +29,7 @@ constexpr int kShadowRoom = 12;
 QString dialogSheet(bool dark)
 {
     const QString common = QStringLiteral(
-        "#ocrResultContainer { background: %1; border: 1px solid %2; border-radius: 12px; }"
+        "#ocrResultContainer { background: %1; border: 1px solid %2; }"
         "#ocrTitle { color: %3; font-size: 14px; font-weight: bold; }"
         "#ocrTextEdit { background: %4; color: %5; border: 1px solid %6; border-radius: 8px;"
         " font-family: \"Segoe UI\"; font-size: 13px; padding: 8px; }"
@@ -128,11 +128,10 @@ void OcrResultDialog::applyTheme()
     const int shadowRoom = translucent ? kShadowRoom : 0;
     m_outer->setContentsMargins(shadowRoom, shadowRoom, shadowRoom, shadowRoom);
     m_shadow->setEnabled(translucent);
-    QString sheet =
-        dialogSheet(manager::ThemeManager::instance().currentTheme() == QLatin1String("dark"));
-    // Without a compositor the corners outside the rounding would show black.
-    if (!translucent) sheet += QStringLiteral("#ocrResultContainer { border-radius: 0px; }");
-    setStyleSheet(sheet);
+    setStyleSheet(
+        dialogSheet(manager::ThemeManager::instance().currentTheme() == QLatin1String("dark")) +
+        QStringLiteral("#ocrResultContainer { border-radius: %1; }")
+            .arg(Translucency::instance().cornerRadius(12)));
 }
 
 void OcrResultDialog::setChatAvailable(bool available)

@@ -187,9 +187,6 @@ TaskNotificationToast::TaskNotificationToast() : QWidget(nullptr)
 void TaskNotificationToast::applyTheme()
 {
     const bool dark = core::isDarkTheme();
-    // Without a compositor the corners outside the rounding would show black.
-    const QString cardRadius =
-        Translucency::instance().available() ? QStringLiteral("12px") : QStringLiteral("0px");
     setStyleSheet(
         QStringLiteral("#taskToastCard { background: %1; border: 1px solid %2; border-radius: %7; }"
                        "#taskToastCard QLabel { color: %3; }"
@@ -206,7 +203,7 @@ void TaskNotificationToast::applyTheme()
                  dark ? QStringLiteral("rgba(255,255,255,0.25)")
                       : QStringLiteral("rgba(0,0,0,0.25)"),
                  dark ? QStringLiteral("rgba(255,255,255,0.5)") : QStringLiteral("rgba(0,0,0,0.5)"),
-                 cardRadius));
+                 Translucency::instance().cornerRadius(12)));
 }
 
 void TaskNotificationToast::addRow(const TaskItem& item)

@@ -20,6 +20,11 @@ Translucency::Translucency() : m_available(platform::compositorRunning())
     connect(m_notifier, &QSocketNotifier::activated, this, &Translucency::recheck);
 }
 
+QString Translucency::cornerRadius(int pixels) const
+{
+    return QStringLiteral("%1px").arg(m_available ? pixels : 0);
+}
+
 void Translucency::recheck()
 {
     const bool available = platform::compositorRunning();

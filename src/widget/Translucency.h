@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QString>
 
 class QSocketNotifier;
 
@@ -16,6 +17,9 @@ public:
     static Translucency& instance();
 
     bool available() const { return m_available; }
+    // A style sheet radius: rounded corners only where the desktop shows through them, since
+    // without a compositor the corners outside the rounding show black.
+    QString cornerRadius(int pixels) const;
 
 Q_SIGNALS:
     void availableChanged(bool available);

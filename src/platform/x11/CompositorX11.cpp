@@ -23,12 +23,8 @@ public:
     {
         static CompositorWatch* watch = []() -> CompositorWatch* {
             int screen = 0;
-            xcb_connection_t* c = xcb_connect(nullptr, &screen);
-            if (!c || xcb_connection_has_error(c)) {
-                if (c) xcb_disconnect(c);
-                return nullptr;
-            }
-            return new CompositorWatch(c, screen);
+            xcb_connection_t* c = x11::openConnection(&screen);
+            return c ? new CompositorWatch(c, screen) : nullptr;
         }();
         return watch;
     }

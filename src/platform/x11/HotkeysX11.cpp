@@ -52,12 +52,8 @@ public:
     static HotkeyConnection* instance()
     {
         static HotkeyConnection* connection = []() -> HotkeyConnection* {
-            xcb_connection_t* c = xcb_connect(nullptr, nullptr);
-            if (!c || xcb_connection_has_error(c)) {
-                if (c) xcb_disconnect(c);
-                return nullptr;
-            }
-            return new HotkeyConnection(c);
+            xcb_connection_t* c = x11::openConnection();
+            return c ? new HotkeyConnection(c) : nullptr;
         }();
         return connection;
     }

@@ -11,15 +11,22 @@ std::mutex atomMutex;
 std::unordered_map<std::string, xcb_atom_t> atomCache;
 } // namespace
 
+xcb_connection_t* openConnection(int* screen)
+{
+    xcb_connection_t* c = xcb_connect(nullptr, screen);
+    if (c && xcb_connection_has_error(c)) {
+        xcb_disconnect(c);
+        return nullptr;
+    }
+    return c;
+}
+
 X11Connection* X11Connection::shared()
 {
     static X11Connection* instance = []() -> X11Connection* {
         int screenNumber = 0;
-        xcb_connection_t* c = xcb_connect(nullptr, &screenNumber);
-        if (!c || xcb_connection_has_error(c)) {
-            if (c) xcb_disconnect(c);
-            return nullptr;
-        }
+        xcb_connection_t* c = openConnection(&screenNumber);
+        if (!c) return nullptr;
         xcb_screen_iterator_t it = xcb_setup_roots_iterator(xcb_get_setup(c));
         for (int i = 0; i < screenNumber && it.rem; ++i)
             xcb_screen_next(&it);

@@ -15,6 +15,10 @@ template <typename T> struct FreeDeleter
 // xcb replies and errors are malloc'ed and freed by the caller.
 template <typename T> using Reply = std::unique_ptr<T, FreeDeleter<T>>;
 
+// A new connection to the display named by DISPLAY, for a part that reads events of its own;
+// null when none can be made. `screen` receives the default screen's number.
+xcb_connection_t* openConnection(int* screen = nullptr);
+
 // The backend's own connection to the display named by DISPLAY, opened on first use and
 // shared by all threads (xcb is thread-safe). Null when no display can be reached.
 class X11Connection

@@ -21,6 +21,19 @@ constexpr double kArrowHalfAngle = 0.4487989505128276; // pi / 7
 constexpr double kCoordinateLimit = 1 << 20;
 constexpr int kSizeLimit = 2000; // pen width and font size
 
+bool drawable(double v)
+{
+    return std::isfinite(v) && std::abs(v) <= kCoordinateLimit;
+}
+
+bool withinLimits(const AnnotationShape& shape)
+{
+    const auto inRange = [](int v, int low) { return v >= low && v <= kSizeLimit; };
+    return inRange(shape.width, 0) && inRange(shape.fontSize, 1) &&
+           std::all_of(shape.points.cbegin(), shape.points.cend(),
+                       [](QPointF p) { return drawable(p.x()) && drawable(p.y()); });
+}
+
 double boundedCoordinate(double v)
 {
     return std::isfinite(v) ? std::clamp(v, -kCoordinateLimit, kCoordinateLimit) : 0.0;
@@ -245,7 +258,9 @@ void paintMosaic(QPainter& painter, const QImage& source, QRect rect, int blockS
 
 void paintAnnotation(QPainter& painter, const QImage& source, const AnnotationShape& given)
 {
-    const AnnotationShape shape = bounded(given);
+    // The overlay repaints every shape on every frame: a copy only for shapes out of range.
+    AnnotationShape held;
+    const AnnotationShape& shape = withinLimits(given) ? given : (held = bounded(given));
     painter.save();
     painter.setPen(QPen(shape.color, shape.width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.setBrush(Qt::NoBrush);

@@ -384,6 +384,22 @@ QList<McpTool> buildTable()
     };
 }
 
+// False when the process runs on the offscreen platform (started without a reachable
+// display).
+bool mcpDisplayAvailable()
+{
+    const QString platform = QGuiApplication::platformName();
+    return qobject_cast<QGuiApplication*>(QCoreApplication::instance()) &&
+           platform != QLatin1String("offscreen") && platform != QLatin1String("minimal");
+}
+
+McpToolResult mcpNoDisplayError()
+{
+    return mcpToolError(QStringLiteral(
+        "no display: zelmor-mcp was started without a reachable desktop session, so this tool "
+        "cannot see or drive the screen. Start the MCP client from the desktop session."));
+}
+
 } // namespace
 
 const QList<McpTool>& mcpTools()
@@ -413,20 +429,6 @@ int mcpIntArg(const McpToolArgs& args, const QString& key, int fallback, bool* o
 McpToolResult mcpToolError(const QString& message)
 {
     return {{QStringLiteral("isError"), true}, {QStringLiteral("text"), message}};
-}
-
-bool mcpDisplayAvailable()
-{
-    const QString platform = QGuiApplication::platformName();
-    return qobject_cast<QGuiApplication*>(QCoreApplication::instance()) &&
-           platform != QLatin1String("offscreen") && platform != QLatin1String("minimal");
-}
-
-McpToolResult mcpNoDisplayError()
-{
-    return mcpToolError(QStringLiteral(
-        "no display: zelmor-mcp was started without a reachable desktop session, so this tool "
-        "cannot see or drive the screen. Start the MCP client from the desktop session."));
 }
 
 } // namespace zelmor::service::mcp

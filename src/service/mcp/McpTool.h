@@ -19,7 +19,7 @@ struct McpTool
     QString description;
     McpToolSchemaFn schema = nullptr; // null: the tool announces no arguments
     McpToolHandler handler = nullptr; // null: called, it answers as an unknown tool
-    bool needsDisplay = false;        // without one it answers mcpNoDisplayError()
+    bool needsDisplay = false;        // without one it answers the no-display failure
 };
 
 // The 32 tools in their fixed order; built once, never changed.
@@ -37,10 +37,5 @@ int mcpIntArg(const McpToolArgs& args, const QString& key, int fallback = 0, boo
 
 // The failure result: exactly `isError` = true and `text` = message.
 McpToolResult mcpToolError(const QString& message);
-
-// False when the process runs on the offscreen platform (started without a reachable
-// display).
-bool mcpDisplayAvailable();
-McpToolResult mcpNoDisplayError();
 
 } // namespace zelmor::service::mcp

@@ -49,7 +49,9 @@ mkdir -m 700 "$XDG_RUNTIME_DIR"
 
 # -displayfd picks a free display number, so sessions can run side by side.
 exec {dfd}<> <(:)
-Xvfb -displayfd "$dfd" -screen 0 1920x1080x24 -nolisten tcp -ac >"$runtime/xvfb.log" 2>&1 &
+# -noreset: the server would otherwise reset when its last client leaves, as the probe below
+# does, and a window manager connecting in that moment would be turned away.
+Xvfb -displayfd "$dfd" -screen 0 1920x1080x24 -nolisten tcp -ac -noreset >"$runtime/xvfb.log" 2>&1 &
 pids+=($!)
 display=""
 for _ in $(seq 300); do

@@ -22,7 +22,8 @@ fuzzer() {
     $(pkg-config --libs $qt_modules xcb xcb-randr xcb-shm xcb-keysyms xcb-xkb xcb-xtest xcb-xfixes xkbcommon atspi-2 gobject-2.0 glib-2.0) \
     -o "$work/$name"
 }
-fuzzer mcp-fuzz tests/fuzz/mcp_message_fuzzer.cpp src/service/mcp/McpServer.cpp
+fuzzer mcp-fuzz tests/fuzz/mcp_message_fuzzer.cpp src/service/mcp/McpServer.cpp \
+  src/service/mcp/McpMethods.cpp
 fuzzer mcp-args-fuzz tests/fuzz/mcp_tool_args_fuzzer.cpp src/service/mcp/McpTool.cpp \
   src/service/mcp/CaptureTools.cpp src/service/capture/AnnotationPainter.cpp \
   src/service/ai/AnnotationBox.cpp src/core/Utilities.cpp

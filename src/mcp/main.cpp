@@ -12,25 +12,46 @@
 
 using namespace zelmor;
 
+namespace {
+
+// Answers the protocol's own requests straight from standard input, before the application
+// that tools need is made: a client's handshake or discovery and the tool list wait for no
+// display connection. Returns false when input ended with no tool call waiting.
+bool answerUntilToolCall(service::mcp::McpServer& server)
+{
+    server.holdToolCalls(true);
+    char buffer[8192];
+    while (!server.toolCallWaiting()) {
+        const long n = platform::readStandardInput(buffer, sizeof buffer);
+        if (n <= 0) {
+            server.finish();
+            return server.toolCallWaiting();
+        }
+        server.receive(QByteArray(buffer, int(n)));
+    }
+    return true;
+}
+
+// A client may start us with no display at all: the one the Zelmor window recorded is taken
+// when it answers, and without any the tools that need none still serve.
+bool findDisplay()
+{
+    bool display = platform::displayReachable();
+    if (!display && core::adoptRecordedDisplaySession()) display = platform::displayReachable();
+    if (!display) qputenv("QT_QPA_PLATFORM", "offscreen");
+    return display;
+}
+
+} // namespace
+
 int main(int argc, char** argv)
 {
     // Protocol lines alone may reach the client; whatever else prints goes to stderr.
     const int protocolOutput = platform::reserveStandardOutput();
     platform::survivePeerClosingOutput();
-
-    // A client may start us with no display at all: the one the Zelmor window recorded is
-    // taken when it answers, and without any the tools that need none still serve.
     QCoreApplication::setOrganizationName(QStringLiteral("Zelmor"));
     QCoreApplication::setApplicationName(QStringLiteral("Zelmor"));
-    bool display = platform::displayReachable();
-    if (!display && core::adoptRecordedDisplaySession()) display = platform::displayReachable();
-    if (!display) qputenv("QT_QPA_PLATFORM", "offscreen");
-
-    QGuiApplication application(argc, argv);
-    application.setOrganizationName(QStringLiteral("Zelmor"));
-    application.setApplicationName(QStringLiteral("Zelmor"));
-    application.setApplicationVersion(QStringLiteral(ZELMOR_VERSION));
-    application.setQuitOnLastWindowClosed(false);
+    QCoreApplication::setApplicationVersion(QStringLiteral(ZELMOR_VERSION));
 
     QFile output;
     if (protocolOutput >= 0)
@@ -38,19 +59,27 @@ int main(int argc, char** argv)
                     QFileDevice::AutoCloseHandle);
     else
         output.open(stdout, QIODevice::WriteOnly | QIODevice::Unbuffered);
-
     service::mcp::McpServer server;
     server.setOutput(&output);
+    if (!answerUntilToolCall(server)) return 0;
+
+    const bool display = findDisplay();
+    QGuiApplication application(argc, argv);
+    application.setQuitOnLastWindowClosed(false);
+    core::writeLogLine(QStringLiteral("[mcp] tools ready on the %1 platform%2")
+                           .arg(QGuiApplication::platformName(),
+                                display ? QString() : QStringLiteral(" (no display reachable)")));
+
     service::mcp::StdinReader reader;
     server.attach(&reader);
     QObject::connect(&reader, &service::mcp::StdinReader::eof, &application, [&] {
         server.finish();
         QCoreApplication::quit();
     });
-
-    core::writeLogLine(QStringLiteral("[mcp] server started on the %1 platform%2")
-                           .arg(QGuiApplication::platformName(),
-                                display ? QString() : QStringLiteral(" (no display reachable)")));
+    // Queued ahead of the first chunk, so that the call waiting runs first, and with the
+    // reader running, so that a cancellation of it gets through.
+    QMetaObject::invokeMethod(
+        &server, [&server] { server.holdToolCalls(false); }, Qt::QueuedConnection);
     reader.start();
     return application.exec();
 }

@@ -121,7 +121,7 @@ void AiApiService::runTools(const Step& step, const QJsonObject& turn)
         Q_EMIT chatToolExecuted(name, args, result);
         if (!alive) return;
         const QByteArray content =
-            QJsonDocument(QJsonObject::fromVariantMap(result)).toJson(QJsonDocument::Compact);
+            QJsonDocument(mcp::mcpResultJson(result)).toJson(QJsonDocument::Compact);
         messages.append(
             QJsonObject{{QStringLiteral("role"), QStringLiteral("tool")},
                         {QStringLiteral("tool_call_id"), call.value(QStringLiteral("id"))},

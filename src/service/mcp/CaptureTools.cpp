@@ -48,8 +48,11 @@ McpToolResult saveAndRecord(const QPixmap& pixmap, core::HistoryCategory categor
         capture::makeOutputPath(config.outputDir(), config.fileNaming(), QStringLiteral("png"));
     capture::savePixmapFile(pixmap, path);
     historyStore().insert(pixmap, path, category, QString());
-    return {
-        {key("text"), path}, {key("path"), path}, {key("width"), width}, {key("height"), height}};
+    return {{key("text"), path},
+            {key("path"), path},
+            {key("width"), width},
+            {key("height"), height},
+            {mcpModelImageKey(), pixmap.toImage()}};
 }
 
 McpToolResult saveCapture(const QPixmap& pixmap, int width, int height)
@@ -243,20 +246,21 @@ McpToolResult ocrTool(const McpToolArgs& args)
     QObject::connect(&workflow, &ai::AiWorkflow::failed, &loop, [&](const QString& reason) {
         settle(QStringLiteral("[error] %1").arg(reason));
     });
-    QObject::connect(&limit, &QTimer::timeout, &loop, [&] {
-        settle(QStringLiteral("[error] OCR request timed out (120s)"));
-        // The workflow dies with this frame; its request must not outlive it.
+    // The workflow dies with this frame; its request must not outlive it.
+    const auto stop = [&](const QString& reason) {
+        settle(reason);
         workflow.cancel();
-    });
+    };
+    QObject::connect(&limit, &QTimer::timeout, &loop,
+                     [&] { stop(QStringLiteral("[error] OCR request timed out (120s)")); });
+    QObject::connect(&McpToolCancellation::instance(), &McpToolCancellation::requested, &loop,
+                     [&] { stop(QStringLiteral("[error] OCR request cancelled")); });
 
     workflow.ocr(pixmap);
     limit.start(kOcrLimitMs);
     if (!done) loop.exec();
     // The loop also ends when the whole process is asked to quit, as at the end of input.
-    if (!done) {
-        settle(QStringLiteral("[error] OCR request interrupted"));
-        workflow.cancel();
-    }
+    if (!done) stop(QStringLiteral("[error] OCR request interrupted"));
     // A failure is an answer, not a tool error: the text says "[error]".
     return {{key("text"), text}};
 }

@@ -1,29 +1,43 @@
 #include "McpServer.h"
 
+#include "McpMethods.h"
+#include "McpTool.h"
 #include "StdinReader.h"
-#include "core/Log.h"
 
-#include <QCoreApplication>
 #include <QFile>
-#include <QJsonArray>
 #include <QJsonDocument>
-
-#include <cstdio>
+#include <QJsonObject>
 
 namespace zelmor::service::mcp {
 
 namespace {
 
-enum ErrorCode {
-    ParseError = -32700,
-    InvalidRequest = -32600,
-    MethodNotFound = -32601,
-    InvalidParams = -32602,
-};
-
 // Past this a line without its end is dropped, so a runaway client cannot exhaust memory;
 // the largest legitimate message, an inline PNG, stays far below.
 constexpr qsizetype kMaxMessageBytes = 64 * 1024 * 1024;
+
+// One line read as JSON, with what the transport itself needs of it.
+struct Incoming
+{
+    QByteArray line;
+    QJsonDocument document;
+    bool parsed = false;
+    QJsonValue id;  // undefined for a notification
+    QString method; // empty when there is none
+};
+
+Incoming readLine(const QByteArray& line)
+{
+    QJsonParseError error;
+    Incoming in;
+    in.line = line;
+    in.document = QJsonDocument::fromJson(line, &error);
+    in.parsed = error.error == QJsonParseError::NoError;
+    const QJsonObject object = in.document.object();
+    in.id = object.value(QLatin1String("id"));
+    in.method = object.value(QLatin1String("method")).toString();
+    return in;
+}
 
 QByteArray reply(const QJsonValue& id, const QString& key, const QJsonObject& body)
 {
@@ -33,37 +47,45 @@ QByteArray reply(const QJsonValue& id, const QString& key, const QJsonObject& bo
     return QJsonDocument(message).toJson(QJsonDocument::Compact);
 }
 
-QJsonObject errorObject(int code, const QString& message, const QJsonValue& data = {})
-{
-    QJsonObject error{{QStringLiteral("code"), code}, {QStringLiteral("message"), message}};
-    if (!data.isUndefined()) error.insert(QStringLiteral("data"), data);
-    return error;
-}
-
 QByteArray errorReply(const QJsonValue& id, int code, const QString& message)
 {
-    return reply(id, QStringLiteral("error"), errorObject(code, message));
+    return reply(id, QStringLiteral("error"), mcpErrorObject(code, message));
 }
 
-QJsonObject textBlock(const QString& text)
+QByteArray replyTo(const Incoming& in)
 {
-    return {{QStringLiteral("type"), QStringLiteral("text")}, {QStringLiteral("text"), text}};
-}
-
-QJsonObject toolList()
-{
-    QJsonArray tools;
-    for (const McpTool& tool : mcpTools()) {
-        // Clients require an object schema even of a tool that takes no arguments.
-        const QJsonObject schema =
-            tool.schema ? tool.schema()
-                        : QJsonObject{{QStringLiteral("type"), QStringLiteral("object")},
-                                      {QStringLiteral("properties"), QJsonObject()}};
-        tools.append(QJsonObject{{QStringLiteral("name"), tool.name},
-                                 {QStringLiteral("description"), tool.description},
-                                 {QStringLiteral("inputSchema"), schema}});
+    if (!in.parsed) {
+        // A bare number or string is readable JSON, only not a request.
+        if (QJsonDocument::fromJson('[' + in.line + ']').isArray())
+            return errorReply(QJsonValue::Null, InvalidRequest, QStringLiteral("Invalid Request"));
+        return errorReply(QJsonValue::Null, ParseError, QStringLiteral("Parse error"));
     }
-    return {{QStringLiteral("tools"), tools}};
+    if (!in.document.isObject())
+        return errorReply(QJsonValue::Null, InvalidRequest, QStringLiteral("Invalid Request"));
+
+    const QJsonObject request = in.document.object();
+    const bool hasId = !in.id.isUndefined();
+    const bool idValid = in.id.isString() || in.id.isDouble();
+    const QJsonValue replyId = idValid ? in.id : QJsonValue(QJsonValue::Null);
+    const QJsonValue method = request.value(QLatin1String("method"));
+
+    // This server sends no requests, so a response of the client answers nothing.
+    if (method.isUndefined() && hasId &&
+        (request.contains(QLatin1String("result")) || request.contains(QLatin1String("error"))))
+        return {};
+    if (request.value(QLatin1String("jsonrpc")) != QLatin1String("2.0") || !method.isString() ||
+        (hasId && !idValid))
+        return errorReply(replyId, InvalidRequest, QStringLiteral("Invalid Request"));
+    // Notifications, known or not, are never answered; a cancellation acts on arrival.
+    if (!hasId) return {};
+
+    const QJsonValue params = request.value(QLatin1String("params"));
+    if (!params.isUndefined() && !params.isObject())
+        return errorReply(in.id, InvalidParams, QStringLiteral("params must be an object"));
+
+    const McpAnswer answer = answerMcpRequest(method.toString(), params.toObject());
+    return answer.error.isEmpty() ? reply(in.id, QStringLiteral("result"), answer.result)
+                                  : reply(in.id, QStringLiteral("error"), answer.error);
 }
 
 } // namespace
@@ -83,31 +105,50 @@ void McpServer::attach(StdinReader* reader)
     connect(reader, &StdinReader::dataReady, this, &McpServer::receive);
 }
 
-const QStringList& McpServer::supportedProtocolVersions()
-{
-    static const QStringList versions{QStringLiteral("2025-11-25"), QStringLiteral("2025-06-18"),
-                                      QStringLiteral("2025-03-26"), QStringLiteral("2024-11-05")};
-    return versions;
-}
-
 void McpServer::receive(const QByteArray& chunk)
 {
     m_buffer.append(chunk);
-    // A tool that waits in a nested event loop lets chunks in; they are answered after it.
-    if (m_answering) return;
-    m_answering = true;
+    takeLines();
+    answerWaitingLines();
+}
+
+void McpServer::finish()
+{
+    if (!m_buffer.trimmed().isEmpty()) receive(QByteArrayLiteral("\n"));
+}
+
+void McpServer::holdToolCalls(bool hold)
+{
+    m_holdToolCalls = hold;
+    if (hold) return;
+    m_toolCallWaiting = false;
+    answerWaitingLines();
+}
+
+bool McpServer::toolCallWaiting() const
+{
+    return m_toolCallWaiting;
+}
+
+QByteArray McpServer::answer(const QByteArray& message)
+{
+    return replyTo(readLine(message));
+}
+
+void McpServer::takeLines()
+{
     qsizetype newline;
     while ((newline = m_buffer.indexOf('\n', m_scanned)) >= 0) {
-        const QByteArray line = m_buffer.left(newline).trimmed();
+        QByteArray line = m_buffer.left(newline).trimmed();
         m_buffer.remove(0, newline + 1);
         m_scanned = 0;
         if (m_skippingLine) {
             m_skippingLine = false;
-            continue;
+        } else if (line.contains("notifications/cancelled")) {
+            noteCancellation(line);
+        } else if (!line.isEmpty()) {
+            m_lines.append(line);
         }
-        if (line.isEmpty()) continue;
-        const QByteArray answered = answer(line);
-        if (!answered.isEmpty()) write(answered);
     }
     m_scanned = m_buffer.size();
     if (m_buffer.size() > kMaxMessageBytes) {
@@ -117,127 +158,52 @@ void McpServer::receive(const QByteArray& chunk)
             write(errorReply(QJsonValue::Null, ParseError, QStringLiteral("Message too large")));
         m_skippingLine = true;
     }
+}
+
+void McpServer::answerWaitingLines()
+{
+    // A tool that waits in a nested event loop lets chunks in; they are answered after it.
+    if (m_answering) return;
+    m_answering = true;
+    while (!m_lines.isEmpty()) {
+        const Incoming in = readLine(m_lines.first());
+        if (m_holdToolCalls && in.method == QLatin1String("tools/call")) {
+            m_toolCallWaiting = true;
+            break;
+        }
+        m_lines.removeFirst();
+        m_running = in.id;
+        m_runningCancelled = false;
+        const QByteArray answered = replyTo(in);
+        if (!answered.isEmpty() && !m_runningCancelled) write(answered);
+    }
+    m_running = QJsonValue(QJsonValue::Undefined);
     m_answering = false;
 }
 
-void McpServer::finish()
+// A cancelled request gets no message at all: the running one is told to stop and its answer
+// dropped, a waiting one is dropped unanswered.
+void McpServer::noteCancellation(const QByteArray& line)
 {
-    if (!m_buffer.trimmed().isEmpty()) receive(QByteArrayLiteral("\n"));
-}
-
-QByteArray McpServer::answer(const QByteArray& message)
-{
-    QJsonParseError parseError;
-    const QJsonDocument document = QJsonDocument::fromJson(message, &parseError);
-    if (parseError.error != QJsonParseError::NoError) {
-        // A bare number or string is readable JSON, only not a request.
-        if (QJsonDocument::fromJson('[' + message + ']').isArray())
-            return errorReply(QJsonValue::Null, InvalidRequest, QStringLiteral("Invalid Request"));
-        return errorReply(QJsonValue::Null, ParseError, QStringLiteral("Parse error"));
+    const Incoming in = readLine(line);
+    if (in.method != QLatin1String("notifications/cancelled") || !in.id.isUndefined()) {
+        m_lines.append(line);
+        return;
     }
-    if (!document.isObject())
-        return errorReply(QJsonValue::Null, InvalidRequest, QStringLiteral("Invalid Request"));
-
-    const QJsonObject request = document.object();
-    const bool hasId = request.contains(QLatin1String("id"));
-    const QJsonValue id = request.value(QLatin1String("id"));
-    const bool idValid = id.isString() || id.isDouble();
-    const QJsonValue replyId = idValid ? id : QJsonValue(QJsonValue::Null);
-    const QJsonValue method = request.value(QLatin1String("method"));
-
-    // This server sends no requests, so a response of the client answers nothing.
-    if (method.isUndefined() && hasId &&
-        (request.contains(QLatin1String("result")) || request.contains(QLatin1String("error"))))
-        return {};
-    if (request.value(QLatin1String("jsonrpc")) != QLatin1String("2.0") || !method.isString() ||
-        (hasId && !idValid))
-        return errorReply(replyId, InvalidRequest, QStringLiteral("Invalid Request"));
-    // Notifications, known or not, are never answered; none of them needs an action here.
-    if (!hasId) return {};
-
-    const QJsonValue params = request.value(QLatin1String("params"));
-    if (!params.isUndefined() && !params.isObject())
-        return errorReply(id, InvalidParams, QStringLiteral("params must be an object"));
-
-    QJsonObject error;
-    const QJsonObject result = handleRequest(method.toString(), params.toObject(), &error);
-    return error.isEmpty() ? reply(id, QStringLiteral("result"), result)
-                           : reply(id, QStringLiteral("error"), error);
-}
-
-QJsonObject McpServer::handleRequest(const QString& method, const QJsonObject& params,
-                                     QJsonObject* error)
-{
-    if (method == QLatin1String("ping")) return {};
-    if (method == QLatin1String("initialize")) {
-        const QJsonValue requested = params.value(QLatin1String("protocolVersion"));
-        const QStringList& supported = supportedProtocolVersions();
-        if (!requested.isString()) {
-            *error = errorObject(
-                InvalidParams, QStringLiteral("Unsupported protocol version"),
-                QJsonObject{{QStringLiteral("supported"), QJsonArray::fromStringList(supported)},
-                            {QStringLiteral("requested"),
-                             requested.isUndefined() ? QJsonValue(QJsonValue::Null) : requested}});
-            return {};
-        }
-        // A version this server does not speak is answered with its newest; the client
-        // decides whether it can go on.
-        const QString version =
-            supported.contains(requested.toString()) ? requested.toString() : supported.first();
-        const QJsonObject client = params.value(QLatin1String("clientInfo")).toObject();
-        core::writeLogLine(QStringLiteral("[mcp] initialize from %1 %2, protocol %3 (asked %4)")
-                               .arg(client.value(QLatin1String("name")).toString(),
-                                    client.value(QLatin1String("version")).toString(), version,
-                                    requested.toString()));
-        const QString serverVersion = QCoreApplication::applicationVersion();
-        return {{QStringLiteral("protocolVersion"), version},
-                {QStringLiteral("capabilities"),
-                 QJsonObject{{QStringLiteral("tools"),
-                              QJsonObject{{QStringLiteral("listChanged"), false}}}}},
-                {QStringLiteral("serverInfo"),
-                 QJsonObject{{QStringLiteral("name"), QStringLiteral("zelmor")},
-                             {QStringLiteral("title"), QStringLiteral("Zelmor")},
-                             {QStringLiteral("version"),
-                              serverVersion.isEmpty() ? QStringLiteral("0") : serverVersion}}}};
+    const QJsonValue target = in.document.object()
+                                  .value(QLatin1String("params"))
+                                  .toObject()
+                                  .value(QLatin1String("requestId"));
+    if (target.isUndefined()) return;
+    if (m_answering && m_running == target) {
+        m_runningCancelled = true;
+        emit McpToolCancellation::instance().requested();
+        return;
     }
-    if (method == QLatin1String("tools/list")) return toolList();
-    if (method == QLatin1String("tools/call")) {
-        const QJsonValue name = params.value(QLatin1String("name"));
-        const QJsonValue arguments = params.value(QLatin1String("arguments"));
-        if (!name.isString()) {
-            *error = errorObject(InvalidParams, QStringLiteral("tools/call needs a tool name"));
-            return {};
-        }
-        if (!arguments.isUndefined() && !arguments.isNull() && !arguments.isObject()) {
-            *error = errorObject(InvalidParams, QStringLiteral("arguments must be an object"));
-            return {};
-        }
-        return callResult(callMcpTool(name.toString(), arguments.toObject().toVariantMap()));
-    }
-    *error = errorObject(MethodNotFound, QStringLiteral("Method not found: %1").arg(method));
-    return {};
-}
-
-QJsonObject McpServer::callResult(const McpToolResult& result)
-{
-    QVariantMap data = result;
-    const bool isError = data.take(QStringLiteral("isError")).toBool();
-    const bool hasText = data.contains(QStringLiteral("text"));
-    const QString text = data.take(QStringLiteral("text")).toString();
-    const QString dataJson = QString::fromUtf8(
-        QJsonDocument(QJsonObject::fromVariantMap(data)).toJson(QJsonDocument::Compact));
-
-    QJsonArray content;
-    if (hasText) {
-        content.append(textBlock(text));
-        // Clients pass the content on to their model, so the data travels there too.
-        if (!data.isEmpty()) content.append(textBlock(dataJson));
-    } else {
-        content.append(textBlock(dataJson));
-    }
-    QJsonObject out{{QStringLiteral("content"), content}};
-    if (isError) out.insert(QStringLiteral("isError"), true);
-    return out;
+    m_lines.removeIf([&target](const QByteArray& waiting) {
+        const Incoming request = readLine(waiting);
+        return !request.method.isEmpty() && request.id == target;
+    });
 }
 
 void McpServer::write(const QByteArray& line)

@@ -1,12 +1,10 @@
 #pragma once
 
-#include "McpTool.h"
-
 #include <QByteArray>
-#include <QJsonObject>
+#include <QByteArrayList>
 #include <QJsonValue>
 #include <QObject>
-#include <QStringList>
+#include <QSet>
 
 class QIODevice;
 
@@ -15,7 +13,7 @@ namespace zelmor::service::mcp {
 class StdinReader;
 
 // The server side of the Model Context Protocol over a byte stream: newline-delimited
-// JSON-RPC 2.0 messages in, one reply line per request out.
+// JSON-RPC 2.0 messages in, one reply line per request out, in either era of the protocol.
 class McpServer : public QObject
 {
     Q_OBJECT
@@ -29,33 +27,40 @@ public:
     // Feeds the reader's chunks into receive(); the reader stays the caller's.
     void attach(StdinReader* reader);
 
-    // Appends bytes and answers every whole line among them.
+    // Appends bytes and answers every whole line among them. A cancellation takes effect
+    // as it arrives, even while a tool runs.
     void receive(const QByteArray& chunk);
 
     // End of input: a last line without its newline is still answered.
     void finish();
 
+    // While held, a tool call and every line after it wait: the protocol's own requests are
+    // answered before the process has made what tools need. Releasing answers what waits.
+    void holdToolCalls(bool hold);
+    bool toolCallWaiting() const;
+
     // One message in, its reply out without the newline; empty for notifications and for
     // responses of the client.
     QByteArray answer(const QByteArray& message);
 
-    // A tool's result map as the protocol's call result: `isError`, `text` as the first text
-    // block, every other key as JSON text.
-    static QJsonObject callResult(const McpToolResult& result);
-
-    // Newest first; the first is offered to clients asking for a version not listed.
-    static const QStringList& supportedProtocolVersions();
-
 private:
+    void takeLines();
+    void answerWaitingLines();
+    void noteCancellation(const QByteArray& line);
     void write(const QByteArray& line);
-    QJsonObject handleRequest(const QString& method, const QJsonObject& params, QJsonObject* error);
 
     QByteArray m_buffer;
-    qsizetype m_scanned = 0; // leading bytes of m_buffer known to hold no newline
+    qsizetype m_scanned = 0;   // leading bytes of m_buffer known to hold no newline
+    QByteArrayList m_lines;    // whole lines not yet answered, in order
+    QSet<QString> m_cancelled; // requests cancelled before their turn came
+    QJsonValue m_running;      // id of the request being answered
+    bool m_runningCancelled = false;
     StdinReader* m_reader = nullptr;
     QIODevice* m_output = nullptr;
     bool m_skippingLine = false; // the rest of an oversized line is being dropped
     bool m_answering = false;    // a tool runs; lines that come meanwhile wait their turn
+    bool m_holdToolCalls = false;
+    bool m_toolCallWaiting = false;
 };
 
 } // namespace zelmor::service::mcp

@@ -431,4 +431,22 @@ McpToolResult mcpToolError(const QString& message)
     return {{QStringLiteral("isError"), true}, {QStringLiteral("text"), message}};
 }
 
+QString mcpModelImageKey()
+{
+    return QStringLiteral("modelImage");
+}
+
+QJsonObject mcpResultJson(const McpToolResult& result)
+{
+    QVariantMap data = result;
+    data.remove(mcpModelImageKey());
+    return QJsonObject::fromVariantMap(data);
+}
+
+McpToolCancellation& McpToolCancellation::instance()
+{
+    static McpToolCancellation cancellation;
+    return cancellation;
+}
+
 } // namespace zelmor::service::mcp

@@ -2,6 +2,7 @@
 
 #include <QJsonObject>
 #include <QList>
+#include <QObject>
 #include <QString>
 #include <QVariantMap>
 
@@ -37,5 +38,24 @@ int mcpIntArg(const McpToolArgs& args, const QString& key, int fallback = 0, boo
 
 // The failure result: exactly `isError` = true and `text` = message.
 McpToolResult mcpToolError(const QString& message);
+
+// The key under which a capture hands its picture, a QImage, to a client that can show it to
+// a model.
+QString mcpModelImageKey();
+
+// A result as JSON for a model that reads text only: the picture left out.
+QJsonObject mcpResultJson(const McpToolResult& result);
+
+// Told by whoever runs a tool that its caller gave up on it; a tool that waits, as recognition
+// does, stops at once. One per process, on the thread that runs tools.
+class McpToolCancellation : public QObject
+{
+    Q_OBJECT
+public:
+    static McpToolCancellation& instance();
+
+signals:
+    void requested();
+};
 
 } // namespace zelmor::service::mcp

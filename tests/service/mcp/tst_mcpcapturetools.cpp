@@ -3,11 +3,13 @@
 #include "service/history/HistoryService.h"
 #include "service/mcp/CaptureTools.h"
 #include "service/mcp/McpTool.h"
+#include "service/mcp/ModelImage.h"
 
 #include <QDateTime>
 #include <QGuiApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QRandomGenerator>
 
 using namespace zelmor;
 using namespace zelmor::service::mcp;
@@ -108,6 +110,37 @@ private Q_SLOTS:
         const McpToolResult pinned = callMcpTool("pin_last", {{"id", newer}});
         QVERIFY(pinned.value("text").toString().startsWith("Image resolved (4x3) "));
         QCOMPARE(pinned.value("isError"), QVariant(false));
+    }
+
+    // What a model is sent: the longer side at most 1568 px, aspect kept, a PNG small enough
+    // for the line a client takes even when the picture is noise in four channels.
+    void modelImage_data()
+    {
+        QTest::addColumn<QImage>("source");
+        QTest::addColumn<QSize>("size"); // empty: no larger than the budget allows
+        QImage noise(3840, 2160, QImage::Format_ARGB32);
+        QRandomGenerator random(7);
+        for (int y = 0; y < noise.height(); ++y)
+            random.fillRange(reinterpret_cast<quint32*>(noise.scanLine(y)), noise.width());
+        QImage small(300, 200, QImage::Format_RGB32);
+        small.fill(Qt::red);
+        QTest::newRow("small kept") << small << QSize(300, 200);
+        QTest::newRow("4K noise") << noise << QSize();
+    }
+    void modelImage()
+    {
+        QFETCH(QImage, source);
+        QFETCH(QSize, size);
+        const McpModelImage picture = makeModelImage(source);
+        QImage decoded;
+        QVERIFY(decoded.loadFromData(picture.png, "PNG"));
+        QCOMPARE(decoded.size(), picture.size);
+        QVERIFY(picture.png.size() * 4 / 3 < 6 * 1024 * 1024);
+        if (!size.isEmpty()) QCOMPARE(picture.size, size);
+        QVERIFY(qMax(picture.size.width(), picture.size.height()) <= 1568);
+        QCOMPARE(qRound(source.width() * picture.scale), picture.size.width());
+        QVERIFY(qAbs(double(picture.size.width()) / picture.size.height() -
+                     double(source.width()) / source.height()) < 0.01);
     }
 };
 

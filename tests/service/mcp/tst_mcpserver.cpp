@@ -10,6 +10,7 @@
 #include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTcpServer>
@@ -50,6 +51,23 @@ struct Session
     }
     QList<QJsonObject> replies() { return parseReplies(output.data()); }
 };
+
+QJsonObject modern(const QString& revision = "2026-07-28")
+{
+    return {{"_meta", QJsonObject{{"io.modelcontextprotocol/protocolVersion", revision},
+                                  {"io.modelcontextprotocol/clientCapabilities", QJsonObject()}}}};
+}
+
+// The value at a path such as "result tools 0 name", as compact JSON text.
+QByteArray jsonAt(QJsonValue value, const QString& path)
+{
+    for (const QString& step : path.split(' ')) {
+        bool index = false;
+        const int i = step.toInt(&index);
+        value = index ? value.toArray().at(i) : value.toObject().value(step);
+    }
+    return QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact).mid(1).chopped(1);
+}
 
 QList<int> replyIds(const QList<QJsonObject>& replies)
 {
@@ -156,6 +174,56 @@ private slots:
         QVERIFY(replies[1]["result"].isObject()); // the server lives on
     }
 
+    // Each row: messages in one session, and a value of the last reply.
+    void eras_data()
+    {
+        QTest::addColumn<QByteArrayList>("messages");
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QByteArray>("expected");
+        QJsonObject ping = modern();
+        ping.insert("name", "ping");
+        const QByteArray list = request(1, "tools/list", modern());
+        QTest::newRow("discovery first")
+            << QByteArrayList{request(1, "server/discover", modern())} << "result supportedVersions"
+            << R"(["2026-07-28"])"_ba;
+        QTest::newRow("discovery says who answers")
+            << QByteArrayList{request(1, "server/discover", modern())}
+            << "result _meta io.modelcontextprotocol/serverInfo name"
+            << R"("zelmor")"_ba;
+        QTest::newRow("call with no handshake")
+            << QByteArrayList{request(1, "tools/call", ping)} << "result content 0 text"
+            << R"("pong")"_ba;
+        QTest::newRow("stateless result complete") << QByteArrayList{list} << "result resultType"
+                                                   << R"("complete")"_ba;
+        QTest::newRow("tool list cacheable") << QByteArrayList{list} << "result cacheScope"
+                                             << R"("public")"_ba;
+        QTest::newRow("unknown revision")
+            << QByteArrayList{request(1, "tools/list", modern("1900-01-01"))} << "error"
+            << R"({"code":-32022,"data":{"requested":"1900-01-01","supported":["2026-07-28"]},"message":"Unsupported protocol version"})"_ba;
+        QTest::newRow("ping method gone")
+            << QByteArrayList{request(1, "ping", modern())} << "error code"
+            << "-32601"_ba;
+        QTest::newRow("handshake after stateless")
+            << QByteArrayList{list, request(2, "initialize", {{"protocolVersion", "2025-06-18"}})}
+            << "result protocolVersion"
+            << R"("2025-06-18")"_ba;
+        QTest::newRow("handshake era unchanged")
+            << QByteArrayList{request(1, "tools/list")} << "result resultType"
+            << "null"_ba;
+    }
+    void eras()
+    {
+        QFETCH(QByteArrayList, messages);
+        QFETCH(QString, path);
+        QFETCH(QByteArray, expected);
+        Session s;
+        for (const QByteArray& message : messages)
+            s.server.receive(message + '\n');
+        const QList<QJsonObject> replies = s.replies();
+        QCOMPARE(replies.size(), messages.size());
+        QCOMPARE(jsonAt(replies.last(), path), expected);
+    }
+
     // A known older version is kept, any other answered with the latest.
     void versionNegotiation()
     {
@@ -226,10 +294,24 @@ private slots:
         QCOMPARE(mcp.exitCode(), 0);
     }
 
-    // Input ends while a recognition waits on its provider: the answer says so rather than
-    // passing for an empty text.
-    void ocrCutShortByEndOfInput()
+    // A recognition that waits on its provider is cut short. At the end of input the answer
+    // says so rather than passing for an empty text; a cancelled one is never answered.
+    void ocrCutShort_data()
     {
+        QTest::addColumn<QByteArray>("then");
+        QTest::addColumn<QList<int>>("ids");
+        QTest::newRow("end of input") << QByteArray() << QList<int>{1};
+        QTest::newRow("cancelled")
+            << QByteArray(
+                   R"({"jsonrpc":"2.0","method":"notifications/cancelled","params":{"requestId":1}})"
+                   "\n" +
+                   request(2, "tools/list") + '\n')
+            << QList<int>{2};
+    }
+    void ocrCutShort()
+    {
+        QFETCH(QByteArray, then);
+        QFETCH(QList<int>, ids);
         QTcpServer silentProvider; // takes the request and never answers
         QVERIFY(silentProvider.listen(QHostAddress::LocalHost));
         QTemporaryDir home;
@@ -253,12 +335,13 @@ private slots:
                   '\n');
         QVERIFY(mcp.waitForBytesWritten());
         QVERIFY(silentProvider.waitForNewConnection(30000));
+        mcp.write(then);
         mcp.closeWriteChannel();
         QVERIFY(mcp.waitForFinished(30000));
         const QList<QJsonObject> replies = parseReplies(mcp.readAllStandardOutput());
-        QCOMPARE(replyIds(replies), QList<int>{1});
+        QCOMPARE(replyIds(replies), ids);
         const QString text = replies.first()["result"]["content"][0]["text"].toString();
-        QVERIFY2(text.startsWith("[error]"), qPrintable(text));
+        QVERIFY2(ids.first() != 1 || text.startsWith("[error]"), qPrintable(text));
     }
 };
 

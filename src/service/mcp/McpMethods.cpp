@@ -45,9 +45,9 @@ QJsonObject toolList()
     QJsonArray tools;
     for (const McpTool& tool : mcpTools()) {
         // Clients require an object schema even of a tool that takes no arguments.
-        const QJsonObject schema =
-            tool.schema ? tool.schema()
-                        : QJsonObject{{key("type"), key("object")}, {key("properties"), QJsonObject()}};
+        const QJsonObject schema = tool.schema ? tool.schema()
+                                               : QJsonObject{{key("type"), key("object")},
+                                                             {key("properties"), QJsonObject()}};
         tools.append(QJsonObject{{key("name"), tool.name},
                                  {key("description"), tool.description},
                                  {key("inputSchema"), schema}});
@@ -128,10 +128,10 @@ McpAnswer answerStateless(const QString& method, const QJsonObject& params,
     const QStringList& supported = statelessProtocolVersions();
     if (!revision.isUndefined() && !supported.contains(revision.toString()))
         return {{},
-                mcpErrorObject(UnsupportedProtocolVersion,
-                               QStringLiteral("Unsupported protocol version"),
-                               QJsonObject{{key("supported"), QJsonArray::fromStringList(supported)},
-                                           {key("requested"), revision}})};
+                mcpErrorObject(
+                    UnsupportedProtocolVersion, QStringLiteral("Unsupported protocol version"),
+                    QJsonObject{{key("supported"), QJsonArray::fromStringList(supported)},
+                                {key("requested"), revision}})};
     McpAnswer answer;
     if (method == QLatin1String("server/discover")) {
         answer.result = {{key("supportedVersions"), QJsonArray::fromStringList(supported)},

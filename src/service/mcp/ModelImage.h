@@ -10,7 +10,7 @@ namespace zelmor::service::mcp {
 // well, aspect kept, as PNG small enough for the reply line a client accepts.
 struct McpModelImage
 {
-    QByteArray png; // empty for a null source
+    QByteArray png;   // empty for a null source
     double scale = 1; // of the source's sides, for mapping the picture back to the screen
     QSize size;
 };

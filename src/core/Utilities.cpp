@@ -45,11 +45,16 @@ int boundedInt(double value, int limit)
 
 QByteArray imageToBase64(const QImage& image)
 {
+    return imageToPng(image).toBase64();
+}
+
+QByteArray imageToPng(const QImage& image)
+{
     QByteArray png;
     QBuffer buffer(&png);
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, "PNG", -1);
-    return png.toBase64();
+    return png;
 }
 
 void copyPixmapToClipboard(const QPixmap& pixmap)

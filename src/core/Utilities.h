@@ -21,6 +21,9 @@ int boundedInt(double value, int limit = 1 << 30);
 // Base64 of the image's PNG encoding.
 QByteArray imageToBase64(const QImage& image);
 
+// The image as PNG bytes; empty when it cannot be encoded.
+QByteArray imageToPng(const QImage& image);
+
 void copyPixmapToClipboard(const QPixmap& pixmap);
 void copyTextToClipboard(const QString& text);
 

@@ -7,7 +7,6 @@
 #include "platform/Windows.h"
 #include "service/capture/OutputFile.h"
 
-#include <QBuffer>
 #include <QContextMenuEvent>
 #include <QCursor>
 #include <QDrag>
@@ -39,15 +38,6 @@ constexpr QRgb kBorderColour = 0xFF2A2A30;
 int shadowMarginFor(bool translucent)
 {
     return translucent ? kShadowMargin : 0;
-}
-
-QByteArray encodePng(const QPixmap& pixmap)
-{
-    QByteArray png;
-    QBuffer buffer(&png);
-    buffer.open(QIODevice::WriteOnly);
-    pixmap.save(&buffer, "PNG");
-    return png;
 }
 
 } // namespace
@@ -184,7 +174,7 @@ void PinWindow::toggleClickThroughFromPin()
 
 QMimeData* PinWindow::createDragMimeData() const
 {
-    const QByteArray png = encodePng(m_displayPixmap);
+    const QByteArray png = core::imageToPng(m_displayPixmap.toImage());
     const QString path = core::makeTempFilePath(QStringLiteral("png"));
     if (png.isEmpty() || path.isEmpty()) return nullptr;
     QFile file(path);

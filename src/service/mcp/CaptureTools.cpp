@@ -1,6 +1,7 @@
 #include "CaptureTools.h"
 
 #include "core/ConfigManager.h"
+#include "core/Utilities.h"
 #include "platform/ScreenGrab.h"
 #include "service/ai/AiWorkflow.h"
 #include "service/capture/AnnotationPainter.h"
@@ -9,7 +10,6 @@
 #include "service/capture/WindowList.h"
 #include "service/history/HistoryService.h"
 
-#include <QBuffer>
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QHash>
@@ -210,11 +210,7 @@ McpToolResult annotateImageTool(const McpToolArgs& args)
     McpToolResult result =
         saveAndRecord(QPixmap::fromImage(canvas), core::HistoryCategory::Annotation, canvas.width(),
                       canvas.height());
-    QByteArray png;
-    QBuffer buffer(&png);
-    buffer.open(QIODevice::WriteOnly);
-    canvas.save(&buffer, "PNG");
-    result.insert(key("base64"), QString::fromLatin1(png.toBase64()));
+    result.insert(key("base64"), QString::fromLatin1(core::imageToBase64(canvas)));
     return result;
 }
 

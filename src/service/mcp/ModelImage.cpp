@@ -1,6 +1,6 @@
 #include "ModelImage.h"
 
-#include <QBuffer>
+#include "core/Utilities.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,15 +14,6 @@ constexpr int kLongestSide = 1568;
 // Base64 adds a third: the line stays near half of the 10 MiB that clients accept.
 constexpr qsizetype kMaxPngBytes = 4 * 1024 * 1024;
 constexpr int kMaxAttempts = 5;
-
-QByteArray encodePng(const QImage& image)
-{
-    QByteArray png;
-    QBuffer buffer(&png);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    return png;
-}
 
 QImage scaledBy(const QImage& image, double scale)
 {
@@ -43,7 +34,7 @@ McpModelImage makeModelImage(const QImage& source)
     double scale = std::min(1.0, double(kLongestSide) / std::max(image.width(), image.height()));
     for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
         const QImage scaled = scaledBy(image, scale);
-        QByteArray png = encodePng(scaled);
+        QByteArray png = core::imageToPng(scaled);
         if (png.isEmpty()) break;
         if (png.size() <= kMaxPngBytes) return {png, std::round(scale * 1e6) / 1e6, scaled.size()};
         // Noise compresses worst: shrink the area by what the bytes overshot, and a margin.

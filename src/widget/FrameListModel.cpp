@@ -1,0 +1,52 @@
+#include "FrameListModel.h"
+
+#include <QPixmap>
+
+namespace zelmor::widget {
+
+namespace {
+
+const QSize kThumbnailSize(100, 70);
+
+} // namespace
+
+void FrameListModel::setFrames(const QList<QImage>& frames)
+{
+    beginResetModel();
+    m_frames = frames;
+    m_thumbnails.clear();
+    endResetModel();
+}
+
+int FrameListModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : int(m_frames.size());
+}
+
+QVariant FrameListModel::data(const QModelIndex& index, int role) const
+{
+    const int row = index.row();
+    if (!index.isValid() || row < 0 || row >= m_frames.size()) return QVariant();
+    switch (role) {
+    case Qt::DisplayRole:
+        return QStringLiteral("#%1").arg(row + 1);
+    case Qt::DecorationRole:
+        return thumbnail(row);
+    case Qt::TextAlignmentRole:
+        return int(Qt::AlignCenter);
+    default:
+        return QVariant();
+    }
+}
+
+QIcon FrameListModel::thumbnail(int row) const
+{
+    auto cached = m_thumbnails.constFind(row);
+    if (cached != m_thumbnails.constEnd()) return *cached;
+    const QIcon icon(QPixmap::fromImage(
+        m_frames.at(row).scaled(kThumbnailSize, Qt::KeepAspectRatio, Qt::SmoothTransformation)));
+    m_thumbnails.insert(row, icon);
+    return icon;
+}
+
+} // namespace zelmor::widget

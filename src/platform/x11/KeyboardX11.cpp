@@ -111,16 +111,21 @@ xcb_keysym_t keysymForVirtualKey(unsigned vk)
     return XCB_NO_SYMBOL;
 }
 
-unsigned virtualKeyForKeysym(xcb_keysym_t keysym)
+unsigned virtualKeyForKeysym(xcb_keysym_t keysym, bool sidedModifiers)
 {
     if (keysym >= XK_0 && keysym <= XK_9) return '0' + (keysym - XK_0);
     if (keysym >= XK_a && keysym <= XK_z) return 'A' + (keysym - XK_a);
     if (keysym >= XK_A && keysym <= XK_Z) return 'A' + (keysym - XK_A);
     if (keysym >= XK_KP_0 && keysym <= XK_KP_9) return 0x60 + (keysym - XK_KP_0);
     if (keysym >= XK_F1 && keysym <= XK_F24) return 0x70 + (keysym - XK_F1);
+    // A modifier's generic code is listed before its sided ones.
+    unsigned found = 0;
     for (const VirtualKeySymbol& entry : kTable)
-        if (entry.keysym == keysym) return entry.virtualKey;
-    return 0;
+        if (entry.keysym == keysym) {
+            found = entry.virtualKey;
+            if (!sidedModifiers) break;
+        }
+    return found;
 }
 
 xcb_keysym_t keysymForCharacter(char32_t c)

@@ -9,8 +9,9 @@ namespace zelmor::platform::x11 {
 // The X keysym of a Windows virtual key, in the meaning of the US layout; XCB_NO_SYMBOL when
 // the key has none.
 xcb_keysym_t keysymForVirtualKey(unsigned virtualKey);
-// The virtual key whose keysym that is; 0 when none.
-unsigned virtualKeyForKeysym(xcb_keysym_t keysym);
+// The virtual key whose keysym that is; 0 when none. Shift, Ctrl and Alt give their generic
+// codes, or with `sidedModifiers` their left and right ones, as a keyboard hook reports them.
+unsigned virtualKeyForKeysym(xcb_keysym_t keysym, bool sidedModifiers = false);
 
 // The keysym that types a Unicode character; XCB_NO_SYMBOL for control characters other than
 // the few that have keys.

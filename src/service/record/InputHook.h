@@ -44,6 +44,8 @@ public:
     static QString keyLabel(int virtualKey);
 
 private:
+    friend class TestInputHook;
+
     // Hook rows as the system delivers them, on the thread that installed.
     void onButtonDown(qint64 timestampMs, const QPoint& pos);
     void onKeyDown(qint64 timestampMs, int virtualKey);

@@ -31,6 +31,7 @@ void HotkeyBindings::registerAll()
         {2, "fullscreen", [&a] { a.captureFullscreen(); }},
         {3, "window", [&a] { a.captureWindow(); }},
         {4, "delayed", [&a] { a.captureDelayed(3); }},
+        {5, "gif", [&a] { a.recordGif(); }},
         {7, "pinClickThrough", [&a] { a.togglePinClickThrough(); }},
         {8, "pinFromClipboard", [&a] { a.pinFromClipboard(); }},
         {9, "history", [&a] { a.showHistory(); }},

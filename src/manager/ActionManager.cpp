@@ -14,6 +14,7 @@
 #include "service/capture/ScreenGrabber.h"
 #include "service/capture/WindowList.h"
 #include "service/history/HistoryService.h"
+#include "service/record/RecordingService.h"
 #include "widget/LicenseDialog.h"
 #include "widget/MainWindow.h"
 #include "widget/OcrResultDialog.h"
@@ -64,8 +65,12 @@ ActionManager::ActionManager(widget::MainWindow* mainWindow, QObject* parent)
     };
     m_captureService = new service::capture::CaptureService(this);
     trace("CaptureService");
+    m_recordingService = new service::record::RecordingService(this);
+    trace("RecordingService");
     m_pinManager = new PinManager(this);
     trace("PinManager");
+    connectRecording();
+    trace("hud wiring");
 }
 
 void ActionManager::captureRegion()

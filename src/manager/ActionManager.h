@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QImage>
+#include <QList>
 #include <QObject>
 
 class QPixmap;
@@ -13,9 +15,14 @@ class AiWorkflow;
 namespace zelmor::service::capture {
 class CaptureService;
 }
+namespace zelmor::service::record {
+class RecordingService;
+}
 namespace zelmor::widget {
 class CaptureOverlay;
 class MainWindow;
+class RecordHud;
+class RecordRegionFrame;
 } // namespace zelmor::widget
 
 namespace zelmor::manager {
@@ -30,6 +37,7 @@ public:
 
     service::capture::CaptureService* captureService() const { return m_captureService; }
     PinManager* pinManager() const { return m_pinManager; }
+    service::record::RecordingService* recordingService() const { return m_recordingService; }
 
     bool regionCaptureActive() const { return m_regionCaptureActive; }
 
@@ -43,6 +51,7 @@ public Q_SLOTS:
     void captureFullscreen();
     void captureWindow();
     void captureDelayed(int secs = 3);
+    void recordGif();
     void annotateScreen();
     void pinHideAll();
     void pinRestoreAll();
@@ -76,10 +85,17 @@ private:
     void copyAndSave(const QPixmap& cropped);
     void saveCropped(const QPixmap& cropped, SaveKind kind);
     void copyOnly(const QPixmap& cropped, const QString& body);
+    void connectRecording();
+    void showRecordHud();
+    void openGifEditor(const QList<QImage>& frames, int intervalMs, const QString& path);
+    void retireRegionFrame();
 
     widget::MainWindow* m_mainWindow;
     service::capture::CaptureService* m_captureService;
+    service::record::RecordingService* m_recordingService;
     PinManager* m_pinManager;
+    widget::RecordHud* m_recordHud = nullptr;
+    widget::RecordRegionFrame* m_regionFrame = nullptr;
     bool m_regionCaptureActive = false;
 };
 

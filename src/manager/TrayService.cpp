@@ -99,6 +99,8 @@ void TrayService::rebuildMenu()
     for (int secs : {3, 5, 10})
         addItem(delayed, tr("%1 s", "tray.delayed.secs").arg(secs), a,
                 [a, secs] { a->captureDelayed(secs); });
+    addItem(menu, tr("Record GIF", "tray.recordGif"), a, &ActionManager::recordGif,
+            config.hotkeyGif());
     addItem(menu, tr("Annotate screen", "tray.annotateScreen"), a, &ActionManager::annotateScreen);
     addItem(menu, tr("From clipboard", "tray.fromClipboard"), a, &ActionManager::pinFromClipboard)
         ->setShortcut(shownKey(config.hotkeyPinFromClipboard()));

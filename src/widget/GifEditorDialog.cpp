@@ -480,9 +480,9 @@ void GifEditorDialog::onExport()
 
 void GifEditorDialog::onSaveAs()
 {
-    const QString target = QFileDialog::getSaveFileName(
-        this, tr("另存为 GIF", "gif.editor.saveAsTitle"), m_path,
-        tr("GIF Animation (*.gif)", "gif.editor.filter"));
+    const QString target =
+        QFileDialog::getSaveFileName(this, tr("另存为 GIF", "gif.editor.saveAsTitle"), m_path,
+                                     tr("GIF Animation (*.gif)", "gif.editor.filter"));
     if (!target.isEmpty()) doExport(target);
 }
 
@@ -535,10 +535,10 @@ void GifEditorDialog::finishExport(const QString& target)
     auto* mime = new QMimeData;
     mime->setUrls({QUrl::fromLocalFile(target)});
     QApplication::clipboard()->setMimeData(mime);
-    core::notifyUser(tr("GIF 导出成功", "record.gif.saved"),
-                     tr("已合成导出高清晰 GIF 并自动记入历史记录:\n%1", "record.gif.savedBody")
-                         .arg(target),
-                     3000);
+    core::notifyUser(
+        tr("GIF 导出成功", "record.gif.saved"),
+        tr("已合成导出高清晰 GIF 并自动记入历史记录:\n%1", "record.gif.savedBody").arg(target),
+        3000);
     m_path = target;
     m_exported = true;
 

@@ -154,8 +154,8 @@ private Q_SLOTS:
         GifEditorDialog d(numberedFrames(), 100, QString());
         const QList<QWidget*> controls = d.findChildren<QWidget*>();
         for (QWidget* w : controls) {
-            const bool control = qobject_cast<QAbstractButton*>(w) ||
-                                 qobject_cast<QSlider*>(w) || qobject_cast<QAbstractSpinBox*>(w) ||
+            const bool control = qobject_cast<QAbstractButton*>(w) || qobject_cast<QSlider*>(w) ||
+                                 qobject_cast<QAbstractSpinBox*>(w) ||
                                  qobject_cast<QAbstractItemView*>(w);
             if (!control) continue;
             QVERIFY2(!QAccessible::queryAccessibleInterface(w)->text(QAccessible::Name).isEmpty(),

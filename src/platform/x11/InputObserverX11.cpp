@@ -103,7 +103,7 @@ private:
     {
         // Null once the connection is shut or lost.
         while (Reply<xcb_record_enable_context_reply_t> reply{
-                   xcb_record_enable_context_reply(m_data, stream, nullptr)}) {
+            xcb_record_enable_context_reply(m_data, stream, nullptr)}) {
             if (reply->category != kFromServer) continue;
             refreshKeyboardMap();
             const std::uint8_t* bytes = xcb_record_enable_context_data(reply.get());

@@ -92,15 +92,12 @@ void InputHook::onKeyDown(qint64 timestampMs, int virtualKey)
 QString InputHook::keyLabel(int vk)
 {
     static const QHash<int, QString> names = {
-        {13, QStringLiteral("Enter")}, {8, QStringLiteral("Back")},
-        {9, QStringLiteral("Tab")},    {27, QStringLiteral("Esc")},
-        {32, QStringLiteral("Space")}, {17, QStringLiteral("Ctrl")},
-        {16, QStringLiteral("Shift")}, {18, QStringLiteral("Alt")},
-        {91, QStringLiteral("Win")},   {20, QStringLiteral("Caps")},
-        {37, QStringLiteral("←")},     {39, QStringLiteral("→")},
-        {38, QStringLiteral("↑")},     {40, QStringLiteral("↓")},
-        {36, QStringLiteral("Home")},  {35, QStringLiteral("End")},
-        {46, QStringLiteral("Del")},   {45, QStringLiteral("Ins")},
+        {13, QStringLiteral("Enter")}, {8, QStringLiteral("Back")},   {9, QStringLiteral("Tab")},
+        {27, QStringLiteral("Esc")},   {32, QStringLiteral("Space")}, {17, QStringLiteral("Ctrl")},
+        {16, QStringLiteral("Shift")}, {18, QStringLiteral("Alt")},   {91, QStringLiteral("Win")},
+        {20, QStringLiteral("Caps")},  {37, QStringLiteral("←")},     {39, QStringLiteral("→")},
+        {38, QStringLiteral("↑")},     {40, QStringLiteral("↓")},     {36, QStringLiteral("Home")},
+        {35, QStringLiteral("End")},   {46, QStringLiteral("Del")},   {45, QStringLiteral("Ins")},
         {33, QStringLiteral("PgUp")},  {34, QStringLiteral("PgDn")},
     };
     if (const auto name = names.constFind(vk); name != names.constEnd()) return *name;

@@ -85,9 +85,16 @@ private slots:
         hook.install();
         hook.install(); // keeps observing
         using platform::MouseButton;
-        QVERIFY(platform::sendMouseButtons({{MouseButton::Left, true}, {MouseButton::Left, false}}));
-        QVERIFY(platform::sendKeys({{0xA2, true}, {0xA2, false}, {0x12, true}, {'X', true},
-                                    {'X', false}, {0x12, false}, {'B', true}, {'B', false}}));
+        QVERIFY(
+            platform::sendMouseButtons({{MouseButton::Left, true}, {MouseButton::Left, false}}));
+        QVERIFY(platform::sendKeys({{0xA2, true},
+                                    {0xA2, false},
+                                    {0x12, true},
+                                    {'X', true},
+                                    {'X', false},
+                                    {0x12, false},
+                                    {'B', true},
+                                    {'B', false}}));
         QTRY_COMPARE(labels(hook), (QStringList{"Key162", "B"}));
         QCOMPARE(hook.recentClicks().size(), 1);
         QCOMPARE(hook.recentClicks().first().pos, at);

@@ -1,0 +1,117 @@
+// The recording entry of ActionManager: the overlay in recording mode, the frame around the
+// region, the HUD, and the editor at the end.
+#include "ActionManager.h"
+
+#include "core/Toast.h"
+#include "service/capture/CaptureService.h"
+#include "service/record/RecordingService.h"
+#include "widget/GifEditorDialog.h"
+#include "widget/MainWindow.h"
+#include "widget/RecordHud.h"
+#include "widget/overlay/CaptureOverlay.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+namespace zelmor::manager {
+
+namespace {
+
+constexpr int kToastMs = 3000;
+constexpr qint64 kMebibyte = 1024 * 1024;
+
+} // namespace
+
+void ActionManager::connectRecording()
+{
+    using service::record::RecordingService;
+    RecordingService* recording = m_recordingService;
+    connect(recording, &RecordingService::framesRecorded, this, &ActionManager::openGifEditor);
+    connect(recording, &RecordingService::gifFailed, this, [](const QString& reason) {
+        core::notifyUser(tr("GIF failed", "record.gif.failed"), reason, kToastMs);
+    });
+    connect(recording, &RecordingService::memoryLimitReached, this, [](qint64 budget) {
+        core::notifyUser(tr("Recording stopped", "record.gif.memoryLimit.title"),
+                         tr("The recording reached its memory limit of %1 MB and stopped. The "
+                            "frames so far are in the editor.",
+                            "record.gif.memoryLimit.body")
+                             .arg(budget / kMebibyte),
+                         kToastMs);
+    });
+    connect(recording, &RecordingService::recordingStarted, this, &ActionManager::showRecordHud);
+    connect(recording, &RecordingService::elapsedChanged, this, [this](int secs) {
+        if (m_recordHud) m_recordHud->setElapsed(secs);
+    });
+    connect(recording, &RecordingService::pausedChanged, this, [this](bool paused) {
+        if (m_recordHud) m_recordHud->setPaused(paused);
+    });
+    connect(recording, &RecordingService::keyChipsChanged, this, [this](const QStringList& keys) {
+        if (m_recordHud) m_recordHud->setKeyChips(keys);
+    });
+    const auto hideHud = [this] {
+        if (m_recordHud) m_recordHud->hide();
+    };
+    connect(recording, &RecordingService::gifCompleted, this, hideHud);
+    connect(recording, &RecordingService::gifFailed, this, hideHud);
+    connect(recording, &RecordingService::gifCancelled, this, hideHud);
+    connect(recording, &RecordingService::gifCompleted, this, &ActionManager::retireRegionFrame);
+    connect(recording, &RecordingService::gifFailed, this, &ActionManager::retireRegionFrame);
+    connect(recording, &RecordingService::gifCancelled, this, &ActionManager::retireRegionFrame);
+}
+
+void ActionManager::recordGif()
+{
+    const QPixmap pixmap = m_captureService->grabScreens();
+    if (pixmap.isNull()) return;
+    auto* overlay = new widget::CaptureOverlay(pixmap, nullptr);
+    overlay->setMode(1);
+    connect(overlay, &widget::CaptureOverlay::recordStartRequested, this,
+            [this](const QRect& rect, int durationSecs, int fps) {
+                delete m_regionFrame;
+                m_regionFrame = new widget::RecordRegionFrame(rect, nullptr);
+                m_regionFrame->show();
+                m_recordingService->recordGif(rect, durationSecs, fps);
+            });
+    overlay->show();
+}
+
+void ActionManager::showRecordHud()
+{
+    if (!m_recordHud) {
+        m_recordHud = new widget::RecordHud(nullptr);
+        m_recordHud->hide();
+        using service::record::RecordingService;
+        connect(m_recordHud, &widget::RecordHud::pauseRequested, m_recordingService,
+                &RecordingService::togglePause);
+        connect(m_recordHud, &widget::RecordHud::stopRequested, m_recordingService,
+                &RecordingService::stop);
+        connect(m_recordHud, &widget::RecordHud::cancelRequested, m_recordingService,
+                &RecordingService::cancel);
+    }
+    if (const QScreen* primary = QGuiApplication::primaryScreen()) {
+        const QRect g = primary->availableGeometry();
+        m_recordHud->move(g.center().x() - m_recordHud->width() / 2, g.top() + 12);
+    }
+    m_recordHud->setPaused(false);
+    m_recordHud->show();
+    m_recordHud->raise();
+}
+
+void ActionManager::openGifEditor(const QList<QImage>& frames, int intervalMs, const QString& path)
+{
+    if (m_recordHud) m_recordHud->hide();
+    retireRegionFrame();
+    auto* editor = new widget::GifEditorDialog(frames, intervalMs, path, m_mainWindow);
+    editor->exec();
+    editor->deleteLater();
+}
+
+void ActionManager::retireRegionFrame()
+{
+    if (!m_regionFrame) return;
+    m_regionFrame->hide();
+    m_regionFrame->deleteLater();
+    m_regionFrame = nullptr;
+}
+
+} // namespace zelmor::manager

@@ -1,0 +1,303 @@
+#include "RecordingService.h"
+
+#include "core/ConfigManager.h"
+#include "platform/Memory.h"
+#include "service/capture/OutputFile.h"
+#include "service/capture/ScreenGrabber.h"
+
+#include <QDateTime>
+#include <QGuiApplication>
+#include <QPainter>
+#include <QScreen>
+#include <QThread>
+#include <QTimer>
+#include <QtConcurrent>
+
+#include <algorithm>
+
+namespace zelmor::service::record {
+
+namespace {
+
+constexpr int kTickMs = 100;
+constexpr int kPausePollMs = 30;
+constexpr int kLongestSide = 1920;
+constexpr qint64 kClickMarkMs = 300;
+constexpr qint64 kKeyChipMs = 1499;
+constexpr int kChipsOnFrame = 5;
+constexpr int kChipsOnHud = 6;
+// Frames stay uncompressed until the editor exports them; the editor, the encoder and the
+// rest of the desktop need the remainder.
+constexpr double kAvailableMemoryShare = 0.4;
+
+qint64 nowMs()
+{
+    return QDateTime::currentMSecsSinceEpoch();
+}
+
+int evenSide(int side)
+{
+    return std::max(side & ~1, 2);
+}
+
+// Only the region is read when the screens map one logical pixel to one physical one, as they
+// do on X11 without scaling; otherwise the whole canvas, as the overlay saw it.
+QImage grabFrame(const QRect& region, const QRect& grabRect)
+{
+    QPixmap pixmap;
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    if (std::all_of(screens.begin(), screens.end(),
+                    [](const QScreen* s) { return s->devicePixelRatio() == 1.0; }))
+        pixmap = capture::grabMonitorRect(region);
+    if (pixmap.size() != region.size()) pixmap = capture::grabAllScreens().copy(grabRect);
+    return pixmap.toImage().convertToFormat(QImage::Format_RGB32);
+}
+
+qint64 measuredBudget()
+{
+    return qint64(double(platform::availableMemoryBytes()) * kAvailableMemoryShare);
+}
+
+void paintClicks(QPainter& painter, const QImage& image, qint64 frameTimeMs,
+                 const QList<ClickEvent>& clicks, const QRect& region)
+{
+    for (const ClickEvent& click : clicks) {
+        const qint64 age = frameTimeMs - click.timestampMs;
+        if (age < 0 || age > kClickMarkMs) continue;
+        const QPoint at = click.pos - region.topLeft();
+        if (!image.rect().contains(at)) continue;
+        const double p = double(age) / double(kClickMarkMs);
+        const int r = int(p * 18.0 + 14.0);
+        const int a = int((1.0 - p) * 255.0);
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(QColor(76, 194, 255, a), 3.0, Qt::SolidLine));
+        painter.drawEllipse(at, r, r);
+        painter.setBrush(QColor(255, 82, 82, a));
+        painter.setPen(Qt::NoPen);
+        painter.drawEllipse(at, 3, 3);
+    }
+}
+
+void paintChips(QPainter& painter, const QImage& image, const QStringList& labels)
+{
+    QFont font(QStringLiteral("Consolas"));
+    font.setPointSize(10);
+    font.setWeight(QFont::Bold);
+    painter.setFont(font);
+    const QFontMetrics metrics(font);
+    int width = 0;
+    for (const QString& label : labels)
+        width += metrics.horizontalAdvance(label) + 18;
+    int x = (image.width() - width) / 2;
+    const int top = image.height() - 16 - metrics.height();
+    const int height = metrics.height() + 8;
+    for (const QString& label : labels) {
+        const int advance = metrics.horizontalAdvance(label);
+        const QRect chip(x, top, advance + 14, height);
+        painter.setBrush(QColor(26, 26, 31, 230));
+        painter.setPen(QPen(QColor(76, 194, 255, 110), 1.0));
+        painter.drawRoundedRect(chip, 4, 4);
+        painter.setPen(QColor(QStringLiteral("#e4e4e7")));
+        painter.drawText(chip, Qt::AlignCenter, label);
+        x += advance + 16;
+    }
+}
+
+} // namespace
+
+RecordingService::RecordingService(QObject* parent) : QObject(parent) {}
+
+RecordingService::~RecordingService()
+{
+    m_cancelRequested = true;
+    for (QFutureWatcher<GifRecordTaskResult>* job : m_jobs)
+        job->waitForFinished();
+}
+
+QSize RecordingService::outputSize(const QSize& region)
+{
+    const int longest = std::max(region.width(), region.height());
+    if (longest <= kLongestSide) return {evenSide(region.width()), evenSide(region.height())};
+    const double scale = double(kLongestSide) / double(longest);
+    return {evenSide(int(region.width() * scale)), evenSide(int(region.height() * scale))};
+}
+
+int RecordingService::intervalForFps(int fps)
+{
+    return std::clamp(1000 / std::max(fps, 1), 50, 1000);
+}
+
+QStringList RecordingService::keyChipsAt(qint64 frameTimeMs, const QList<KeyEvent>& keys)
+{
+    QStringList labels;
+    for (auto key = keys.crbegin(); key != keys.crend() && labels.size() < kChipsOnFrame; ++key) {
+        // A key pressed after the frame was taken has no place on it.
+        if (key->timestampMs > frameTimeMs) continue;
+        if (frameTimeMs - key->timestampMs > kKeyChipMs) break;
+        labels.prepend(key->label);
+    }
+    return labels;
+}
+
+void RecordingService::decorateFrame(QImage& image, qint64 frameTimeMs,
+                                     const QList<ClickEvent>& clicks, const QList<KeyEvent>& keys,
+                                     const QRect& region)
+{
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    paintClicks(painter, image, frameTimeMs, clicks, region);
+    const QStringList labels = keyChipsAt(frameTimeMs, keys);
+    if (!labels.isEmpty()) paintChips(painter, image, labels);
+}
+
+void RecordingService::recordGif(QRect region, int durationSecs, int fps)
+{
+    if (region.isEmpty() || durationSecs < 0 || fps <= 0) {
+        emit gifFailed(QStringLiteral("invalid record parameters"));
+        return;
+    }
+    if (!m_inputHook) m_inputHook = new InputHook(this);
+    m_inputHook->install();
+    m_paused = false;
+    m_stopRequested = false;
+    m_cancelRequested = false;
+    m_pauseStartedMs = 0;
+    m_pausedTotalMs = 0;
+    m_startedAtMs = nowMs();
+    if (!m_tickTimer) {
+        m_tickTimer = new QTimer(this);
+        connect(m_tickTimer, &QTimer::timeout, this, &RecordingService::onTick);
+    }
+    m_tickTimer->start(kTickMs);
+    emit recordingStarted();
+
+    const QScreen* primary = QGuiApplication::primaryScreen();
+    const QPoint origin = primary ? primary->virtualGeometry().topLeft() : QPoint();
+    const qint64 budget = m_memoryBudget > 0 ? m_memoryBudget : measuredBudget();
+    const Job job{region.translated(-origin), region, intervalForFps(fps), durationSecs * 1000,
+                  outputSize(region.size()), budget};
+    auto* watcher = new QFutureWatcher<GifRecordTaskResult>(this);
+    connect(watcher, &QFutureWatcher<GifRecordTaskResult>::finished, this, [this, watcher, budget] {
+        m_jobs.removeOne(watcher);
+        finish(watcher->result(), budget);
+        watcher->deleteLater();
+    });
+    m_jobs.append(watcher);
+    watcher->setFuture(
+        QtConcurrent::run(QThreadPool::globalInstance(), [this, job] { return runJob(job); }));
+}
+
+void RecordingService::togglePause()
+{
+    const bool paused = !m_paused.load();
+    m_paused = paused;
+    if (paused) {
+        m_pauseStartedMs = nowMs();
+    } else if (m_pauseStartedMs > 0) {
+        m_pausedTotalMs += nowMs() - m_pauseStartedMs;
+        m_pauseStartedMs = 0;
+    }
+    emit pausedChanged(paused);
+}
+
+void RecordingService::stop()
+{
+    m_stopRequested = true;
+}
+
+void RecordingService::cancel()
+{
+    m_cancelRequested = true;
+}
+
+void RecordingService::onTick()
+{
+    const qint64 now = nowMs();
+    const qint64 runningPause = m_pauseStartedMs > 0 ? now - m_pauseStartedMs : 0;
+    emit elapsedChanged(int((now - m_pausedTotalMs - m_startedAtMs - runningPause) / 1000));
+    QStringList labels;
+    if (m_inputHook)
+        for (const KeyEvent& key : m_inputHook->recentKeys().mid(-kChipsOnHud))
+            labels << key.label;
+    emit keyChipsChanged(labels);
+}
+
+GifRecordTaskResult RecordingService::runJob(const Job& job)
+{
+    struct RecordedFrame
+    {
+        qint64 timestampMs;
+        QImage image;
+    };
+    GifRecordTaskResult result;
+    result.intervalMs = job.intervalMs;
+    QList<RecordedFrame> recorded;
+    const qint64 t0 = nowMs();
+    qint64 pauseTotal = 0;
+    qint64 pauseBegin = 0;
+    qint64 bytes = 0;
+    while (!m_cancelRequested) {
+        if (m_stopRequested) break;
+        const qint64 now = nowMs();
+        if (m_paused) {
+            if (pauseBegin == 0) pauseBegin = now;
+            QThread::msleep(kPausePollMs);
+            continue;
+        }
+        if (pauseBegin != 0) pauseTotal += now - pauseBegin;
+        if (job.durationMs > 0 && now - pauseTotal - t0 >= job.durationMs) break;
+        const qint64 grabStart = nowMs();
+        QImage image = grabFrame(job.region, job.grabRect);
+        if (image.size() != job.outSize)
+            image = image.scaled(job.outSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        image.setDevicePixelRatio(1.0);
+        // The next frame would pass the budget: end as by Stop, keeping what exists.
+        if (bytes + image.sizeInBytes() > job.memoryBudget) {
+            result.memoryLimitReached = true;
+            break;
+        }
+        bytes += image.sizeInBytes();
+        recorded.append({now, image});
+        const qint64 spent = nowMs() - grabStart;
+        QThread::msleep(ulong(std::max<qint64>(job.intervalMs - spent, 5)));
+        pauseBegin = 0;
+    }
+    if (m_cancelRequested) {
+        result.cancelled = true;
+        return result;
+    }
+    if (recorded.isEmpty()) {
+        result.error = QStringLiteral("no frames captured");
+        return result;
+    }
+    const QList<ClickEvent> clicks = m_inputHook ? m_inputHook->recentClicks() : QList<ClickEvent>();
+    const QList<KeyEvent> keys = m_inputHook ? m_inputHook->recentKeys() : QList<KeyEvent>();
+    result.frames.reserve(recorded.size());
+    // Each frame is painted in place and handed over, so the memory never holds two copies.
+    for (RecordedFrame& frame : recorded) {
+        QImage image = std::move(frame.image);
+        if (m_inputHook) decorateFrame(image, frame.timestampMs, clicks, keys, job.region);
+        result.frames.append(std::move(image));
+    }
+    const core::ConfigManager& config = core::ConfigManager::instance();
+    result.path =
+        capture::makeOutputPath(config.outputDir(), config.fileNaming(), QStringLiteral("gif"));
+    return result;
+}
+
+void RecordingService::finish(const GifRecordTaskResult& result, qint64 budget)
+{
+    m_tickTimer->stop();
+    if (m_inputHook) m_inputHook->uninstall();
+    if (result.cancelled) {
+        emit gifCancelled();
+    } else if (!result.error.isEmpty()) {
+        emit gifFailed(result.error);
+    } else {
+        if (result.memoryLimitReached) emit memoryLimitReached(budget);
+        emit framesRecorded(result.frames, result.intervalMs, result.path);
+        emit gifCompleted(result.path);
+    }
+}
+
+} // namespace zelmor::service::record

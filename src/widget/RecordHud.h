@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QStringList>
+#include <QWidget>
+
+class QLabel;
+class QPushButton;
+
+namespace zelmor::widget {
+
+// The strip that stands over a recording: elapsed time, pause, stop, cancel and the keys just
+// pressed. It never takes the focus from the program being recorded.
+class RecordHud : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit RecordHud(QWidget* parent = nullptr);
+
+public slots:
+    void setElapsed(int secs);
+    void setPaused(bool paused);
+    void setKeyChips(const QStringList& labels);
+
+signals:
+    void pauseRequested();
+    void stopRequested();
+    void cancelRequested();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QPushButton* makeButton(const QString& text, const QString& border, const QString& hover);
+
+    QLabel* m_timeLabel = nullptr;
+    QPushButton* m_pauseButton = nullptr;
+    QPushButton* m_stopButton = nullptr;
+    QPushButton* m_cancelButton = nullptr;
+    QLabel* m_keysLabel = nullptr;
+    bool m_paused = false;
+};
+
+// Marks a recorded or scrolled region from just outside it; clicks go through it.
+class RecordRegionFrame : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit RecordRegionFrame(const QRect& region, QWidget* parent = nullptr);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+};
+
+// Window flags shared by both: on top, frameless, never activated, and out of the window
+// manager's hands, which would otherwise focus them on a click.
+Qt::WindowFlags recordOverlayFlags();
+
+} // namespace zelmor::widget

@@ -1,0 +1,191 @@
+#include "TestMain.h"
+#include "TestSupport.h"
+
+#include "app/HotkeyBindings.h"
+#include "manager/ActionManager.h"
+#include "manager/HotkeyService.h"
+#include "platform/Input.h"
+#include "service/capture/WindowList.h"
+#include "service/history/HistoryService.h"
+#include "service/record/RecordingService.h"
+#include "widget/GifEditorDialog.h"
+#include "widget/MainWindow.h"
+#include "widget/RecordHud.h"
+#include "widget/overlay/CaptureOverlay.h"
+
+#include <QAbstractButton>
+#include <QClipboard>
+#include <QComboBox>
+#include <QImageReader>
+#include <QLabel>
+#include <QMimeData>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QTimer>
+
+using namespace zelmor;
+
+namespace {
+
+template <typename T> T* shownTopLevel()
+{
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (auto* t = qobject_cast<T*>(w); t && t->isVisible()) return t;
+    return nullptr;
+}
+
+bool moveTo(const QPoint& at)
+{
+    return platform::setCursorPosition({at.x(), at.y()});
+}
+
+bool click(const QPoint& at)
+{
+    return moveTo(at) && platform::sendMouseButtons({{platform::MouseButton::Left, true},
+                                                      {platform::MouseButton::Left, false}});
+}
+
+bool clickButton(QWidget* parent, const QString& text)
+{
+    for (auto* button : parent->findChildren<QAbstractButton*>())
+        if (button->text() == text || button->objectName() == text)
+            return click(button->mapToGlobal(button->rect().center()));
+    return false;
+}
+
+QString run(const QString& program, const QStringList& args)
+{
+    QProcess process;
+    process.start(program, args);
+    process.waitForFinished(30000);
+    return QString::fromUtf8(process.readAllStandardOutput() + process.readAllStandardError());
+}
+
+// Over the white field: red and blue show as what dominates, at whatever fade.
+bool reddish(const QColor& c)
+{
+    return c.red() - c.green() > 40 && c.red() - c.blue() > 40;
+}
+
+bool bluish(const QColor& c)
+{
+    return c.blue() - c.red() > 40;
+}
+
+// Some frame holds the red dot at the click and the blue ring around it.
+bool clickMarked(const QList<QImage>& frames, const QPoint& at)
+{
+    for (const QImage& frame : frames) {
+        if (!reddish(frame.pixelColor(at))) continue;
+        for (int r = 14; r <= 32; ++r)
+            if (bluish(frame.pixelColor(at + QPoint(r, 0)))) return true;
+    }
+    return false;
+}
+
+// The chip row sits dark on the white field, centred near the frame's bottom.
+bool chipsShown(const QImage& frame)
+{
+    int dark = 0;
+    for (int y = frame.height() - 40; y < frame.height() - 8; ++y)
+        for (int x = frame.width() / 2 - 30; x < frame.width() / 2 + 30; ++x)
+            dark += qGray(frame.pixel(x, y)) < 60;
+    return dark > 100;
+}
+
+} // namespace
+
+class TestRecordFlow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void hotkeyToExportedGif()
+    {
+        const auto program = test::startForeignWindow("Recorded program", QRect(200, 200, 500, 300));
+        QTRY_COMPARE_WITH_TIMEOUT(service::capture::foregroundWindow().title,
+                                  QString("Recorded program"), 10000);
+        const QRect field = service::capture::foregroundWindow().rect.adjusted(40, 60, -40, -40);
+        widget::MainWindow mainWindow;
+        manager::ActionManager actions(&mainWindow);
+        manager::HotkeyService hotkeys;
+        app::HotkeyBindings bindings(hotkeys, actions);
+        bindings.registerAll();
+        service::record::RecordingService* recording = actions.recordingService();
+        QList<QImage> frames;
+        int intervalMs = 0;
+        connect(recording, &service::record::RecordingService::framesRecorded, this,
+                [&](const QList<QImage>& f, int ms) { frames = f, intervalMs = ms; });
+
+        QCOMPARE(QProcess::execute("xdotool", {"key", "ctrl+alt+g"}), 0);
+        QTRY_VERIFY(shownTopLevel<widget::CaptureOverlay>());
+        auto* overlay = shownTopLevel<widget::CaptureOverlay>();
+        QSignalSpy started(overlay, &widget::CaptureOverlay::recordStartRequested);
+        QVERIFY(moveTo(field.topLeft()));
+        QVERIFY(platform::sendMouseButtons({{platform::MouseButton::Left, true}}));
+        for (int step = 1; step <= 5; ++step)
+            QVERIFY(moveTo(field.topLeft() + (field.bottomRight() - field.topLeft()) * step / 5));
+        QVERIFY(platform::sendMouseButtons({{platform::MouseButton::Left, false}}));
+        QTRY_VERIFY(overlay->findChild<QWidget*>("start") &&
+                    overlay->findChild<QWidget*>("start")->isVisible());
+        auto* fps = overlay->findChildren<QComboBox*>().last(); // a frame every 50 ms
+        fps->setCurrentIndex(fps->count() - 1);
+        QVERIFY(clickButton(overlay, "start"));
+        QTRY_COMPARE(started.size(), 1);
+        const QRect region = started.first().first().toRect();
+
+        QTRY_VERIFY(shownTopLevel<widget::RecordHud>());
+        auto* hud = shownTopLevel<widget::RecordHud>();
+        const QPoint clickAt = region.center();
+        QVERIFY(click(clickAt));
+        QVERIFY(platform::sendKeys({{'A', true}, {'A', false}, {'B', true}, {'B', false}}));
+        QTRY_VERIFY(hud->findChildren<QLabel*>().last()->text().endsWith("[A] [B]"));
+        QVERIFY(clickButton(hud, "Pause")); // the recorded program keeps the focus
+        QTRY_VERIFY(hud->findChildren<QAbstractButton*>().first()->text() == "Resume");
+        QCOMPARE(service::capture::foregroundWindow().title, QString("Recorded program"));
+        QVERIFY(clickButton(hud, "Resume"));
+
+        // The editor runs modally from here on: it is exported from inside its own loop.
+        QTimer exporter;
+        connect(&exporter, &QTimer::timeout, this, [&] {
+            if (auto* editor = qobject_cast<widget::GifEditorDialog*>(
+                    QApplication::activeModalWidget())) {
+                exporter.stop();
+                QMetaObject::invokeMethod(editor, "onExport");
+            }
+        });
+        exporter.start(50);
+        QVERIFY(clickButton(hud, "Stop"));
+        QTRY_VERIFY_WITH_TIMEOUT(!frames.isEmpty() && !QApplication::activeModalWidget(), 60000);
+
+        QVERIFY(clickMarked(frames, clickAt - region.topLeft()));
+        QVERIFY(chipsShown(frames.last()));
+        const QList<core::HistoryItem> rows = service::history::HistoryService::instance().recent(1);
+        QCOMPARE(rows.size(), 1);
+        QCOMPARE(rows.first().category, core::HistoryCategory::Recording);
+        const QString gif = rows.first().path;
+        QCOMPARE(QApplication::clipboard()->mimeData()->urls(), QList<QUrl>{QUrl::fromLocalFile(gif)});
+
+        QImageReader qt(gif);
+        QCOMPARE(qt.imageCount(), frames.size());
+        QCOMPARE(qt.size(), frames.first().size());
+        qt.read();
+        QCOMPARE(qt.nextImageDelay() / 10, intervalMs / 10);
+        const QString sicle = run("gifsicle", {"--info", gif});
+        QVERIFY2(sicle.contains(QString("%1 images").arg(frames.size())), qPrintable(sicle));
+        QVERIFY2(sicle.contains(QString("delay %1s").arg(intervalMs / 10 / 100.0)), qPrintable(sicle));
+        const QString probe = run("ffprobe", {"-v", "error", "-count_frames", "-show_entries",
+                                              "stream=width,height,nb_read_frames", "-of",
+                                              "csv=p=0", gif});
+        QCOMPARE(probe.trimmed(), QString("%1,%2,%3")
+                                      .arg(frames.first().width())
+                                      .arg(frames.first().height())
+                                      .arg(frames.size()));
+        program->kill();
+        program->waitForFinished();
+    }
+};
+
+ZELMOR_TEST_MAIN(TestRecordFlow, QApplication)
+#include "tst_recordflow.moc"

@@ -1,0 +1,179 @@
+#include "TestMain.h"
+
+#include "service/record/RecordingService.h"
+#include "widget/RecordHud.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QSignalSpy>
+
+#include <algorithm>
+
+using namespace zelmor::service::record;
+
+namespace {
+
+constexpr qint64 kT = 1'000'000; // a frame's time
+
+QList<KeyEvent> keysAt(const QList<qint64>& ages)
+{
+    QList<KeyEvent> keys;
+    for (qint64 age : ages)
+        keys.append({kT - age, QString::number(age)});
+    return keys;
+}
+
+} // namespace
+
+class TestRecordingService : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void outputSize_data()
+    {
+        QTest::addColumn<QSize>("region");
+        QTest::addColumn<QSize>("frame");
+        QTest::newRow("wide") << QSize(3000, 1000) << QSize(1920, 640);
+        QTest::newRow("odd sides") << QSize(801, 3) << QSize(800, 2);
+        QTest::newRow("one pixel") << QSize(1, 1) << QSize(2, 2);
+        QTest::newRow("tall") << QSize(500, 4000) << QSize(240, 1920);
+    }
+    void outputSize()
+    {
+        QFETCH(QSize, region);
+        QFETCH(QSize, frame);
+        QCOMPARE(RecordingService::outputSize(region), frame);
+    }
+
+    void interval_data()
+    {
+        QTest::addColumn<int>("fps");
+        QTest::addColumn<int>("ms");
+        for (auto [fps, ms] : {std::pair{30, 50}, {15, 66}, {10, 100}, {1, 1000}, {0, 1000}})
+            QTest::addRow("%d fps", fps) << fps << ms;
+    }
+    void interval()
+    {
+        QFETCH(int, fps);
+        QFETCH(int, ms);
+        QCOMPARE(RecordingService::intervalForFps(fps), ms);
+    }
+
+    void keyChips_data()
+    {
+        QTest::addColumn<QList<qint64>>("ages"); // oldest first; negative: after the frame
+        QTest::addColumn<QStringList>("shown");
+        QTest::newRow("six in a second: the newest five")
+            << QList<qint64>{900, 800, 600, 400, 200, 0}
+            << QStringList{"800", "600", "400", "200", "0"};
+        QTest::newRow("only the last 1.5 s") << QList<qint64>{1600, 1499} << QStringList{"1499"};
+        QTest::newRow("none after the frame") << QList<qint64>{100, -50} << QStringList{"100"};
+    }
+    void keyChips()
+    {
+        QFETCH(QList<qint64>, ages);
+        QFETCH(QStringList, shown);
+        QCOMPARE(RecordingService::keyChipsAt(kT, keysAt(ages)), shown);
+    }
+
+    // The ring's pen runs at the radius: 14 when the click is new, fading out by 300 ms.
+    void clickMark_data()
+    {
+        QTest::addColumn<qint64>("age");
+        QTest::addColumn<bool>("ringAt14");
+        QTest::addColumn<bool>("dot");
+        QTest::newRow("new") << qint64(0) << true << true;
+        QTest::newRow("300 ms") << qint64(300) << false << false;
+        QTest::newRow("later") << qint64(301) << false << false;
+        QTest::newRow("after the frame") << qint64(-1) << false << false;
+    }
+    void clickMark()
+    {
+        QFETCH(qint64, age);
+        QFETCH(bool, ringAt14);
+        QFETCH(bool, dot);
+        QImage frame(100, 100, QImage::Format_RGB32);
+        frame.fill(Qt::black);
+        const QRect region(1000, 500, 100, 100);
+        RecordingService::decorateFrame(frame, kT, {{kT - age, QPoint(1050, 550)}}, {}, region);
+        QCOMPARE(frame.pixelColor(64, 50) == QColor(76, 194, 255), ringAt14);
+        QCOMPARE(frame.pixelColor(50, 50) == QColor(255, 82, 82), dot);
+    }
+
+    void elapsedText_data()
+    {
+        QTest::addColumn<int>("secs");
+        QTest::addColumn<QString>("text");
+        for (auto [secs, text] : {std::pair{0, "0:00"}, {59, "0:59"}, {60, "1:00"},
+                                  {600, "10:00"}, {4500, "75:00"}})
+            QTest::addRow("%d", secs) << secs << QString::fromLatin1(text);
+    }
+    void elapsedText()
+    {
+        QFETCH(int, secs);
+        QFETCH(QString, text);
+        zelmor::widget::RecordHud hud;
+        hud.setElapsed(secs);
+        const QList<QLabel*> labels = hud.findChildren<QLabel*>();
+        QVERIFY(std::any_of(labels.cbegin(), labels.cend(),
+                            [&](const QLabel* l) { return l->text() == text; }));
+    }
+
+    void invalidParameters()
+    {
+        RecordingService service;
+        QSignalSpy failed(&service, &RecordingService::gifFailed);
+        service.recordGif(QRect(), 0, 10);
+        service.recordGif(QRect(0, 0, 10, 10), -1, 10);
+        service.recordGif(QRect(0, 0, 10, 10), 0, 0);
+        QCOMPARE(failed.size(), 3);
+        QCOMPARE(failed.first().first().toString(), "invalid record parameters");
+    }
+
+    // A pause does not count against the duration; the frames come before the completion.
+    void durationLeavesOutPauses()
+    {
+        RecordingService service;
+        QStringList order;
+        connect(&service, &RecordingService::framesRecorded, this, [&] { order << "frames"; });
+        connect(&service, &RecordingService::gifCompleted, this, [&] { order << "completed"; });
+        QElapsedTimer clock;
+        clock.start();
+        service.recordGif(QRect(10, 10, 40, 30), 5, 10);
+        service.togglePause();
+        QTest::qWait(3000); // the pause itself, not a wait for something to happen
+        service.togglePause();
+        QTRY_COMPARE_WITH_TIMEOUT(order, QStringList({"frames", "completed"}), 30000);
+        QVERIFY2(clock.elapsed() >= 8000, qPrintable(QString::number(clock.elapsed())));
+    }
+
+    void memoryBudgetStopsCleanly()
+    {
+        RecordingService service;
+        const QImage frame(RecordingService::outputSize({40, 30}), QImage::Format_RGB32);
+        service.setMemoryBudget(frame.sizeInBytes() * 7 / 2);
+        QSignalSpy limited(&service, &RecordingService::memoryLimitReached);
+        QSignalSpy recorded(&service, &RecordingService::framesRecorded);
+        service.recordGif(QRect(10, 10, 40, 30), 0, 20); // manual: only the budget ends it
+        QVERIFY(recorded.wait(20000));
+        QCOMPARE(limited.size(), 1);
+        QCOMPARE(recorded.first().first().value<QList<QImage>>().size(), 3);
+    }
+
+    void cancelDuringPause()
+    {
+        RecordingService service;
+        QSignalSpy cancelled(&service, &RecordingService::gifCancelled);
+        QSignalSpy recorded(&service, &RecordingService::framesRecorded);
+        service.recordGif(QRect(10, 10, 40, 30), 0, 20);
+        service.togglePause();
+        service.cancel();
+        QVERIFY(cancelled.wait(20000));
+        QCOMPARE(recorded.size(), 0);
+    }
+};
+
+ZELMOR_TEST_MAIN(TestRecordingService, QApplication)
+#include "tst_recordingservice.moc"

@@ -40,8 +40,7 @@ RecordHud::RecordHud(QWidget* parent) : QWidget(parent, recordOverlayFlags())
     layout->setContentsMargins(12, 6, 12, 6);
     layout->setSpacing(10);
     auto* dot = new QLabel(QStringLiteral("●"), this);
-    dot->setStyleSheet(
-        QStringLiteral("color: #%1; font-size: 14px;").arg(0xFFFF3B3Bu, 0, 16));
+    dot->setStyleSheet(QStringLiteral("color: #%1; font-size: 14px;").arg(0xFFFF3B3Bu, 0, 16));
     dot->setAccessibleName(tr("Recording", "record.hud.name"));
     layout->addWidget(dot);
     m_timeLabel = new QLabel(QStringLiteral("0:00"), this);
@@ -49,13 +48,14 @@ RecordHud::RecordHud(QWidget* parent) : QWidget(parent, recordOverlayFlags())
         "color:#ffffff; font-family:'Cascadia Mono','Consolas',monospace;font-size:13px;"));
     m_timeLabel->setAccessibleName(tr("Elapsed time", "record.hud.elapsed"));
     layout->addWidget(m_timeLabel);
-    m_pauseButton = makeButton(tr("Pause", "record.hud.pause"), QStringLiteral("rgba(76,194,255,90)"),
-                               QStringLiteral("rgba(76,194,255,70)"));
+    m_pauseButton =
+        makeButton(tr("Pause", "record.hud.pause"), QStringLiteral("rgba(76,194,255,90)"),
+                   QStringLiteral("rgba(76,194,255,70)"));
     m_stopButton = makeButton(tr("Stop", "record.hud.stop"), QStringLiteral("rgba(80,200,120,70)"),
                               QStringLiteral("rgba(80,200,120,120)"));
-    m_cancelButton = makeButton(tr("Cancel", "record.hud.cancel"),
-                                QStringLiteral("rgba(255,90,90,70)"),
-                                QStringLiteral("rgba(255,90,90,120)"));
+    m_cancelButton =
+        makeButton(tr("Cancel", "record.hud.cancel"), QStringLiteral("rgba(255,90,90,70)"),
+                   QStringLiteral("rgba(255,90,90,120)"));
     for (QPushButton* button : {m_pauseButton, m_stopButton, m_cancelButton})
         layout->addWidget(button);
     connect(m_pauseButton, &QPushButton::clicked, this, &RecordHud::pauseRequested);
@@ -73,8 +73,7 @@ RecordHud::RecordHud(QWidget* parent) : QWidget(parent, recordOverlayFlags())
             qOverload<>(&QWidget::update));
 }
 
-QPushButton* RecordHud::makeButton(const QString& text, const QString& border,
-                                   const QString& hover)
+QPushButton* RecordHud::makeButton(const QString& text, const QString& border, const QString& hover)
 {
     auto* button = new QPushButton(text, this);
     button->setCursor(Qt::PointingHandCursor);
@@ -125,8 +124,8 @@ RecordRegionFrame::RecordRegionFrame(const QRect& region, QWidget* parent)
     setGeometry(region.adjusted(-kFrameMargin, -kFrameMargin, kFrameMargin, kFrameMargin));
     // Only the ring is window: the region shows through even where no compositor blends.
     const QRect all(QPoint(), size());
-    setMask(QRegion(all) - QRegion(all.adjusted(kFrameMargin, kFrameMargin, -kFrameMargin,
-                                                -kFrameMargin)));
+    setMask(QRegion(all) -
+            QRegion(all.adjusted(kFrameMargin, kFrameMargin, -kFrameMargin, -kFrameMargin)));
 }
 
 void RecordRegionFrame::paintEvent(QPaintEvent*)

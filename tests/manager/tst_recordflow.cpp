@@ -43,7 +43,7 @@ bool moveTo(const QPoint& at)
 bool click(const QPoint& at)
 {
     return moveTo(at) && platform::sendMouseButtons({{platform::MouseButton::Left, true},
-                                                      {platform::MouseButton::Left, false}});
+                                                     {platform::MouseButton::Left, false}});
 }
 
 bool clickButton(QWidget* parent, const QString& text)
@@ -103,7 +103,8 @@ class TestRecordFlow : public QObject
 private slots:
     void hotkeyToExportedGif()
     {
-        const auto program = test::startForeignWindow("Recorded program", QRect(200, 200, 500, 300));
+        const auto program =
+            test::startForeignWindow("Recorded program", QRect(200, 200, 500, 300));
         QTRY_COMPARE_WITH_TIMEOUT(service::capture::foregroundWindow().title,
                                   QString("Recorded program"), 10000);
         const QRect field = service::capture::foregroundWindow().rect.adjusted(40, 60, -40, -40);
@@ -149,8 +150,8 @@ private slots:
         // The editor runs modally from here on: it is exported from inside its own loop.
         QTimer exporter;
         connect(&exporter, &QTimer::timeout, this, [&] {
-            if (auto* editor = qobject_cast<widget::GifEditorDialog*>(
-                    QApplication::activeModalWidget())) {
+            if (auto* editor =
+                    qobject_cast<widget::GifEditorDialog*>(QApplication::activeModalWidget())) {
                 exporter.stop();
                 QMetaObject::invokeMethod(editor, "onExport");
             }
@@ -161,11 +162,13 @@ private slots:
 
         QVERIFY(clickMarked(frames, clickAt - region.topLeft()));
         QVERIFY(chipsShown(frames.last()));
-        const QList<core::HistoryItem> rows = service::history::HistoryService::instance().recent(1);
+        const QList<core::HistoryItem> rows =
+            service::history::HistoryService::instance().recent(1);
         QCOMPARE(rows.size(), 1);
         QCOMPARE(rows.first().category, core::HistoryCategory::Recording);
         const QString gif = rows.first().path;
-        QCOMPARE(QApplication::clipboard()->mimeData()->urls(), QList<QUrl>{QUrl::fromLocalFile(gif)});
+        QCOMPARE(QApplication::clipboard()->mimeData()->urls(),
+                 QList<QUrl>{QUrl::fromLocalFile(gif)});
 
         QImageReader qt(gif);
         QCOMPARE(qt.imageCount(), frames.size());
@@ -174,10 +177,11 @@ private slots:
         QCOMPARE(qt.nextImageDelay() / 10, intervalMs / 10);
         const QString sicle = run("gifsicle", {"--info", gif});
         QVERIFY2(sicle.contains(QString("%1 images").arg(frames.size())), qPrintable(sicle));
-        QVERIFY2(sicle.contains(QString("delay %1s").arg(intervalMs / 10 / 100.0)), qPrintable(sicle));
-        const QString probe = run("ffprobe", {"-v", "error", "-count_frames", "-show_entries",
-                                              "stream=width,height,nb_read_frames", "-of",
-                                              "csv=p=0", gif});
+        QVERIFY2(sicle.contains(QString("delay %1s").arg(intervalMs / 10 / 100.0)),
+                 qPrintable(sicle));
+        const QString probe =
+            run("ffprobe", {"-v", "error", "-count_frames", "-show_entries",
+                            "stream=width,height,nb_read_frames", "-of", "csv=p=0", gif});
         QCOMPARE(probe.trimmed(), QString("%1,%2,%3")
                                       .arg(frames.first().width())
                                       .arg(frames.first().height())

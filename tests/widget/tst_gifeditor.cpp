@@ -5,11 +5,8 @@
 #include "widget/GifEditorDialog.h"
 
 #include <QAccessible>
-#include <QClipboard>
-#include <QImageReader>
 #include <QLabel>
 #include <QListView>
-#include <QMimeData>
 #include <QPushButton>
 #include <QScopeGuard>
 #include <QSemaphore>
@@ -18,7 +15,6 @@
 #include <QSpinBox>
 #include <QThreadPool>
 
-using zelmor::core::HistoryCategory;
 using zelmor::service::history::HistoryService;
 using zelmor::widget::GifEditorDialog;
 
@@ -161,29 +157,6 @@ private Q_SLOTS:
             QVERIFY2(!QAccessible::queryAccessibleInterface(w)->text(QAccessible::Name).isEmpty(),
                      w->metaObject()->className());
         }
-    }
-
-    void exportRecordsTheFileAndCopiesItsUrl()
-    {
-        const QString target = m_dir.filePath(QStringLiteral("export.gif"));
-        GifEditorDialog d(numberedFrames(), 50, target);
-        button(d, QStringLiteral("⏮ 删首帧"))->click();
-        QSignalSpy accepted(&d, &QDialog::accepted);
-        QPushButton* exportButton = button(d, QStringLiteral("💾 导出保存"));
-        exportButton->click();
-        QVERIFY(!exportButton->isEnabled());
-        QVERIFY(!d.findChild<QListView*>()->isEnabled());
-        QVERIFY(accepted.wait(60000));
-
-        QVERIFY(d.exported());
-        QImageReader reader(target);
-        QCOMPARE(reader.imageCount(), kFrames - 1);
-        QCOMPARE(reader.size(), QSize(40, 30));
-        const QList<zelmor::core::HistoryItem> recent = HistoryService::instance().recent(1);
-        QCOMPARE(recent.value(0).path, target);
-        QCOMPARE(recent.value(0).category, HistoryCategory::Recording);
-        const QMimeData* mime = QGuiApplication::clipboard()->mimeData();
-        QCOMPARE(mime->urls(), QList<QUrl>({QUrl::fromLocalFile(target)}));
     }
 
     // Escape is not held back while the encoder runs, and the caller deletes the dialog: the

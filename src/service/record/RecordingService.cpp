@@ -175,7 +175,7 @@ void RecordingService::recordGif(QRect region, int durationSecs, int fps)
     const QPoint origin = primary ? primary->virtualGeometry().topLeft() : QPoint();
     const qint64 budget = m_memoryBudget > 0 ? m_memoryBudget : measuredBudget();
     const Job job{region.translated(-origin), region, intervalForFps(fps), durationSecs * 1000,
-                  outputSize(region.size()), budget};
+                  outputSize(region.size()),  budget};
     auto* watcher = new QFutureWatcher<GifRecordTaskResult>(this);
     connect(watcher, &QFutureWatcher<GifRecordTaskResult>::finished, this, [this, watcher, budget] {
         m_jobs.removeOne(watcher);
@@ -270,7 +270,8 @@ GifRecordTaskResult RecordingService::runJob(const Job& job)
         result.error = QStringLiteral("no frames captured");
         return result;
     }
-    const QList<ClickEvent> clicks = m_inputHook ? m_inputHook->recentClicks() : QList<ClickEvent>();
+    const QList<ClickEvent> clicks =
+        m_inputHook ? m_inputHook->recentClicks() : QList<ClickEvent>();
     const QList<KeyEvent> keys = m_inputHook ? m_inputHook->recentKeys() : QList<KeyEvent>();
     result.frames.reserve(recorded.size());
     // Each frame is painted in place and handed over, so the memory never holds two copies.

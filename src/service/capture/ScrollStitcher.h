@@ -38,6 +38,14 @@ public:
     Overlap findOverlap(const QImage& frame, const QImage& strip) const;
 
 private:
+    int start(const QImage& frame);
+    int countStill(const QImage& frame);
+    int stopForMemory();
+    bool exceedsBound(qint64 bytes) const;
+    // Appends `rows` rows of `frame` from `firstRow`; false when the room for them is missing.
+    bool append(const QImage& frame, int firstRow, int rows);
+    bool reserveRows(qint64 rows);
+
     int m_overlapPx;
     int m_sadThreshold;
     int m_idleLimit;

@@ -32,6 +32,7 @@ void HotkeyBindings::registerAll()
         {3, "window", [&a] { a.captureWindow(); }},
         {4, "delayed", [&a] { a.captureDelayed(3); }},
         {5, "gif", [&a] { a.recordGif(); }},
+        {6, "scroll", [&a] { a.scrollCapture(); }},
         {7, "pinClickThrough", [&a] { a.togglePinClickThrough(); }},
         {8, "pinFromClipboard", [&a] { a.pinFromClipboard(); }},
         {9, "history", [&a] { a.showHistory(); }},

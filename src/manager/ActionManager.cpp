@@ -70,6 +70,7 @@ ActionManager::ActionManager(widget::MainWindow* mainWindow, QObject* parent)
     m_pinManager = new PinManager(this);
     trace("PinManager");
     connectRecording();
+    connectScrolling();
     trace("hud wiring");
 }
 

@@ -23,6 +23,7 @@ class CaptureOverlay;
 class MainWindow;
 class RecordHud;
 class RecordRegionFrame;
+class ScrollHud;
 } // namespace zelmor::widget
 
 namespace zelmor::manager {
@@ -52,6 +53,7 @@ public Q_SLOTS:
     void captureWindow();
     void captureDelayed(int secs = 3);
     void recordGif();
+    void scrollCapture();
     void annotateScreen();
     void pinHideAll();
     void pinRestoreAll();
@@ -89,6 +91,9 @@ private:
     void showRecordHud();
     void openGifEditor(const QList<QImage>& frames, int intervalMs, const QString& path);
     void retireRegionFrame();
+    void connectScrolling();
+    void startScroll(const QRect& rect);
+    void endScroll();
 
     widget::MainWindow* m_mainWindow;
     service::capture::CaptureService* m_captureService;
@@ -96,6 +101,7 @@ private:
     PinManager* m_pinManager;
     widget::RecordHud* m_recordHud = nullptr;
     widget::RecordRegionFrame* m_regionFrame = nullptr;
+    widget::ScrollHud* m_scrollHud = nullptr;
     bool m_regionCaptureActive = false;
 };
 

@@ -1,5 +1,5 @@
-// The recording entry of ActionManager: the overlay in recording mode, the frame around the
-// region, the HUD, and the editor at the end.
+// The recording and scrolling entries of ActionManager: the overlay in its mode, the frame
+// around the region, the strip over it, and what comes at the end.
 #include "ActionManager.h"
 
 #include "core/Toast.h"
@@ -8,6 +8,7 @@
 #include "widget/GifEditorDialog.h"
 #include "widget/MainWindow.h"
 #include "widget/RecordHud.h"
+#include "widget/ScrollHud.h"
 #include "widget/overlay/CaptureOverlay.h"
 
 #include <QGuiApplication>
@@ -104,6 +105,77 @@ void ActionManager::openGifEditor(const QList<QImage>& frames, int intervalMs, c
     auto* editor = new widget::GifEditorDialog(frames, intervalMs, path, m_mainWindow);
     editor->exec();
     editor->deleteLater();
+}
+
+void ActionManager::connectScrolling()
+{
+    using service::capture::CaptureService;
+    CaptureService* capture = m_captureService;
+    connect(capture, &CaptureService::scrollCaptureCompleted, this,
+            [this](const core::CaptureResult& result) {
+                endScroll();
+                core::notifyUser(
+                    tr("Scroll capture", "record.scroll.saved"),
+                    tr("Stitched image saved (%1x%2)").arg(result.width).arg(result.height),
+                    kToastMs);
+            });
+    connect(capture, &CaptureService::scrollCaptureFailed, this, [this](const QString& reason) {
+        endScroll();
+        core::notifyUser(tr("Scroll failed", "record.scroll.failed"), reason, kToastMs);
+    });
+    connect(capture, &CaptureService::scrollCaptureCancelled, this, &ActionManager::endScroll);
+    connect(capture, &CaptureService::scrollProgressChanged, this, [this](int height) {
+        if (m_scrollHud) m_scrollHud->setStitchedHeight(height);
+    });
+    connect(capture, &CaptureService::scrollMemoryLimitReached, this, [](qint64 budget) {
+        core::notifyUser(tr("Scroll capture stopped", "record.scroll.memoryLimit.title"),
+                         tr("The stitched image reached its memory limit of %1 MB; what was "
+                            "stitched so far is saved.",
+                            "record.scroll.memoryLimit.body")
+                             .arg(budget / kMebibyte),
+                         kToastMs);
+    });
+}
+
+void ActionManager::scrollCapture()
+{
+    const QPixmap pixmap = m_captureService->grabScreens();
+    if (pixmap.isNull()) return;
+    auto* overlay = new widget::CaptureOverlay(pixmap, nullptr);
+    overlay->setMode(2);
+    connect(overlay, &widget::CaptureOverlay::scrollStartRequested, this,
+            &ActionManager::startScroll);
+    overlay->show();
+}
+
+void ActionManager::startScroll(const QRect& rect)
+{
+    delete m_regionFrame;
+    m_regionFrame = new widget::RecordRegionFrame(rect, nullptr);
+    m_regionFrame->show();
+    if (!m_scrollHud) {
+        m_scrollHud = new widget::ScrollHud(nullptr);
+        m_scrollHud->hide();
+        using service::capture::CaptureService;
+        connect(m_scrollHud, &widget::ScrollHud::stopRequested, m_captureService,
+                &CaptureService::stopScrollCapture);
+        connect(m_scrollHud, &widget::ScrollHud::cancelRequested, m_captureService,
+                &CaptureService::cancelScrollCapture);
+    }
+    if (const QScreen* primary = QGuiApplication::primaryScreen()) {
+        const QRect g = primary->availableGeometry();
+        m_scrollHud->move(g.center().x() - m_scrollHud->width() / 2, g.top() + 12);
+    }
+    m_scrollHud->setStitchedHeight(0);
+    m_scrollHud->show();
+    m_scrollHud->raise();
+    m_captureService->captureScrolling(rect);
+}
+
+void ActionManager::endScroll()
+{
+    if (m_scrollHud) m_scrollHud->hide();
+    retireRegionFrame();
 }
 
 void ActionManager::retireRegionFrame()

@@ -101,6 +101,8 @@ void TrayService::rebuildMenu()
                 [a, secs] { a->captureDelayed(secs); });
     addItem(menu, tr("Record GIF", "tray.recordGif"), a, &ActionManager::recordGif,
             config.hotkeyGif());
+    addItem(menu, tr("Scroll capture", "tray.scrollCapture"), a, &ActionManager::scrollCapture,
+            config.hotkeyScroll());
     addItem(menu, tr("Annotate screen", "tray.annotateScreen"), a, &ActionManager::annotateScreen);
     addItem(menu, tr("From clipboard", "tray.fromClipboard"), a, &ActionManager::pinFromClipboard)
         ->setShortcut(shownKey(config.hotkeyPinFromClipboard()));

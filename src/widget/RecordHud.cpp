@@ -13,15 +13,31 @@ namespace {
 
 constexpr int kFrameMargin = 4; // the frame stands this far outside the region
 
-QString buttonStyle(const QString& border, const QString& hover)
+} // namespace
+
+QPushButton* makeHudButton(QWidget* strip, const QString& text, const QString& border,
+                           const QString& hover)
 {
-    return QStringLiteral("QPushButton { background: rgba(60,60,68,220); color:#e4e4e7;  "
-                          "border:1px solid %1; border-radius:4px; padding:2px 10px; }"
-                          "QPushButton:hover { background: %2; }")
-        .arg(border, hover);
+    auto* button = new QPushButton(text, strip);
+    button->setCursor(Qt::PointingHandCursor);
+    button->setFocusPolicy(Qt::NoFocus);
+    button->setStyleSheet(QStringLiteral("QPushButton { background: rgba(60,60,68,220); "
+                                         "color:#e4e4e7;  border:1px solid %1; border-radius:4px; "
+                                         "padding:2px 10px; }QPushButton:hover { background: %2; }")
+                              .arg(border, hover));
+    return button;
 }
 
-} // namespace
+void paintHudBackground(QWidget* strip)
+{
+    QPainter painter(strip);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(QColor(26, 26, 31, 230));
+    painter.setPen(QPen(QColor(76, 194, 255, 90), 1));
+    // Without a compositor the corners outside the rounding would show black.
+    const qreal radius = Translucency::instance().available() ? 8.0 : 0.0;
+    painter.drawRoundedRect(QRectF(strip->rect().adjusted(0, 0, -1, -1)), radius, radius);
+}
 
 Qt::WindowFlags recordOverlayFlags()
 {
@@ -49,13 +65,14 @@ RecordHud::RecordHud(QWidget* parent) : QWidget(parent, recordOverlayFlags())
     m_timeLabel->setAccessibleName(tr("Elapsed time", "record.hud.elapsed"));
     layout->addWidget(m_timeLabel);
     m_pauseButton =
-        makeButton(tr("Pause", "record.hud.pause"), QStringLiteral("rgba(76,194,255,90)"),
-                   QStringLiteral("rgba(76,194,255,70)"));
-    m_stopButton = makeButton(tr("Stop", "record.hud.stop"), QStringLiteral("rgba(80,200,120,70)"),
-                              QStringLiteral("rgba(80,200,120,120)"));
+        makeHudButton(this, tr("Pause", "record.hud.pause"), QStringLiteral("rgba(76,194,255,90)"),
+                      QStringLiteral("rgba(76,194,255,70)"));
+    m_stopButton =
+        makeHudButton(this, tr("Stop", "record.hud.stop"), QStringLiteral("rgba(80,200,120,70)"),
+                      QStringLiteral("rgba(80,200,120,120)"));
     m_cancelButton =
-        makeButton(tr("Cancel", "record.hud.cancel"), QStringLiteral("rgba(255,90,90,70)"),
-                   QStringLiteral("rgba(255,90,90,120)"));
+        makeHudButton(this, tr("Cancel", "record.hud.cancel"), QStringLiteral("rgba(255,90,90,70)"),
+                      QStringLiteral("rgba(255,90,90,120)"));
     for (QPushButton* button : {m_pauseButton, m_stopButton, m_cancelButton})
         layout->addWidget(button);
     connect(m_pauseButton, &QPushButton::clicked, this, &RecordHud::pauseRequested);
@@ -71,15 +88,6 @@ RecordHud::RecordHud(QWidget* parent) : QWidget(parent, recordOverlayFlags())
     setMinimumWidth(280);
     connect(&Translucency::instance(), &Translucency::availableChanged, this,
             qOverload<>(&QWidget::update));
-}
-
-QPushButton* RecordHud::makeButton(const QString& text, const QString& border, const QString& hover)
-{
-    auto* button = new QPushButton(text, this);
-    button->setCursor(Qt::PointingHandCursor);
-    button->setFocusPolicy(Qt::NoFocus);
-    button->setStyleSheet(buttonStyle(border, hover));
-    return button;
 }
 
 void RecordHud::setElapsed(int secs)
@@ -106,13 +114,7 @@ void RecordHud::setKeyChips(const QStringList& labels)
 
 void RecordHud::paintEvent(QPaintEvent*)
 {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setBrush(QColor(26, 26, 31, 230));
-    painter.setPen(QPen(QColor(76, 194, 255, 90), 1));
-    // Without a compositor the corners outside the rounding would show black.
-    const qreal radius = Translucency::instance().available() ? 8.0 : 0.0;
-    painter.drawRoundedRect(QRectF(rect().adjusted(0, 0, -1, -1)), radius, radius);
+    paintHudBackground(this);
 }
 
 RecordRegionFrame::RecordRegionFrame(const QRect& region, QWidget* parent)

@@ -30,8 +30,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    QPushButton* makeButton(const QString& text, const QString& border, const QString& hover);
-
     QLabel* m_timeLabel = nullptr;
     QPushButton* m_pauseButton = nullptr;
     QPushButton* m_stopButton = nullptr;
@@ -51,8 +49,14 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 };
 
-// Window flags shared by both: on top, frameless, never activated, and out of the window
-// manager's hands, which would otherwise focus them on a click.
+// Window flags shared by the strips and the frame: on top, frameless, never activated, and
+// out of the window manager's hands, which would otherwise focus them on a click.
 Qt::WindowFlags recordOverlayFlags();
+
+// The strips' look: a button with a border and a hover colour of its own, and the dark
+// rounded background.
+QPushButton* makeHudButton(QWidget* strip, const QString& text, const QString& border,
+                           const QString& hover);
+void paintHudBackground(QWidget* strip);
 
 } // namespace zelmor::widget

@@ -1,3 +1,4 @@
+#include "DesktopDriver.h"
 #include "TestMain.h"
 #include "TestSupport.h"
 
@@ -25,34 +26,9 @@
 #include <QTimer>
 
 using namespace zelmor;
+using namespace zelmor::test;
 
 namespace {
-
-template <typename T> T* shownTopLevel()
-{
-    for (QWidget* w : QApplication::topLevelWidgets())
-        if (auto* t = qobject_cast<T*>(w); t && t->isVisible()) return t;
-    return nullptr;
-}
-
-bool moveTo(const QPoint& at)
-{
-    return platform::setCursorPosition({at.x(), at.y()});
-}
-
-bool click(const QPoint& at)
-{
-    return moveTo(at) && platform::sendMouseButtons({{platform::MouseButton::Left, true},
-                                                     {platform::MouseButton::Left, false}});
-}
-
-bool clickButton(QWidget* parent, const QString& text)
-{
-    for (auto* button : parent->findChildren<QAbstractButton*>())
-        if (button->text() == text || button->objectName() == text)
-            return click(button->mapToGlobal(button->rect().center()));
-    return false;
-}
 
 QString run(const QString& program, const QStringList& args)
 {
@@ -123,11 +99,7 @@ private slots:
         QTRY_VERIFY(shownTopLevel<widget::CaptureOverlay>());
         auto* overlay = shownTopLevel<widget::CaptureOverlay>();
         QSignalSpy started(overlay, &widget::CaptureOverlay::recordStartRequested);
-        QVERIFY(moveTo(field.topLeft()));
-        QVERIFY(platform::sendMouseButtons({{platform::MouseButton::Left, true}}));
-        for (int step = 1; step <= 5; ++step)
-            QVERIFY(moveTo(field.topLeft() + (field.bottomRight() - field.topLeft()) * step / 5));
-        QVERIFY(platform::sendMouseButtons({{platform::MouseButton::Left, false}}));
+        QVERIFY(drag(field.topLeft(), field.bottomRight()));
         QTRY_VERIFY(overlay->findChild<QWidget*>("start") &&
                     overlay->findChild<QWidget*>("start")->isVisible());
         auto* fps = overlay->findChildren<QComboBox*>().last(); // a frame every 50 ms

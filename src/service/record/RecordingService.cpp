@@ -40,15 +40,10 @@ int evenSide(int side)
     return std::max(side & ~1, 2);
 }
 
-// Only the region is read when the screens map one logical pixel to one physical one, as they
-// do on X11 without scaling; otherwise the whole canvas, as the overlay saw it.
 QImage grabFrame(const QRect& region, const QRect& grabRect)
 {
-    QPixmap pixmap;
-    const QList<QScreen*> screens = QGuiApplication::screens();
-    if (std::all_of(screens.begin(), screens.end(),
-                    [](const QScreen* s) { return s->devicePixelRatio() == 1.0; }))
-        pixmap = capture::grabMonitorRect(region);
+    QPixmap pixmap = capture::grabRegion(region);
+    // Partly off the screens: the canvas copy keeps the size and fills what lies outside.
     if (pixmap.size() != region.size()) pixmap = capture::grabAllScreens().copy(grabRect);
     return pixmap.toImage().convertToFormat(QImage::Format_RGB32);
 }

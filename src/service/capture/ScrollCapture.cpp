@@ -1,0 +1,129 @@
+// The scroll capture of CaptureService: a pool job samples the region, a stitcher grows the
+// image, and the GUI thread saves it.
+#include "CaptureService.h"
+
+#include "OutputFile.h"
+#include "ScreenGrabber.h"
+#include "ScrollStitcher.h"
+#include "core/ConfigManager.h"
+#include "platform/Memory.h"
+#include "service/history/HistoryService.h"
+
+#include <QFutureWatcher>
+#include <QThread>
+#include <QtConcurrent>
+
+namespace zelmor::service::capture {
+
+namespace {
+
+// The stitched image is uncompressed until it is saved; growing it holds the old rows beside
+// the new ones for a moment, and saving needs room of its own.
+constexpr double kAvailableMemoryShare = 0.3;
+
+} // namespace
+
+struct CaptureService::ScrollOutcome
+{
+    core::CaptureResult result;
+    bool memoryLimitReached = false;
+    qint64 budget = 0;
+};
+
+CaptureService::~CaptureService()
+{
+    m_cancelRequested = true;
+    if (auto* job = static_cast<QFutureWatcher<ScrollOutcome>*>(m_scrollJob))
+        job->waitForFinished();
+}
+
+void CaptureService::captureScrolling(const QRect& region)
+{
+    if (m_scrollBusy.exchange(true)) return;
+    m_stopRequested = false;
+    m_cancelRequested = false;
+    const core::ConfigManager& config = core::ConfigManager::instance();
+    const int intervalMs = config.scrollIntervalMs();
+    const qint64 budget = m_scrollMemoryBudget > 0
+                              ? m_scrollMemoryBudget
+                              : qint64(double(platform::availableMemoryBytes()) *
+                                       kAvailableMemoryShare);
+    auto* stitcher = new ScrollStitcher(config.scrollOverlapPx(), config.scrollSadThreshold(),
+                                        config.scrollIdleFrames(), nullptr, budget);
+    auto* watcher = new QFutureWatcher<ScrollOutcome>(this);
+    m_scrollJob = watcher;
+    connect(watcher, &QFutureWatcher<ScrollOutcome>::finished, this, [this, watcher] {
+        m_scrollJob = nullptr;
+        finishScroll(watcher->result());
+        watcher->deleteLater();
+    });
+    watcher->setFuture(QtConcurrent::run(QThreadPool::globalInstance(), [=] {
+        ScrollOutcome outcome = runScroll(region, intervalMs, stitcher);
+        outcome.budget = budget;
+        return outcome;
+    }));
+}
+
+void CaptureService::stopScrollCapture()
+{
+    m_stopRequested = true;
+}
+
+void CaptureService::cancelScrollCapture()
+{
+    m_cancelRequested = true;
+}
+
+CaptureService::ScrollOutcome CaptureService::runScroll(const QRect& region, int intervalMs,
+                                                        ScrollStitcher* stitcher)
+{
+    ScrollOutcome outcome;
+    outcome.result.kind = core::Scroll;
+    while (!m_cancelRequested) {
+        if (m_stopRequested) break;
+        const QPixmap grabbed = grabRegion(region);
+        if (!grabbed.isNull()) {
+            const int added = stitcher->addFrame(
+                grabbed.toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied));
+            if (stitcher->canvasHeight() > 0) emit scrollProgressChanged(stitcher->canvasHeight());
+            if (added == ScrollStitcher::Stop) break;
+        }
+        QThread::msleep(ulong(std::max(intervalMs, 0)));
+    }
+    QImage canvas;
+    if (!m_cancelRequested && stitcher->canvasHeight() > 0) {
+        canvas = stitcher->canvas();
+        outcome.memoryLimitReached = stitcher->memoryLimitReached();
+    }
+    delete stitcher; // its spare rows go before the pixmap is made
+    if (!canvas.isNull()) {
+        outcome.result.pixmap = QPixmap::fromImage(std::move(canvas));
+        outcome.result.width = outcome.result.pixmap.width();
+        outcome.result.height = outcome.result.pixmap.height();
+    }
+    return outcome;
+}
+
+void CaptureService::finishScroll(const ScrollOutcome& outcome)
+{
+    core::CaptureResult result = outcome.result;
+    m_scrollBusy = false;
+    if (m_cancelRequested || result.pixmap.isNull()) {
+        emit scrollCaptureCancelled();
+        return;
+    }
+    const core::ConfigManager& config = core::ConfigManager::instance();
+    const QString path =
+        makeOutputPath(config.outputDir(), config.fileNaming(), QStringLiteral("png"));
+    if (!savePixmapFile(result.pixmap, path)) {
+        emit scrollCaptureFailed(QStringLiteral("scroll: save failed"));
+        return;
+    }
+    history::HistoryService::instance().insert(result.pixmap, path,
+                                               core::HistoryCategory::Screenshot, QString());
+    result.filePath = path;
+    if (outcome.memoryLimitReached) emit scrollMemoryLimitReached(outcome.budget);
+    emit scrollCaptureCompleted(result);
+}
+
+} // namespace zelmor::service::capture

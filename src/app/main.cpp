@@ -14,7 +14,6 @@
 #include "manager/TrayService.h"
 #include "widget/MainWindow.h"
 
-#include <QClipboard>
 #include <QFont>
 #include <QSystemTrayIcon>
 #include <QTimer>
@@ -77,14 +76,6 @@ int main(int argc, char** argv)
     core::startupTrace("tray ready");
 
     core::ConfigManager& config = core::ConfigManager::instance();
-    QObject::connect(&mainWindow, &widget::MainWindow::pinFromHistoryRequested, &actionManager,
-                     &manager::ActionManager::pinFromPixmap);
-    QObject::connect(&mainWindow, &widget::MainWindow::copyFromHistoryRequested,
-                     [](const QPixmap& pm) {
-                         QGuiApplication::clipboard()->setPixmap(pm, QClipboard::Clipboard);
-                     });
-    QObject::connect(&mainWindow, &widget::MainWindow::reeditFromHistoryRequested, &actionManager,
-                     &manager::ActionManager::reeditFromPixmap);
     QObject::connect(&config, &core::ConfigManager::themeChanged, &mainWindow, [] {
         manager::ThemeManager::instance().apply(core::ConfigManager::instance().theme());
     });

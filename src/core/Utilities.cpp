@@ -2,11 +2,16 @@
 
 #include <QBuffer>
 #include <QClipboard>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDesktopServices>
 #include <QDir>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPixmap>
 #include <QTemporaryFile>
+#include <QUrl>
 
 #include <algorithm>
 #include <cmath>
@@ -65,6 +70,25 @@ void copyPixmapToClipboard(const QPixmap& pixmap)
 void copyTextToClipboard(const QString& text)
 {
     QGuiApplication::clipboard()->setText(text, QClipboard::Clipboard);
+}
+
+constexpr int kShowItemsTimeoutMs = 5000;
+
+// Windows: explorer.exe "/select,PATH". A file manager that implements the freedesktop
+// interface opens the folder with the item selected.
+bool showInFileManager(const QString& path)
+{
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.FileManager1"),
+        QStringLiteral("/org/freedesktop/FileManager1"),
+        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
+    call << QStringList{QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath())
+                            .toString(QUrl::FullyEncoded)}
+         << QString();
+    const QDBusMessage reply =
+        QDBusConnection::sessionBus().call(call, QDBus::Block, kShowItemsTimeoutMs);
+    if (reply.type() == QDBusMessage::ReplyMessage) return true;
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).absolutePath()));
 }
 
 } // namespace zelmor::core

@@ -27,4 +27,8 @@ QByteArray imageToPng(const QImage& image);
 void copyPixmapToClipboard(const QPixmap& pixmap);
 void copyTextToClipboard(const QString& text);
 
+// Opens the file manager on the file's folder with the file selected; without a file manager
+// that answers, opens the folder. False when neither could be asked.
+bool showInFileManager(const QString& path);
+
 } // namespace zelmor::core

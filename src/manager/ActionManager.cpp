@@ -71,7 +71,19 @@ ActionManager::ActionManager(widget::MainWindow* mainWindow, QObject* parent)
     trace("PinManager");
     connectRecording();
     connectScrolling();
+    connectHistory();
     trace("hud wiring");
+}
+
+void ActionManager::connectHistory()
+{
+    if (!m_mainWindow) return;
+    connect(m_mainWindow, &widget::MainWindow::pinFromHistoryRequested, this,
+            &ActionManager::pinFromPixmap);
+    connect(m_mainWindow, &widget::MainWindow::copyFromHistoryRequested, this,
+            [](const QPixmap& pm) { core::copyPixmapToClipboard(pm); });
+    connect(m_mainWindow, &widget::MainWindow::reeditFromHistoryRequested, this,
+            &ActionManager::reeditFromPixmap);
 }
 
 void ActionManager::captureRegion()

@@ -92,6 +92,7 @@ private:
     void openGifEditor(const QList<QImage>& frames, int intervalMs, const QString& path);
     void retireRegionFrame();
     void connectScrolling();
+    void connectHistory();
     void startScroll(const QRect& rect);
     void endScroll();
 

@@ -1,6 +1,10 @@
 #include "MainWindow.h"
 
+#include "HistoryPanel.h"
+#include "core/Log.h"
+
 #include <QCloseEvent>
+#include <QElapsedTimer>
 #include <QStackedWidget>
 #include <QTimer>
 
@@ -8,7 +12,7 @@ namespace zelmor::widget {
 
 namespace {
 
-// The pages stay empty until their panels exist.
+// The settings and chat pages stay empty until their panels exist.
 QWidget* makePage(QWidget* parent, const char* objectName)
 {
     auto* page = new QWidget(parent);
@@ -39,9 +43,23 @@ QWidget* MainWindow::pageWidget(int page) const
     return nullptr;
 }
 
+HistoryPanel* MainWindow::historyPanel() const
+{
+    return qobject_cast<HistoryPanel*>(m_historyPanel);
+}
+
 void MainWindow::buildPanels()
 {
-    m_historyPanel = makePage(m_stack, "historyPanel");
+    QElapsedTimer timer;
+    timer.start();
+    auto* history = new HistoryPanel(m_stack);
+    core::writeLogLine(QStringLiteral("[startup]   build %1 dt=%2ms")
+                           .arg(QStringLiteral("HistoryPanel"))
+                           .arg(timer.elapsed()));
+    connect(history, &HistoryPanel::pinRequested, this, &MainWindow::pinFromHistoryRequested);
+    connect(history, &HistoryPanel::copyRequested, this, &MainWindow::copyFromHistoryRequested);
+    connect(history, &HistoryPanel::reeditRequested, this, &MainWindow::reeditFromHistoryRequested);
+    m_historyPanel = history;
     m_settingsPanel = makePage(m_stack, "settingsPanel");
     m_aiChatPanel = makePage(m_stack, "aiChatPanel");
     // Stack index equals page number.

@@ -6,6 +6,8 @@ class QStackedWidget;
 
 namespace zelmor::widget {
 
+class HistoryPanel;
+
 // The one window: settings, history and AI chat as full-size pages. It starts hidden and
 // builds its pages on the first show; closing only hides it.
 class MainWindow : public QMainWindow
@@ -19,6 +21,8 @@ public:
     int currentPage() const { return m_currentPage; }
     bool panelsBuilt() const { return m_panelsBuilt; }
     QWidget* pageWidget(int page) const;
+    // Null until the first show.
+    HistoryPanel* historyPanel() const;
 
 Q_SIGNALS:
     void captureForAiChatRequested();

@@ -1,10 +1,9 @@
 #include "WindowTools.h"
 
 #include "InputTools.h"
+#include "core/Utilities.h"
 #include "platform/Windows.h"
 
-#include <QDBusConnection>
-#include <QDBusMessage>
 #include <QDateTime>
 #include <QDesktopServices>
 #include <QDir>
@@ -24,7 +23,6 @@ using platform::WindowRecord;
 
 // As much of a title as the Windows build reads into its 512-unit buffer.
 constexpr int kTitleUnits = 511;
-constexpr int kShowItemsTimeoutMs = 5000;
 
 QString argument(const McpToolArgs& args, const char* key)
 {
@@ -68,23 +66,6 @@ McpToolResult success(McpToolResult result)
 {
     result.insert(QStringLiteral("success"), true);
     return result;
-}
-
-// Windows: explorer.exe "/select,PATH". A file manager that implements the freedesktop
-// interface opens the folder with the item selected.
-bool showInFileManager(const QString& path)
-{
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.FileManager1"),
-        QStringLiteral("/org/freedesktop/FileManager1"),
-        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
-    call << QStringList{QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath())
-                            .toString(QUrl::FullyEncoded)}
-         << QString();
-    const QDBusMessage reply =
-        QDBusConnection::sessionBus().call(call, QDBus::Block, kShowItemsTimeoutMs);
-    if (reply.type() == QDBusMessage::ReplyMessage) return true;
-    return QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).absolutePath()));
 }
 
 } // namespace
@@ -189,7 +170,7 @@ McpToolResult openFolderAndSelectTool(const McpToolArgs& args)
     if (path.isEmpty() || !QFileInfo::exists(path))
         return mcpToolError(QStringLiteral("file does not exist: %1").arg(path));
     const QString native = QDir::toNativeSeparators(path);
-    const bool shown = showInFileManager(path);
+    const bool shown = core::showInFileManager(path);
     return {{QStringLiteral("path"), native}, {QStringLiteral("success"), shown}};
 }
 

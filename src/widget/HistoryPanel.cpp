@@ -117,6 +117,12 @@ HistoryPanel::HistoryPanel(QWidget* parent) : QWidget(parent)
             &HistoryPanel::applyTheme);
 }
 
+HistoryPanel::~HistoryPanel()
+{
+    m_details->showItem(nullptr);
+    disconnect(m_details, nullptr, this, nullptr);
+}
+
 QWidget* HistoryPanel::buildToolbar()
 {
     auto* bar = new QWidget(this);

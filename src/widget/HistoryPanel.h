@@ -25,6 +25,8 @@ public:
     enum Tab { AllTab, TodayTab, WeekTab, FavouritesTab };
 
     explicit HistoryPanel(QWidget* parent = nullptr);
+    // Saves a pending tag edit; the focus leaving the tag line later reaches no one.
+    ~HistoryPanel() override;
 
     const QList<core::HistoryItem>& visibleItems() const { return m_visibleItems; }
 

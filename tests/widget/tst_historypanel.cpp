@@ -1,0 +1,357 @@
+#include "TestMain.h"
+#include "TestSupport.h"
+
+#include "core/Log.h"
+#include "manager/ActionManager.h"
+#include "service/history/HistoryService.h"
+#include "service/record/GifEncoder.h"
+#include "widget/GifEditorDialog.h"
+#include "widget/HistoryDetailPanel.h"
+#include "widget/HistoryGrid.h"
+#include "widget/HistoryPanel.h"
+#include "widget/MainWindow.h"
+#include "widget/overlay/CaptureOverlay.h"
+
+#include <QComboBox>
+#include <QDBusConnection>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QImageReader>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRandomGenerator>
+#include <QSignalSpy>
+#include <QSqlQuery>
+#include <QThread>
+#include <QTimer>
+#include <QUrl>
+
+using namespace zelmor;
+using service::history::HistoryService;
+using widget::HistoryPanel;
+using widget::HistoryThumbnailView;
+
+namespace {
+
+// Runs `answer` on the first shown top-level T, from inside whatever modal loop shows it.
+template <typename T> void answerWhenShown(std::function<void(T*)> answer)
+{
+    auto* poll = new QTimer(qApp);
+    QObject::connect(poll, &QTimer::timeout, [poll, answer] {
+        for (QWidget* w : QApplication::topLevelWidgets()) {
+            auto* shown = qobject_cast<T*>(w);
+            if (!shown || !shown->isVisible()) continue;
+            poll->deleteLater();
+            poll->stop();
+            answer(shown);
+            return;
+        }
+    });
+    poll->start(10);
+}
+
+widget::CaptureOverlay* shownOverlay()
+{
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (auto* overlay = qobject_cast<widget::CaptureOverlay*>(w);
+            overlay && overlay->isVisible())
+            return overlay;
+    return nullptr;
+}
+
+void clickButton(QMessageBox* box, QMessageBox::StandardButton which)
+{
+    QTest::mouseClick(box->button(which), Qt::LeftButton);
+}
+
+// Serves ShowItems from a thread of its own while the panel's call blocks the test's thread.
+class FakeFileManager : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
+public:
+    QStringList items;
+public Q_SLOTS:
+    void ShowItems(const QStringList& uris, const QString&) { items += uris; }
+};
+
+} // namespace
+
+class TestHistoryPanel : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_files;
+    QHash<QString, qint64> m_ids;
+    std::unique_ptr<HistoryPanel> m_ownPanel;
+    HistoryPanel* m_panel = nullptr;
+
+    // Noise compresses badly, so a wider side makes a larger file; side 0 writes no file.
+    qint64 addItem(const QString& name, int side, int daysBack, const QStringList& tags = {})
+    {
+        QImage image(qMax(side, 1), qMax(side, 1), QImage::Format_RGB32);
+        QRandomGenerator noise(side);
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                image.setPixel(x, y, noise.generate());
+        const QString path = m_files.filePath(name);
+        if (side > 0) image.save(path);
+        const qint64 id =
+            HistoryService::instance().insert(QPixmap::fromImage(image), path, {}, QString());
+        QSqlQuery age(QSqlDatabase::database(QStringLiteral("zelmor-history")));
+        age.prepare(QStringLiteral("UPDATE items SET created_at = ? WHERE id = ?"));
+        age.addBindValue(QDateTime::currentDateTime().addDays(-daysBack).toMSecsSinceEpoch());
+        age.addBindValue(id);
+        age.exec();
+        HistoryService::instance().addTags(id, tags);
+        m_ids.insert(name, id);
+        return id;
+    }
+
+    QStringList shownNames() const
+    {
+        QStringList names;
+        for (const core::HistoryItem& item : m_panel->visibleItems())
+            names << QFileInfo(item.path).fileName();
+        return names;
+    }
+    HistoryThumbnailView* view() const { return m_panel->findChild<HistoryThumbnailView*>(); }
+    QModelIndex indexOf(const QString& name) const
+    {
+        return view()->model()->index(int(shownNames().indexOf(name)), 0);
+    }
+    void clickItem(const QString& name)
+    {
+        QTest::mouseClick(view()->viewport(), Qt::LeftButton, {},
+                          view()->visualRect(indexOf(name)).center());
+    }
+    QPushButton* detailButton(const QString& text) const
+    {
+        for (auto* b : m_panel->findChildren<QPushButton*>())
+            if (b->text() == text) return b;
+        return nullptr;
+    }
+    QLineEdit* tagLine() const { return m_panel->findChildren<QLineEdit*>("detailInput").first(); }
+    QStringList storedTags(const QString& name) const
+    {
+        for (const core::HistoryItem& item : HistoryService::instance().recent(500))
+            if (item.id == m_ids.value(name)) return item.tags;
+        return {};
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        HistoryService::instance().clear();
+        addItem(QStringLiteral("alpha.png"), 90, 0, {QStringLiteral("red"), core::kFavouriteTag});
+        addItem(QStringLiteral("beta.png"), 30, 3);
+        addItem(QStringLiteral("gamma.png"), 120, 6, {core::kFavouriteTag});
+        addItem(QStringLiteral("delta.png"), 60, 7);
+        m_ownPanel = std::make_unique<HistoryPanel>();
+        m_panel = m_ownPanel.get();
+        m_panel->resize(1200, 700);
+        m_panel->show();
+        QVERIFY(QTest::qWaitForWindowActive(m_panel));
+    }
+    void cleanup() { m_ownPanel.reset(); }
+
+    void filters_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<int>("tab");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("all") << "" << 0 << "alpha.png beta.png gamma.png delta.png";
+        QTest::newRow("today") << "" << 1 << "alpha.png";
+        QTest::newRow("week: under 7 days back") << "" << 2 << "alpha.png beta.png gamma.png";
+        QTest::newRow("favourites") << "" << 3 << "alpha.png gamma.png";
+        QTest::newRow("name") << "bet" << 0 << "beta.png";
+        QTest::newRow("tag") << "red" << 0 << "alpha.png";
+        QTest::newRow("text and tab") << "a.png" << 2 << "alpha.png beta.png gamma.png";
+    }
+    void filters()
+    {
+        QFETCH(QString, typed);
+        QFETCH(int, tab);
+        QFETCH(QString, expected);
+        QTest::mouseClick(m_panel->findChildren<QPushButton*>("historyTab").at(tab),
+                          Qt::LeftButton);
+        QTest::keyClicks(m_panel->findChild<QLineEdit*>("historySearch"), typed);
+        QCOMPARE(shownNames().join(' '), expected);
+    }
+
+    void sort_data()
+    {
+        QTest::addColumn<int>("order");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("newest") << 0 << "alpha.png beta.png gamma.png delta.png";
+        QTest::newRow("oldest") << 1 << "delta.png gamma.png beta.png alpha.png";
+        QTest::newRow("largest") << 2 << "gamma.png alpha.png delta.png beta.png";
+    }
+    void sort()
+    {
+        QFETCH(int, order);
+        QFETCH(QString, expected);
+        m_panel->findChild<QComboBox*>("historySort")->setCurrentIndex(order);
+        QCOMPARE(shownNames().join(' '), expected);
+    }
+
+    void missingFileShowsGreyTileAndNoImage()
+    {
+        addItem(QStringLiteral("missing.png"), 0, 0);
+        QTRY_VERIFY(!indexOf("missing.png").data(Qt::DecorationRole).isNull());
+        const QImage tile =
+            indexOf("missing.png").data(Qt::DecorationRole).value<QPixmap>().toImage();
+        QCOMPARE(tile.size(), QSize(256, 160));
+        QCOMPARE(tile.convertToFormat(QImage::Format_RGB32).pixelColor(128, 80),
+                 QColor(34, 34, 34));
+        clickItem(QStringLiteral("missing.png"));
+        QCOMPARE(m_panel->findChild<QLabel*>("detailPreview")->text(),
+                 QStringLiteral("(no image)"));
+        QCOMPARE(m_panel->findChildren<QLabel*>("detailValue").last()->text(), QStringLiteral("—"));
+    }
+
+    void favouriteTogglesTheMark()
+    {
+        QTest::mouseClick(m_panel->findChildren<QPushButton*>("historyTab").at(3), Qt::LeftButton);
+        clickItem(QStringLiteral("alpha.png"));
+        QTest::mouseClick(detailButton(QStringLiteral("Favorite")), Qt::LeftButton);
+        QVERIFY(!storedTags("alpha.png").contains(core::kFavouriteTag));
+        QCOMPARE(shownNames(), QStringList{QStringLiteral("gamma.png")});
+        QTest::mouseClick(m_panel->findChildren<QPushButton*>("historyTab").at(0), Qt::LeftButton);
+        clickItem(QStringLiteral("beta.png"));
+        QTest::mouseClick(detailButton(QStringLiteral("Favorite")), Qt::LeftButton);
+        QVERIFY(storedTags("beta.png").contains(core::kFavouriteTag));
+    }
+
+    void tagEditGoesToTheEditedItem_data()
+    {
+        QTest::addColumn<bool>("tabAway");
+        QTest::addColumn<QString>("logged");
+        QTest::newRow("select another item within 500 ms") << false << "flush-on-switch";
+        QTest::newRow("tab away") << true << "editingFinished-save";
+    }
+    void tagEditGoesToTheEditedItem()
+    {
+        QFETCH(bool, tabAway);
+        QFETCH(QString, logged);
+        clickItem(QStringLiteral("alpha.png"));
+        QCOMPARE(tagLine()->text(), QStringLiteral("red"));
+        QSignalSpy saved(m_panel->findChild<widget::HistoryDetailPanel*>(),
+                         &widget::HistoryDetailPanel::tagsEdited);
+        tagLine()->setFocus();
+        tagLine()->end(false);
+        QTest::keyClicks(tagLine(), QStringLiteral(", blue"));
+        if (tabAway) QTest::keyClick(tagLine(), Qt::Key_Tab);
+        // Selecting without a click keeps the focus in the line; after a Tab nothing is pending.
+        view()->setCurrentIndex(indexOf(QStringLiteral("beta.png")));
+        QCOMPARE(saved.count(), 1);
+        QCOMPARE(saved.first().first().toLongLong(), m_ids.value("alpha.png"));
+        QStringList tags = storedTags("alpha.png");
+        tags.sort();
+        QCOMPARE(tags, (QStringList{"blue", "red", core::kFavouriteTag}));
+        QVERIFY(storedTags("beta.png").isEmpty());
+        QVERIFY(
+            test::readFile(core::logFilePath())
+                .contains(
+                    QStringLiteral("[tag] %1 id=%2").arg(logged).arg(m_ids["alpha.png"]).toUtf8()));
+    }
+
+    void deleteAsksAndKeepsTheFile_data()
+    {
+        QTest::addColumn<int>("answer");
+        QTest::addColumn<bool>("removed");
+        QTest::newRow("yes") << int(QMessageBox::Yes) << true;
+        QTest::newRow("no") << int(QMessageBox::No) << false;
+    }
+    void deleteAsksAndKeepsTheFile()
+    {
+        QFETCH(int, answer);
+        QFETCH(bool, removed);
+        clickItem(QStringLiteral("beta.png"));
+        answerWhenShown<QMessageBox>(
+            [answer](QMessageBox* box) { clickButton(box, QMessageBox::StandardButton(answer)); });
+        QTest::mouseClick(detailButton(QStringLiteral("Delete")), Qt::LeftButton);
+        QCOMPARE(storedTags("beta.png").isEmpty() && !shownNames().contains("beta.png"), removed);
+        QVERIFY(QFile::exists(m_files.filePath(QStringLiteral("beta.png"))));
+    }
+
+    void exportConvertsBySuffix()
+    {
+        const QString target = m_files.filePath(QStringLiteral("exported.jpg"));
+        clickItem(QStringLiteral("alpha.png"));
+        answerWhenShown<QFileDialog>([target](QFileDialog* dialog) {
+            dialog->selectFile(target);
+            QTest::mouseClick(
+                dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save),
+                Qt::LeftButton);
+        });
+        answerWhenShown<QMessageBox>([](QMessageBox* box) { clickButton(box, QMessageBox::Ok); });
+        QTest::mouseClick(detailButton(QStringLiteral("Export")), Qt::LeftButton);
+        QCOMPARE(QImageReader::imageFormat(target), QByteArray("jpeg"));
+    }
+
+    void locateAsksTheFileManager()
+    {
+        QThread thread;
+        FakeFileManager manager;
+        manager.moveToThread(&thread);
+        thread.start();
+        QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "fm");
+        QVERIFY(bus.registerObject("/org/freedesktop/FileManager1", &manager,
+                                   QDBusConnection::ExportAllSlots));
+        QVERIFY(bus.registerService("org.freedesktop.FileManager1"));
+        clickItem(QStringLiteral("gamma.png"));
+        QTest::mouseClick(detailButton(QStringLiteral("Locate")), Qt::LeftButton);
+        QStringList shown;
+        QMetaObject::invokeMethod(
+            &manager, [&] { shown = manager.items; }, Qt::BlockingQueuedConnection);
+        QCOMPARE(shown, QStringList{QUrl::fromLocalFile(m_files.filePath("gamma.png")).toString()});
+        bus.unregisterService("org.freedesktop.FileManager1");
+        QDBusConnection::disconnectFromBus("fm");
+        thread.quit();
+        thread.wait();
+    }
+
+    void activationOpensTheEditor_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("image: re-edit on the overlay") << "alpha.png";
+        QTest::newRow("gif: frame editor, suffix in capitals") << "clip.GIF";
+    }
+    void activationOpensTheEditor()
+    {
+        QFETCH(QString, name);
+        QString error;
+        const QImage frame(40, 30, QImage::Format_RGB32);
+        QVERIFY(service::record::encodeGif(error, m_files.filePath("clip.GIF"), {frame, frame}, 100,
+                                           40, 30));
+        addItem(QStringLiteral("clip.GIF"), 0, 1);
+        m_ownPanel.reset();
+        widget::MainWindow window;
+        manager::ActionManager actions(&window);
+        window.showHistory();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        m_panel = window.historyPanel();
+        int editedFrames = 0;
+        if (name.endsWith(QLatin1String(".GIF")))
+            answerWhenShown<widget::GifEditorDialog>([&](widget::GifEditorDialog* editor) {
+                editedFrames = int(editor->frames().size());
+                editor->reject();
+            });
+        // The view opens on the second press of a double click.
+        const QPoint at = view()->visualRect(indexOf(name)).center();
+        QTest::mouseClick(view()->viewport(), Qt::LeftButton, {}, at);
+        QTest::mouseDClick(view()->viewport(), Qt::LeftButton, {}, at);
+        if (editedFrames) {
+            QCOMPARE(editedFrames, 2);
+            return;
+        }
+        QTRY_VERIFY(shownOverlay());
+        delete shownOverlay();
+    }
+};
+
+ZELMOR_TEST_MAIN(TestHistoryPanel, QApplication)
+#include "tst_historypanel.moc"

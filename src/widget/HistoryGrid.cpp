@@ -192,10 +192,12 @@ void HistoryGridDelegate::paintList(QPainter* painter, const QRect& card,
     painter->fillRect(thumb, kTileGrey);
     const QPixmap tile = index.data(Qt::DecorationRole).value<QPixmap>();
     if (!tile.isNull()) {
-        const QPixmap fitted =
-            tile.scaled(thumb.size(), Qt::KeepAspectRatio, Qt::SmoothTransformation);
-        painter->drawPixmap(thumb.left() + (thumb.width() - fitted.width()) / 2,
-                            thumb.top() + (thumb.height() - fitted.height()) / 2, fitted);
+        // Drawn scaled rather than scaled first: no new pixmap per row and paint.
+        const QSize fitted = tile.size().scaled(thumb.size(), Qt::KeepAspectRatio);
+        QRect target(QPoint(), fitted);
+        target.moveCenter(thumb.center());
+        painter->setRenderHint(QPainter::SmoothPixmapTransform);
+        painter->drawPixmap(target, tile);
     }
 
     const int textLeft = thumb.right() + 1 + 12;
@@ -227,6 +229,7 @@ HistoryThumbnailView::HistoryThumbnailView(QWidget* parent)
     setMovement(QListView::Static);
     setSelectionMode(QAbstractItemView::SingleSelection);
     setSpacing(12);
+    setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     setContextMenuPolicy(Qt::CustomContextMenu);
     setMouseTracking(true);
     setModel(m_model);

@@ -2,6 +2,7 @@
 
 #include <QImageReader>
 #include <QPainter>
+#include <QThread>
 
 #include <climits>
 
@@ -15,7 +16,11 @@ const QColor kTileGrey(34, 34, 34);
 
 } // namespace
 
-ThumbnailLoader::ThumbnailLoader(QObject* parent) : QObject(parent) {}
+ThumbnailLoader::ThumbnailLoader(QObject* parent) : QObject(parent)
+{
+    // Decoding on every core would take the CPU from the GUI thread while the user scrolls.
+    m_pool.setMaxThreadCount(qMax(1, QThread::idealThreadCount() - 1));
+}
 
 ThumbnailLoader::~ThumbnailLoader()
 {

@@ -232,6 +232,7 @@ HistoryThumbnailView::HistoryThumbnailView(QWidget* parent)
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     setContextMenuPolicy(Qt::CustomContextMenu);
     setMouseTracking(true);
+    viewport()->setAttribute(Qt::WA_Hover);
     setModel(m_model);
     setItemDelegate(m_delegate);
     applyModeSizes();
@@ -254,10 +255,7 @@ void HistoryThumbnailView::setListMode(bool on)
     m_listMode = on;
     m_delegate->setListMode(on);
     setViewMode(on ? QListView::ListMode : QListView::IconMode);
-    // Switching the view mode resets these.
-    setResizeMode(QListView::Adjust);
-    setMovement(QListView::Static);
-    setSpacing(12);
+    setMovement(QListView::Static); // the icon mode would make the tiles draggable
     applyModeSizes();
 }
 

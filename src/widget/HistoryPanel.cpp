@@ -267,6 +267,8 @@ void HistoryPanel::setTab(int tab)
 
 void HistoryPanel::applyFilters()
 {
+    // A pending tag edit goes to its item while that item is still in the lists.
+    m_details->showItem(nullptr);
     const QString text = m_search->text().trimmed();
     const QString type = m_filter->currentData().toString();
     const QList<core::HistoryItem> candidates =

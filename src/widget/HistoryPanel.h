@@ -5,7 +5,6 @@
 #include <QList>
 #include <QWidget>
 
-class QButtonGroup;
 class QComboBox;
 class QLabel;
 class QLineEdit;

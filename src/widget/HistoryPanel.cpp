@@ -136,11 +136,14 @@ QWidget* HistoryPanel::buildToolbar()
     m_search->setObjectName(QStringLiteral("historySearch"));
     m_search->setMinimumWidth(200);
     m_search->setFixedHeight(30);
-    m_search->addAction(QIcon(QStringLiteral(":/icons/common/search.svg")),
-                        QLineEdit::LeadingPosition);
+    const QString searchName = tr("Search", "history.search");
+    // The icon is a button of its own to screen readers, named after its action.
+    m_search
+        ->addAction(QIcon(QStringLiteral(":/icons/common/search.svg")), QLineEdit::LeadingPosition)
+        ->setText(searchName);
     m_search->setPlaceholderText(
         tr("Search file name, tags or OCR text...", "history.searchPlaceholder"));
-    m_search->setAccessibleName(tr("Search", "history.search"));
+    m_search->setAccessibleName(searchName);
     connect(m_search, &QLineEdit::textChanged, this, &HistoryPanel::applyFilters);
     row->addWidget(m_search);
 

@@ -12,6 +12,7 @@
 #include "widget/MainWindow.h"
 #include "widget/overlay/CaptureOverlay.h"
 
+#include <QAccessible>
 #include <QComboBox>
 #include <QDBusConnection>
 #include <QDesktopServices>
@@ -195,6 +196,17 @@ private Q_SLOTS:
                           Qt::LeftButton);
         QTest::keyClicks(m_panel->findChild<QLineEdit*>("historySearch"), typed);
         QCOMPARE(shownNames().join(' '), expected);
+    }
+
+    void everyControlHasAName()
+    {
+        for (QWidget* w : m_panel->findChildren<QWidget*>()) {
+            if (!qobject_cast<QAbstractButton*>(w) && !qobject_cast<QLineEdit*>(w) &&
+                !qobject_cast<QComboBox*>(w) && !qobject_cast<QAbstractItemView*>(w))
+                continue;
+            QVERIFY2(!QAccessible::queryAccessibleInterface(w)->text(QAccessible::Name).isEmpty(),
+                     w->metaObject()->className());
+        }
     }
 
     void missingFileShowsGreyTileAndNoImage()

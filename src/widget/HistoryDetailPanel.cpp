@@ -117,7 +117,8 @@ void HistoryDetailPanel::addRow(QVBoxLayout* layout, Row row, const QString& key
 
 void HistoryDetailPanel::addButtons(QVBoxLayout* layout)
 {
-    QPushButton* copy = makeButton(tr("Copy to clipboard", "history.detail.copy"), "detailPrimary", this);
+    QPushButton* copy =
+        makeButton(tr("Copy to clipboard", "history.detail.copy"), "detailPrimary", this);
     connect(copy, &QPushButton::clicked, this, [this] {
         if (!m_item.path.isEmpty()) emit copyRequested(m_item.path);
     });
@@ -131,7 +132,8 @@ void HistoryDetailPanel::addButtons(QVBoxLayout* layout)
         });
         row->addWidget(button);
     };
-    secondary(tr("Favorite", "history.detail.favorite"), [this] { emit favoriteRequested(m_item.id); });
+    secondary(tr("Favorite", "history.detail.favorite"),
+              [this] { emit favoriteRequested(m_item.id); });
     secondary(tr("Export", "history.detail.export"), [this] { emit exportRequested(m_item.id); });
     secondary(tr("Locate", "history.detail.locate"), [this] { emit locateRequested(m_item.path); });
     layout->addLayout(row);
@@ -157,7 +159,8 @@ void HistoryDetailPanel::showItem(const core::HistoryItem* item)
     m_values[Bytes]->setText(core::formatFileSize(file.size()));
     m_values[Created]->setText(m_item.createdAt.toString(QStringLiteral("yyyy-MM-dd HH:mm")));
     const QString sha = fileSha256(m_item.path);
-    m_values[Sha]->setText(sha.isEmpty() ? QStringLiteral("—") : sha.left(16) + QStringLiteral("…"));
+    m_values[Sha]->setText(sha.isEmpty() ? QStringLiteral("—")
+                                         : sha.left(16) + QStringLiteral("…"));
 
     m_debounce.stop();
     const QSignalBlocker tagsQuiet(m_tags);

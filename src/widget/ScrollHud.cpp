@@ -27,9 +27,9 @@ ScrollHud::ScrollHud(QWidget* parent) : QWidget(parent, recordOverlayFlags())
     QPushButton* stop =
         makeHudButton(this, tr("Stop", "scroll.hud.stop"), QStringLiteral("rgba(80,200,120,70)"),
                       QStringLiteral("rgba(80,200,120,120)"));
-    QPushButton* cancel = makeHudButton(this, tr("Cancel", "scroll.hud.cancel"),
-                                        QStringLiteral("rgba(255,90,90,70)"),
-                                        QStringLiteral("rgba(255,90,90,120)"));
+    QPushButton* cancel =
+        makeHudButton(this, tr("Cancel", "scroll.hud.cancel"), QStringLiteral("rgba(255,90,90,70)"),
+                      QStringLiteral("rgba(255,90,90,120)"));
     layout->addWidget(stop);
     layout->addWidget(cancel);
     connect(stop, &QPushButton::clicked, this, &ScrollHud::stopRequested);

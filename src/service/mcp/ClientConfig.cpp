@@ -136,8 +136,9 @@ QString clientConfigSnippet(const QString& serverName)
     QString path = mcpExecutablePath();
     path.replace(QLatin1Char('\\'), QStringLiteral("\\\\"));
     path.replace(QLatin1Char('"'), QStringLiteral("\\\""));
-    return QStringLiteral("{\n  \"mcpServers\": {\n    \"%1\": {\n      \"command\": \"%2\",\n      "
-                          "\"args\": []\n    }\n  }\n}")
+    return QStringLiteral(
+               "{\n  \"mcpServers\": {\n    \"%1\": {\n      \"command\": \"%2\",\n      "
+               "\"args\": []\n    }\n  }\n}")
         .arg(serverName, path);
 }
 

@@ -58,7 +58,8 @@ private slots:
             QJsonDocument(QJsonObject{{"args", QJsonArray()}, {"command", mcpExecutablePath()}})
                 .toJson(QJsonDocument::Compact);
         QTest::newRow("insert into a missing file")
-            << QByteArray() << true << 1 << QByteArray(R"({"mcpServers":{"zelmor":)" + entry + "}}");
+            << QByteArray() << true << 1
+            << QByteArray(R"({"mcpServers":{"zelmor":)" + entry + "}}");
         QTest::newRow("others kept, inserted twice")
             << R"({"theme":1,"mcpServers":{"other":{"command":"x"}}})"_ba << true << 2
             << QByteArray(R"({"mcpServers":{"other":{"command":"x"},"zelmor":)" + entry +
@@ -81,12 +82,14 @@ private slots:
         QFETCH(bool, insert);
         QFETCH(int, times);
         QFETCH(QByteArray, after);
-        const QString path = m_dir.filePath(QString("%1/deeper/config.json").arg(QTest::currentDataTag()));
+        const QString path =
+            m_dir.filePath(QString("%1/deeper/config.json").arg(QTest::currentDataTag()));
         if (!before.isNull())
             QVERIFY(QDir().mkpath(QFileInfo(path).path()) && writeFile(path, before));
         QString message;
         for (int i = 0; i < times; ++i)
-            message = insert ? injectClientConfig(path, "zelmor") : removeClientConfig(path, "zelmor");
+            message =
+                insert ? injectClientConfig(path, "zelmor") : removeClientConfig(path, "zelmor");
         const bool parseError = before.startsWith('[');
         QCOMPARE(message.startsWith("Parse error in " + path + ": "), parseError);
         QVERIFY2(message.isEmpty() || parseError, qPrintable(message));

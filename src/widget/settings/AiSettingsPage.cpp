@@ -83,8 +83,8 @@ AiProviderItemWidget::AiProviderItemWidget(const AiProvider& provider, QWidget* 
     star->setAccessibleName(tr("Default provider", "settings.ai.list.default"));
     star->setVisible(provider.isDefault);
     row->addWidget(star, 0, Qt::AlignVCenter);
-    auto* pill =
-        new QLabel(provider.protocol.isEmpty() ? QStringLiteral("custom") : provider.protocol, this);
+    auto* pill = new QLabel(
+        provider.protocol.isEmpty() ? QStringLiteral("custom") : provider.protocol, this);
     pill->setObjectName(QStringLiteral("aiProviderItemPill"));
     row->addWidget(pill, 0, Qt::AlignVCenter);
 }
@@ -265,8 +265,8 @@ void AiSettingsPage::refreshList()
         loadForm(0);
         return;
     }
-    const bool stillThere = std::any_of(all.cbegin(), all.cend(),
-                                        [this](const AiProvider& p) { return p.id == m_currentId; });
+    const bool stillThere = std::any_of(
+        all.cbegin(), all.cend(), [this](const AiProvider& p) { return p.id == m_currentId; });
     selectRow(stillThere ? m_currentId : all.first().id);
 }
 
@@ -375,8 +375,8 @@ void AiSettingsPage::share()
     const QString text = providers().exportJson(m_currentId);
     if (text.isEmpty()) return;
     QApplication::clipboard()->setText(text);
-    QMessageBox::information(this, tr("Share"),
-                             tr("Provider config copied to clipboard.", "settings.ai.share.copied"));
+    QMessageBox::information(
+        this, tr("Share"), tr("Provider config copied to clipboard.", "settings.ai.share.copied"));
 }
 
 void AiSettingsPage::pasteImport()
@@ -403,7 +403,8 @@ void AiSettingsPage::reveal(bool shown)
     m_key->setEchoMode(shown ? QLineEdit::Normal : QLineEdit::Password);
     m_eye->setIcon(QIcon(shown ? QStringLiteral(":/icons/common/eye-off.svg")
                                : QStringLiteral(":/icons/common/eye.svg")));
-    m_eye->setToolTip(shown ? tr("Hide", "settings.ai.reveal.hide") : tr("Show", "settings.ai.reveal"));
+    m_eye->setToolTip(shown ? tr("Hide", "settings.ai.reveal.hide")
+                            : tr("Show", "settings.ai.reveal"));
 }
 
 void AiSettingsPage::test()
@@ -428,7 +429,8 @@ void AiSettingsPage::test()
         m_eye->setEnabled(true);
         m_test->setText(ok ? tr("Test Succeeded", "settings.ai.test.success")
                            : tr("Test Failed", "settings.ai.test.failed"));
-        m_test->setStyleSheet(kTestStyle.arg(ok ? QStringLiteral("#2ECC71") : QStringLiteral("#E74C3C")));
+        m_test->setStyleSheet(
+            kTestStyle.arg(ok ? QStringLiteral("#2ECC71") : QStringLiteral("#E74C3C")));
         if (!ok)
             core::notifyUser(tr("AI test failed", "settings.ai.test.title.failed"), error,
                              kFailureToastMs);

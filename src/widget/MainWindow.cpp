@@ -1,5 +1,7 @@
 #include "MainWindow.h"
 
+#include "settings/SettingsDialog.h"
+
 #include <QCloseEvent>
 #include <QStackedWidget>
 #include <QTimer>
@@ -42,7 +44,7 @@ QWidget* MainWindow::pageWidget(int page) const
 void MainWindow::buildPanels()
 {
     m_historyPanel = makePage(m_stack, "historyPanel");
-    m_settingsPanel = makePage(m_stack, "settingsPanel");
+    m_settingsPanel = new SettingsDialog(m_stack);
     m_aiChatPanel = makePage(m_stack, "aiChatPanel");
     // Stack index equals page number.
     m_stack->addWidget(m_settingsPanel);
@@ -85,6 +87,12 @@ void MainWindow::showAiChat()
     setPage(AiChatPage);
 }
 
+void MainWindow::showAiSettings()
+{
+    setPage(SettingsPage);
+    m_settingsPanel->showPage(SettingsDialog::AiPage);
+}
+
 void MainWindow::closeEvent(QCloseEvent* event)
 {
     hide();
@@ -101,7 +109,9 @@ void MainWindow::retranslateUi()
         setWindowTitle(tr("Zelmor", "main.title"));
         QObject::disconnect(m_aiChatPanel, nullptr, this, nullptr);
         QObject::disconnect(m_historyPanel, nullptr, this, nullptr);
-        for (QWidget** panel : {&m_settingsPanel, &m_historyPanel, &m_aiChatPanel}) {
+        delete m_settingsPanel;
+        m_settingsPanel = nullptr;
+        for (QWidget** panel : {&m_historyPanel, &m_aiChatPanel}) {
             delete *panel;
             *panel = nullptr;
         }

@@ -6,6 +6,8 @@ class QStackedWidget;
 
 namespace zelmor::widget {
 
+class SettingsDialog;
+
 // The one window: settings, history and AI chat as full-size pages. It starts hidden and
 // builds its pages on the first show; closing only hides it.
 class MainWindow : public QMainWindow
@@ -19,6 +21,7 @@ public:
     int currentPage() const { return m_currentPage; }
     bool panelsBuilt() const { return m_panelsBuilt; }
     QWidget* pageWidget(int page) const;
+    SettingsDialog* settingsPanel() const { return m_settingsPanel; }
 
 Q_SIGNALS:
     void captureForAiChatRequested();
@@ -30,6 +33,8 @@ public Q_SLOTS:
     void showSettings();
     void showHistory();
     void showAiChat();
+    // The settings at the AI page, or at the page that was current when there is none.
+    void showAiSettings();
     void retranslateUi();
 
 protected:
@@ -42,7 +47,7 @@ private:
 
     QStackedWidget* m_stack;
     QWidget* m_historyPanel = nullptr;
-    QWidget* m_settingsPanel = nullptr;
+    SettingsDialog* m_settingsPanel = nullptr;
     QWidget* m_aiChatPanel = nullptr;
     int m_currentPage = HistoryPage;
     bool m_panelsBuilt = false;

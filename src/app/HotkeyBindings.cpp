@@ -36,6 +36,7 @@ void HotkeyBindings::registerAll()
         {7, "pinClickThrough", [&a] { a.togglePinClickThrough(); }},
         {8, "pinFromClipboard", [&a] { a.pinFromClipboard(); }},
         {9, "history", [&a] { a.showHistory(); }},
+        {10, "shortcutSheet", [&a] { a.showShortcutSheet(); }},
     };
     m_hotkeys.unregisterAll();
     m_callbacks.clear();

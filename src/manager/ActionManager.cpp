@@ -19,6 +19,7 @@
 #include "widget/MainWindow.h"
 #include "widget/OcrResultDialog.h"
 #include "widget/overlay/CaptureOverlay.h"
+#include "widget/settings/ShortcutSheetDialog.h"
 
 #include <QClipboard>
 #include <QCoreApplication>
@@ -445,11 +446,33 @@ void ActionManager::showHistory()
     if (m_mainWindow) m_mainWindow->showHistory();
 }
 
+void ActionManager::showSettings()
+{
+    if (m_mainWindow) m_mainWindow->showSettings();
+}
+
+void ActionManager::showAbout()
+{
+    showSettings();
+}
+
+void ActionManager::showAiSettings()
+{
+    if (m_mainWindow) m_mainWindow->showAiSettings();
+}
+
 void ActionManager::openOutputDir()
 {
     const QString dir = core::ConfigManager::instance().outputDir();
     QDir().mkpath(dir);
     QDesktopServices::openUrl(QUrl::fromLocalFile(dir));
+}
+
+void ActionManager::showShortcutSheet()
+{
+    auto* sheet = new widget::ShortcutSheetDialog(nullptr);
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    sheet->show();
 }
 
 void ActionManager::showLicense()

@@ -63,7 +63,12 @@ public Q_SLOTS:
     void togglePinClickThrough();
     void reeditFromPixmap(const QPixmap& pixmap);
     void showHistory();
+    void showSettings();
+    // The same call as showSettings: the panel's About page is one of its pages.
+    void showAbout();
+    void showAiSettings();
     void openOutputDir();
+    void showShortcutSheet();
     void showLicense();
     void restartAsAdmin();
     void setTheme(const QString& name);

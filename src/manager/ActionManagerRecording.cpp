@@ -13,6 +13,7 @@
 
 #include <QGuiApplication>
 #include <QScreen>
+#include <QTimer>
 
 namespace zelmor::manager {
 
@@ -20,6 +21,9 @@ namespace {
 
 constexpr int kToastMs = 3000;
 constexpr qint64 kMebibyte = 1024 * 1024;
+// The overlay closes only after it has asked for the start: what it covered has to be back on
+// the screen, repainted by its programs, before the first frame is taken.
+constexpr int kOverlayGoneMs = 200;
 
 } // namespace
 
@@ -71,7 +75,8 @@ void ActionManager::recordGif()
                 delete m_regionFrame;
                 m_regionFrame = new widget::RecordRegionFrame(rect, nullptr);
                 m_regionFrame->show();
-                m_recordingService->recordGif(rect, durationSecs, fps);
+                QTimer::singleShot(kOverlayGoneMs, m_recordingService,
+                                   [=] { m_recordingService->recordGif(rect, durationSecs, fps); });
             });
     overlay->show();
 }
@@ -169,7 +174,8 @@ void ActionManager::startScroll(const QRect& rect)
     m_scrollHud->setStitchedHeight(0);
     m_scrollHud->show();
     m_scrollHud->raise();
-    m_captureService->captureScrolling(rect);
+    QTimer::singleShot(kOverlayGoneMs, m_captureService,
+                       [this, rect] { m_captureService->captureScrolling(rect); });
 }
 
 void ActionManager::endScroll()

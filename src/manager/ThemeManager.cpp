@@ -116,6 +116,9 @@ const char* const kSettingsTemplate = R"(
 #inlineInputWrap { background: transparent; border: none; }
 #inlineBtn { background: %9; color: %4; border: 1px solid %3; border-radius: 6px; padding: 4px 12px; }
 #inlineBtn:hover { border-color: %7; color: %7; }
+#settingsPrimaryBtn { background: %7; color: white; border: none; border-radius: 6px; padding: 5px 14px; font-weight: 600; }
+#settingsSecondaryBtn { background: transparent; color: %4; border: 1px solid %3; border-radius: 6px; padding: 5px 12px; }
+#settingsSecondaryBtn:hover { background: %9; border-color: %7; color: %7; }
 #aiTabTitle { color: %4; font-size: 18px; font-weight: 600; }
 #aiTabSubtitle, #aiFormHint, #aiProviderItemModel { color: %6; }
 #aiListCard, #aiFormCard { background: %2; border: 1px solid %3; border-radius: 10px; }

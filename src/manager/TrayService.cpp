@@ -124,6 +124,11 @@ void TrayService::rebuildMenu()
     addItem(theme, tr("Dark", "tray.theme.dark"), a, [a] { a->setTheme(QStringLiteral("dark")); });
     addItem(theme, tr("System", "tray.theme.system"), a,
             [a] { a->setTheme(QStringLiteral("system")); });
+    addItem(menu, tr("Settings...", "tray.settings"), a, &ActionManager::showSettings);
+    addItem(menu, tr("About", "tray.about"), a, &ActionManager::showAbout);
+    addItem(menu, tr("Shortcut cheat sheet", "tray.shortcutSheet"), a,
+            &ActionManager::showShortcutSheet)
+        ->setShortcut(shownKey(config.hotkeyShortcutSheet()));
     addItem(menu, tr("License...", "tray.license"), a, &ActionManager::showLicense);
     addItem(menu, tr("Restart as admin", "tray.restartAdmin"), a, &ActionManager::restartAsAdmin);
     menu->addSeparator();

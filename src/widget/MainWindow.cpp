@@ -2,6 +2,7 @@
 
 #include "HistoryPanel.h"
 #include "core/Log.h"
+#include "settings/SettingsDialog.h"
 
 #include <QCloseEvent>
 #include <QElapsedTimer>
@@ -12,7 +13,7 @@ namespace zelmor::widget {
 
 namespace {
 
-// The settings and chat pages stay empty until their panels exist.
+// The chat page stays empty until its panel exists.
 QWidget* makePage(QWidget* parent, const char* objectName)
 {
     auto* page = new QWidget(parent);
@@ -60,7 +61,7 @@ void MainWindow::buildPanels()
     connect(history, &HistoryPanel::copyRequested, this, &MainWindow::copyFromHistoryRequested);
     connect(history, &HistoryPanel::reeditRequested, this, &MainWindow::reeditFromHistoryRequested);
     m_historyPanel = history;
-    m_settingsPanel = makePage(m_stack, "settingsPanel");
+    m_settingsPanel = new SettingsDialog(m_stack);
     m_aiChatPanel = makePage(m_stack, "aiChatPanel");
     // Stack index equals page number.
     m_stack->addWidget(m_settingsPanel);
@@ -103,6 +104,12 @@ void MainWindow::showAiChat()
     setPage(AiChatPage);
 }
 
+void MainWindow::showAiSettings()
+{
+    setPage(SettingsPage);
+    m_settingsPanel->showPage(SettingsDialog::AiPage);
+}
+
 void MainWindow::closeEvent(QCloseEvent* event)
 {
     hide();
@@ -119,7 +126,9 @@ void MainWindow::retranslateUi()
         setWindowTitle(tr("Zelmor", "main.title"));
         QObject::disconnect(m_aiChatPanel, nullptr, this, nullptr);
         QObject::disconnect(m_historyPanel, nullptr, this, nullptr);
-        for (QWidget** panel : {&m_settingsPanel, &m_historyPanel, &m_aiChatPanel}) {
+        delete m_settingsPanel;
+        m_settingsPanel = nullptr;
+        for (QWidget** panel : {&m_historyPanel, &m_aiChatPanel}) {
             delete *panel;
             *panel = nullptr;
         }

@@ -7,6 +7,7 @@ class QStackedWidget;
 namespace zelmor::widget {
 
 class HistoryPanel;
+class SettingsDialog;
 
 // The one window: settings, history and AI chat as full-size pages. It starts hidden and
 // builds its pages on the first show; closing only hides it.
@@ -23,6 +24,7 @@ public:
     QWidget* pageWidget(int page) const;
     // Null until the first show.
     HistoryPanel* historyPanel() const;
+    SettingsDialog* settingsPanel() const { return m_settingsPanel; }
 
 Q_SIGNALS:
     void captureForAiChatRequested();
@@ -34,6 +36,8 @@ public Q_SLOTS:
     void showSettings();
     void showHistory();
     void showAiChat();
+    // The settings at the AI page, or at the page that was current when there is none.
+    void showAiSettings();
     void retranslateUi();
 
 protected:
@@ -46,7 +50,7 @@ private:
 
     QStackedWidget* m_stack;
     QWidget* m_historyPanel = nullptr;
-    QWidget* m_settingsPanel = nullptr;
+    SettingsDialog* m_settingsPanel = nullptr;
     QWidget* m_aiChatPanel = nullptr;
     int m_currentPage = HistoryPage;
     bool m_panelsBuilt = false;

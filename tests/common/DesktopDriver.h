@@ -26,7 +26,7 @@ inline bool moveTo(const QPoint& at)
 inline bool click(const QPoint& at)
 {
     return moveTo(at) && platform::sendMouseButtons({{platform::MouseButton::Left, true},
-                                                      {platform::MouseButton::Left, false}});
+                                                     {platform::MouseButton::Left, false}});
 }
 
 // The button of that text or object name, clicked at its centre.

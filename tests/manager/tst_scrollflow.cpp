@@ -108,10 +108,10 @@ private slots:
 
         const auto result = completed.first().first().value<core::CaptureResult>();
         const QImage saved(result.filePath);
-        const QImage expected = scrollContent(600, kPageHeight)
-                                    .copy(stitched.translated(-page.origin).x(),
-                                          stitched.translated(-page.origin).y(),
-                                          stitched.width(), first + 4 * kStep);
+        const QImage expected =
+            scrollContent(600, kPageHeight)
+                .copy(stitched.translated(-page.origin).x(), stitched.translated(-page.origin).y(),
+                      stitched.width(), first + 4 * kStep);
         QCOMPARE(saved.convertToFormat(QImage::Format_RGB32), expected);
         QCOMPARE(service::history::HistoryService::instance().recent(1).value(0).path,
                  result.filePath);
@@ -136,9 +136,10 @@ private slots:
         QFETCH(QString, outputDir);
         QFETCH(bool, cancel);
         QFETCH(QString, failure);
-        core::ConfigManager::instance().setOutputDir(outputDir.isEmpty() ? m_out.path() : outputDir);
-        const auto restore = qScopeGuard(
-            [this] { core::ConfigManager::instance().setOutputDir(m_out.path()); });
+        core::ConfigManager::instance().setOutputDir(outputDir.isEmpty() ? m_out.path()
+                                                                         : outputDir);
+        const auto restore =
+            qScopeGuard([this] { core::ConfigManager::instance().setOutputDir(m_out.path()); });
         CaptureService capture;
         QSignalSpy progress(&capture, &CaptureService::scrollProgressChanged);
         QSignalSpy cancelled(&capture, &CaptureService::scrollCaptureCancelled);

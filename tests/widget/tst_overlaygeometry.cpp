@@ -99,10 +99,11 @@ private Q_SLOTS:
     void toolbarIconsRenderAtToolbarSize_data()
     {
         QTest::addColumn<QString>("path");
-        QDirIterator it(QStringLiteral(":/icons"), {QStringLiteral("*.svg")}, QDir::Files,
-                        QDirIterator::Subdirectories);
-        while (it.hasNext())
-            QTest::newRow(qPrintable(it.next())) << it.filePath();
+        // The toolbars' own icons; switches and the like keep shapes of their own.
+        for (const char* folder : {":/icons/overlay", ":/icons/annotate", ":/icons/nav"})
+            for (QDirIterator it(QLatin1String(folder), {QStringLiteral("*.svg")}, QDir::Files);
+                 it.hasNext();)
+                QTest::newRow(qPrintable(it.next())) << it.filePath();
     }
     void toolbarIconsRenderAtToolbarSize()
     {

@@ -44,10 +44,10 @@ void CaptureService::captureScrolling(const QRect& region)
     m_cancelRequested = false;
     const core::ConfigManager& config = core::ConfigManager::instance();
     const int intervalMs = config.scrollIntervalMs();
-    const qint64 budget = m_scrollMemoryBudget > 0
-                              ? m_scrollMemoryBudget
-                              : qint64(double(platform::availableMemoryBytes()) *
-                                       kAvailableMemoryShare);
+    const qint64 budget =
+        m_scrollMemoryBudget > 0
+            ? m_scrollMemoryBudget
+            : qint64(double(platform::availableMemoryBytes()) * kAvailableMemoryShare);
     auto* stitcher = new ScrollStitcher(config.scrollOverlapPx(), config.scrollSadThreshold(),
                                         config.scrollIdleFrames(), nullptr, budget);
     auto* watcher = new QFutureWatcher<ScrollOutcome>(this);

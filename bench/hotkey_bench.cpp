@@ -1,0 +1,185 @@
+// Time from pressing the region hotkey (F6, through XTest) to the first changed pixel on the
+// screen, for zelmor and for a bare Qt floor built here: a program that grabs the screen and
+// shows a new full-screen window with it, dimmed. Median, first run and maximum.
+//   scripts/x-session.sh build/bench/zelmor-bench-hotkey [runs]
+
+#include "platform/Hotkeys.h"
+#include "platform/Input.h"
+#include "platform/ScreenGrab.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QGuiApplication>
+#include <QPainter>
+#include <QProcess>
+#include <QScreen>
+#include <QSocketNotifier>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QTimer>
+#include <QWidget>
+
+#include <algorithm>
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <vector>
+
+using namespace zelmor;
+
+namespace {
+
+constexpr unsigned kF6 = 0x75, kEscape = 0x1B;
+const platform::Rect kProbe{952, 532, 16, 16}; // the middle of a 1920x1080 screen
+
+// The floor: the least a program must do between the key and the frozen screen.
+class FloorOverlay : public QWidget
+{
+public:
+    explicit FloorOverlay(const QPixmap& frozen) : m_frozen(frozen)
+    {
+        setWindowFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+        setAttribute(Qt::WA_DeleteOnClose);
+        setGeometry(QGuiApplication::primaryScreen()->geometry());
+        // It goes by itself: the window manager need not give it the focus for an Escape.
+        QTimer::singleShot(300, this, &QWidget::close);
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter painter(this);
+        painter.drawPixmap(0, 0, m_frozen);
+        painter.fillRect(rect(), QColor(0, 0, 0, 100));
+        // A mark in the middle, as an overlay shows its crosshair: the test session's desktop
+        // is black, and a dimmed black would change no pixel.
+        painter.fillRect(QRect(rect().center() - QPoint(20, 20), QSize(40, 40)), Qt::white);
+    }
+
+private:
+    QPixmap m_frozen;
+};
+
+int runFloor(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    app.setQuitOnLastWindowClosed(false);
+    // The server lets go of zelmor's grab a moment after zelmor has gone.
+    bool bound = false;
+    for (int i = 0;
+         i < 100 && !(bound = platform::registerHotkey(1, platform::HotkeyNoRepeat, kF6)); ++i)
+        QThread::msleep(30);
+    if (!bound) return 1;
+    QSocketNotifier presses(platform::hotkeyEventDescriptor(), QSocketNotifier::Read);
+    QObject::connect(&presses, &QSocketNotifier::activated, [] {
+        if (platform::takeHotkeyPresses().empty()) return;
+        auto* overlay = new FloorOverlay(QGuiApplication::primaryScreen()->grabWindow(0));
+        overlay->show();
+        overlay->activateWindow();
+    });
+    std::cout << "ready" << std::endl;
+    return app.exec();
+}
+
+std::vector<std::uint32_t> probe()
+{
+    std::vector<std::uint32_t> pixels(std::size_t(kProbe.width * kProbe.height));
+    platform::grabDesktopRect(kProbe, pixels.data(), kProbe.width);
+    return pixels;
+}
+
+bool pressKey(unsigned key)
+{
+    return platform::sendKeys({{key, true}, {key, false}});
+}
+
+// Polls until the probe differs from (or equals) `before`; false after two seconds.
+bool waitForProbe(const std::vector<std::uint32_t>& before, bool changed)
+{
+    QElapsedTimer limit;
+    limit.start();
+    while (limit.elapsed() < 2000)
+        if ((probe() != before) == changed) return true;
+    return false;
+}
+
+struct Result
+{
+    double median = 0, first = 0, max = 0;
+    int missed = 0;
+};
+
+Result measure(QProcess& target, int runs)
+{
+    Result result;
+    std::vector<double> times;
+    for (int i = 0; i < runs; ++i) {
+        const std::vector<std::uint32_t> before = probe();
+        QElapsedTimer clock;
+        clock.start();
+        pressKey(kF6);
+        if (!waitForProbe(before, true)) {
+            std::fprintf(stderr, "run %d: nothing changed\n", i);
+            ++result.missed;
+            continue;
+        }
+        times.push_back(clock.nsecsElapsed() / 1e6);
+        pressKey(kEscape);
+        if (!waitForProbe(before, false)) std::fprintf(stderr, "run %d: the overlay stayed\n", i);
+        QThread::msleep(150); // the window manager settles before the next press
+    }
+    target.terminate();
+    target.waitForFinished(3000);
+    if (times.empty()) return result;
+    result.first = times.front();
+    result.max = *std::max_element(times.begin(), times.end());
+    std::sort(times.begin(), times.end());
+    result.median = times[times.size() / 2];
+    return result;
+}
+
+// zelmor with a home of its own, once its hotkeys are registered.
+bool startZelmor(QProcess& process, const QTemporaryDir& home)
+{
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("HOME"), home.path());
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
+    env.insert(QStringLiteral("XDG_DATA_HOME"), home.filePath(QStringLiteral("data")));
+    process.setProcessEnvironment(env);
+    process.start(QCoreApplication::applicationDirPath() + QStringLiteral("/../bin/zelmor"), {});
+    const QString log = home.filePath(QStringLiteral("data/Zelmor/Zelmor/zelmor.log"));
+    for (int i = 0; i < 1000; ++i) {
+        QFile file(log);
+        if (file.open(QIODevice::ReadOnly) && file.readAll().contains("hotkeys registered"))
+            return true;
+        QThread::msleep(10);
+    }
+    return false;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc > 1 && QByteArray(argv[1]) == "--floor") return runFloor(argc, argv);
+    QApplication app(argc, argv);
+    const int runs = argc > 1 ? std::max(1, atoi(argv[1])) : 20;
+    QTemporaryDir home;
+    QProcess zelmor;
+    if (!startZelmor(zelmor, home)) {
+        std::fprintf(stderr, "zelmor did not start\n");
+        return 1;
+    }
+    const Result ours = measure(zelmor, runs);
+    QProcess floor;
+    floor.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--floor")});
+    floor.waitForReadyRead(10000);
+    const Result bare = measure(floor, runs);
+
+    std::printf("F6 to the first changed pixel, %d runs (ms)\n", runs);
+    std::printf("%-22s%10s%10s%10s%8s\n", "program", "median", "first", "max", "missed");
+    for (const auto& [name, r] : {std::pair{"zelmor", ours}, std::pair{"bare Qt floor", bare}})
+        std::printf("%-22s%10.1f%10.1f%10.1f%8d\n", name, r.median, r.first, r.max, r.missed);
+    return 0;
+}

@@ -1,0 +1,383 @@
+#include "SettingsPages.h"
+
+#include "SettingsBlocks.h"
+#include "core/ConfigManager.h"
+#include "service/history/HistoryService.h"
+#include "widget/LicenseDialog.h"
+
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QFileDialog>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QKeySequenceEdit>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QSlider>
+#include <QSpinBox>
+#include <QStandardPaths>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include <functional>
+#include <utility>
+
+namespace zelmor::widget::settings {
+
+namespace {
+
+using core::ConfigManager;
+
+ConfigManager& config()
+{
+    return ConfigManager::instance();
+}
+
+struct Choice
+{
+    const char* data;
+    QString text;
+};
+
+// A stored value missing from the list leaves the combo at no selection.
+QComboBox* makeCombo(std::initializer_list<Choice> choices, const QString& current,
+                     void (ConfigManager::*write)(const QString&))
+{
+    auto* combo = new QComboBox;
+    for (const Choice& choice : choices)
+        combo->addItem(choice.text, QLatin1String(choice.data));
+    combo->setCurrentIndex(combo->findData(current));
+    QObject::connect(combo, &QComboBox::currentIndexChanged, combo,
+                     [combo, write] { (config().*write)(combo->currentData().toString()); });
+    return combo;
+}
+
+QSpinBox* makeSpin(int min, int max, int value, std::function<void(int)> write, int step = 1)
+{
+    auto* spin = new QSpinBox;
+    spin->setRange(min, max);
+    spin->setSingleStep(step);
+    spin->setValue(value);
+    QObject::connect(spin, &QSpinBox::valueChanged, spin, std::move(write));
+    return spin;
+}
+
+// Written when the user leaves the field or presses Return, not on every key.
+QLineEdit* makeLineEdit(const QString& value, void (ConfigManager::*write)(const QString&))
+{
+    auto* edit = new QLineEdit(value);
+    QObject::connect(edit, &QLineEdit::editingFinished, edit,
+                     [edit, write] { (config().*write)(edit->text()); });
+    return edit;
+}
+
+QPushButton* makeButton(const QString& text, bool primary = false)
+{
+    auto* button = new QPushButton(text);
+    button->setObjectName(primary ? QStringLiteral("settingsPrimaryBtn")
+                                  : QStringLiteral("settingsSecondaryBtn"));
+    button->setCursor(Qt::PointingHandCursor);
+    return button;
+}
+
+QString dataFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+}
+
+} // namespace
+
+QWidget* SettingsPages::general()
+{
+    const Page page =
+        makePage(tr("General", "settings.general.page.title"),
+                 tr("Appearance, language, and startup behavior.", "settings.general.page.desc"));
+    QVBoxLayout* appearance = addCard(
+        page.body, tr("Appearance", "settings.general.appearance"),
+        tr("Match Zelmor to your system or pick a theme.", "settings.general.appearance.desc"));
+    QComboBox* theme = makeCombo({{"system", tr("System", "settings.general.theme.system")},
+                                  {"light", tr("Light", "settings.general.theme.light")},
+                                  {"dark", tr("Dark", "settings.general.theme.dark")}},
+                                 config().theme(), &ConfigManager::setTheme);
+    QComboBox* language =
+        makeCombo({{"system", tr("System default", "settings.general.lang.system")},
+                   {"zh_CN", QStringLiteral("简体中文")},
+                   {"en_US", QStringLiteral("English")}},
+                  config().language(), &ConfigManager::setLanguage);
+    appearance->addWidget(
+        makeFieldPair(makeField(tr("Theme", "settings.general.theme"), theme),
+                      makeField(tr("Language", "settings.general.language"), language)));
+
+    QVBoxLayout* startup = addCard(
+        page.body, tr("Startup", "settings.general.startup"),
+        tr("Decide when Zelmor launches and what it shows.", "settings.general.startup.desc"));
+    // Stored only, as the other start-up settings: nothing reads it at start.
+    addSettingRow(
+        startup, tr("Start with Windows", "settings.general.autoStart"),
+        tr("Launch Zelmor automatically when you sign in.", "settings.general.autoStart.desc"),
+        config().autoStart(), [](bool on) { config().setAutoStart(on); });
+    addSettingRow(startup, tr("Start minimized to tray", "settings.general.startMinimized"),
+                  tr("Open to the tray, no main window.", "settings.general.startMinimized.desc"),
+                  config().startMinimizedToTray(),
+                  [](bool on) { config().setStartMinimizedToTray(on); });
+    addSettingRow(
+        startup, tr("Check for updates on startup", "settings.general.checkUpdates"),
+        tr("Ping the update server once when Zelmor starts.", "settings.general.checkUpdates.desc"),
+        config().checkUpdatesOnStart(), [](bool on) { config().setCheckUpdatesOnStart(on); });
+    addSettingRow(startup, tr("Run as administrator", "settings.general.runAsAdmin"),
+                  tr("Does not apply on Linux: Zelmor captures every window of your session "
+                     "without elevated rights.",
+                     "settings.general.runAsAdmin.desc"),
+                  config().runAsAdmin(), [](bool on) { config().setRunAsAdmin(on); })
+        ->setEnabled(false);
+    page.body->addStretch(1);
+    return page.scroll;
+}
+
+QWidget* SettingsPages::hotkeys()
+{
+    struct Hotkey
+    {
+        const char* name;
+        QString label;
+    };
+    const Page page = makePage(
+        tr("Hotkeys", "settings.hotkeys.page.title"),
+        tr("Global keyboard shortcuts. Edits apply immediately.", "settings.hotkeys.page.desc"));
+    // Both signals write, so a half-typed chord is stored and then replaced by the finished one.
+    const auto addGrid = [&page](const QString& title, const QString& description, int columns,
+                                 std::initializer_list<Hotkey> hotkeys) {
+        QVBoxLayout* card = addCard(page.body, title, description);
+        auto* grid = new QGridLayout;
+        grid->setHorizontalSpacing(20);
+        int cell = 0;
+        for (const Hotkey& hotkey : hotkeys) {
+            auto* edit = new QKeySequenceEdit(
+                QKeySequence::fromString(config().hotkey(hotkey.name), QKeySequence::PortableText));
+            const char* name = hotkey.name;
+            const auto write = [edit, name] {
+                config().setHotkey(name, edit->keySequence().toString(QKeySequence::PortableText));
+            };
+            QObject::connect(edit, &QKeySequenceEdit::keySequenceChanged, edit, write);
+            QObject::connect(edit, &QKeySequenceEdit::editingFinished, edit, write);
+            grid->addWidget(makeField(hotkey.label, edit), cell / columns, cell % columns);
+            ++cell;
+        }
+        card->addLayout(grid);
+    };
+    addGrid(tr("Capture", "settings.hotkeys.capture"),
+            tr("Take a screenshot of a region, screen, window, or after a delay.",
+               "settings.hotkeys.capture.desc"),
+            2,
+            {{"region", tr("Region capture:", "settings.hotkeys.region")},
+             {"fullscreen", tr("Fullscreen capture:", "settings.hotkeys.fullscreen")},
+             {"window", tr("Window capture:", "settings.hotkeys.window")},
+             {"delayed", tr("Delayed capture:", "settings.hotkeys.delayed")}});
+    addGrid(tr("Tools & Utility Shortcuts", "settings.hotkeys.tools"),
+            tr("Specialized capture modes, pin toggles, and shortcut utility panels.",
+               "settings.hotkeys.tools.desc"),
+            3,
+            {{"gif", tr("GIF record:", "settings.hotkeys.gif")},
+             {"scroll", tr("Scroll capture:", "settings.hotkeys.scroll")},
+             {"pinClickThrough", tr("Pin click-through:", "settings.hotkeys.pinClickThrough")},
+             {"pinFromClipboard", tr("Pin from clipboard:", "settings.hotkeys.pinFromClipboard")},
+             {"history", tr("History panel:", "settings.hotkeys.history")},
+             {"shortcutSheet", tr("Shortcut sheet:", "settings.hotkeys.shortcutSheet")}});
+    auto* hint =
+        new QLabel(tr("Hotkeys take effect immediately after editing.", "settings.hotkeys.hint"));
+    hint->setObjectName(QStringLiteral("fieldHint"));
+    page.body->addWidget(hint);
+    page.body->addStretch(1);
+    return page.scroll;
+}
+
+QWidget* SettingsPages::capture()
+{
+    const Page page = makePage(tr("Capture", "settings.capture.page.title"),
+                               tr("Output format, save location, and auto-behavior after a "
+                                  "capture.",
+                                  "settings.capture.page.desc"));
+    QVBoxLayout* format =
+        addCard(page.body, tr("Format", "settings.capture.format"),
+                tr("Default image format. PNG for lossless, JPG for smaller files.",
+                   "settings.capture.format.desc"));
+    QComboBox* formatCombo =
+        makeCombo({{"png", QStringLiteral("PNG")}, {"jpg", QStringLiteral("JPG")}},
+                  config().captureFormat(), &ConfigManager::setCaptureFormat);
+    QSpinBox* quality =
+        makeSpin(1, 100, config().jpgQuality(), [](int q) { config().setJpgQuality(q); });
+    format->addWidget(makeFieldPair(
+        makeField(tr("Default format", "settings.capture.defaultFormat"), formatCombo),
+        makeField(tr("JPG quality", "settings.capture.jpgQuality"), quality)));
+
+    QVBoxLayout* save = addCard(page.body, tr("Save", "settings.capture.save"),
+                                tr("Where captured images are written and how files are named.",
+                                   "settings.capture.save.desc"));
+    auto* dirWrap = new QWidget;
+    dirWrap->setObjectName(QStringLiteral("inlineInputWrap"));
+    auto* dirRow = new QHBoxLayout(dirWrap);
+    dirRow->setContentsMargins(0, 0, 0, 0);
+    dirRow->setSpacing(6);
+    QLineEdit* dir = makeLineEdit(config().outputDir(), &ConfigManager::setOutputDir);
+    dir->setAccessibleName(tr("Output directory", "settings.capture.outputDir"));
+    QPushButton* browse = makeButton(tr("Browse…", "settings.capture.browse"));
+    browse->setObjectName(QStringLiteral("inlineBtn"));
+    QObject::connect(browse, &QPushButton::clicked, dir, [dir] {
+        const QString chosen =
+            QFileDialog::getExistingDirectory(dir->window(), QString(), dir->text());
+        if (chosen.isEmpty()) return;
+        dir->setText(chosen);
+        config().setOutputDir(chosen);
+    });
+    dirRow->addWidget(dir, 1);
+    dirRow->addWidget(browse);
+    save->addWidget(makeField(tr("Output directory", "settings.capture.outputDir"), dirWrap));
+    save->addWidget(makeField(
+        tr("File name pattern", "settings.capture.fileNaming"),
+        makeLineEdit(config().fileNaming(), &ConfigManager::setFileNaming),
+        tr("Variables: {date}, {time}, {seq}, {w}, {h}.", "settings.capture.fileNaming.hint")));
+    addSettingRow(save, tr("Auto-copy to clipboard", "settings.capture.autoCopy"), QString(),
+                  config().autoCopy(), [](bool on) { config().setAutoCopy(on); });
+    addSettingRow(save, tr("Auto-save file", "settings.capture.autoSave"), QString(),
+                  config().autoSave(), [](bool on) { config().setAutoSave(on); });
+    addSettingRow(save, tr("Hide pinned windows before capture", "settings.capture.hidePins"),
+                  QString(), config().hidePins(), [](bool on) { config().setHidePins(on); });
+
+    QVBoxLayout* gif =
+        addCard(page.body, tr("GIF", "settings.capture.gif"),
+                tr("Defaults for GIF screen recordings.", "settings.capture.gif.desc"));
+    gif->addWidget(makeFieldPair(
+        makeField(tr("GIF fps", "settings.capture.gifFps"),
+                  makeSpin(1, 30, config().gifFps(), [](int v) { config().setGifFps(v); })),
+        makeField(tr("GIF duration (s)", "settings.capture.gifDuration"),
+                  makeSpin(1, 60, config().gifDurationSecs(),
+                           [](int v) { config().setGifDurationSecs(v); }))));
+    page.body->addStretch(1);
+    return page.scroll;
+}
+
+QWidget* SettingsPages::pin()
+{
+    const Page page =
+        makePage(tr("Pin", "settings.pin.page.title"),
+                 tr("Defaults for pinned screenshot windows.", "settings.pin.page.desc"));
+    QVBoxLayout* appearance = addCard(
+        page.body, tr("Appearance", "settings.pin.appearance"),
+        tr("Default opacity and where new pins appear on screen.", "settings.pin.appearance.desc"));
+    auto* opacityRow = new QWidget;
+    auto* opacityLayout = new QHBoxLayout(opacityRow);
+    opacityLayout->setContentsMargins(0, 0, 0, 0);
+    auto* slider = new QSlider(Qt::Horizontal);
+    slider->setRange(20, 100);
+    slider->setValue(qRound(config().pinOpacity() * 100));
+    auto* percent = new QLabel;
+    percent->setMinimumWidth(40);
+    const auto showPercent = [percent](int value) {
+        percent->setText(QStringLiteral("%1%").arg(value));
+    };
+    showPercent(slider->value());
+    QObject::connect(slider, &QSlider::valueChanged, percent, [showPercent](int value) {
+        showPercent(value);
+        config().setPinOpacity(value / 100.0);
+    });
+    opacityLayout->addWidget(slider, 1);
+    opacityLayout->addWidget(percent);
+    appearance->addWidget(makeField(tr("Default opacity", "settings.pin.opacity"), opacityRow));
+    slider->setAccessibleName(tr("Default opacity", "settings.pin.opacity"));
+    appearance->addWidget(
+        makeField(tr("Default position", "settings.pin.position"),
+                  makeCombo({{"center", tr("Screen center", "settings.pin.position.center")},
+                             {"cursor", tr("Under cursor", "settings.pin.position.cursor")}},
+                            config().pinPosition(), &ConfigManager::setPinPosition)));
+
+    // The two bounds are not checked against each other.
+    QVBoxLayout* zoom = addCard(page.body, tr("Zoom", "settings.pin.zoom"),
+                                tr("How far a pin can be zoomed in or out with the scroll wheel.",
+                                   "settings.pin.zoom.desc"));
+    zoom->addWidget(
+        makeFieldPair(makeField(tr("Min zoom (%)", "settings.pin.minZoom"),
+                                makeSpin(
+                                    10, 500, qRound(config().pinMinZoom() * 100),
+                                    [](int v) { config().setPinMinZoom(v / 100.0); }, 10)),
+                      makeField(tr("Max zoom (%)", "settings.pin.maxZoom"),
+                                makeSpin(
+                                    10, 500, qRound(config().pinMaxZoom() * 100),
+                                    [](int v) { config().setPinMaxZoom(v / 100.0); }, 10))));
+    page.body->addStretch(1);
+    return page.scroll;
+}
+
+QWidget* SettingsPages::privacy()
+{
+    const Page page = makePage(tr("Privacy", "settings.privacy.page.title"),
+                               tr("Zelmor works fully offline. Confirm where your data lives and "
+                                  "clear it on demand.",
+                                  "settings.privacy.page.desc"));
+    QVBoxLayout* data =
+        addCard(page.body, tr("Data", "settings.privacy.data"),
+                tr("All captures and AI conversations stay on this machine. Nothing is uploaded.",
+                   "settings.privacy.data.desc"));
+    auto* folder = new QLabel(dataFolder());
+    folder->setObjectName(QStringLiteral("fieldHint"));
+    folder->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    data->addWidget(folder);
+    auto* buttons = new QHBoxLayout;
+    QPushButton* clear = makeButton(tr("Clear capture history", "settings.privacy.clear"));
+    QPushButton* open = makeButton(tr("Open data folder", "settings.privacy.openFolder"));
+    QWidget* pageWidget = page.scroll;
+    QObject::connect(clear, &QPushButton::clicked, pageWidget, [pageWidget] {
+        const auto answer =
+            QMessageBox::question(pageWidget, tr("Clear history", "settings.privacy.clearTitle"),
+                                  tr("Delete all history records? Files on disk are kept.",
+                                     "settings.privacy.clearConfirm"),
+                                  QMessageBox::Yes | QMessageBox::No);
+        if (answer == QMessageBox::Yes) service::history::HistoryService::instance().clear();
+    });
+    QObject::connect(open, &QPushButton::clicked, open,
+                     [] { QDesktopServices::openUrl(QUrl::fromLocalFile(dataFolder())); });
+    buttons->addWidget(clear);
+    buttons->addWidget(open);
+    buttons->addStretch(1);
+    data->addLayout(buttons);
+    page.body->addStretch(1);
+    return page.scroll;
+}
+
+QWidget* SettingsPages::about()
+{
+    const Page page =
+        makePage(tr("About", "settings.about.page.title"),
+                 tr("Version, updates, and open-source notices.", "settings.about.page.desc"));
+    QVBoxLayout* card = addCard(
+        page.body, QStringLiteral("Zelmor"),
+        tr("Version %1", "settings.about.version").arg(QCoreApplication::applicationVersion()));
+    auto* buttons = new QHBoxLayout;
+    QPushButton* website = makeButton(tr("🌐 官方网站", "settings.about.website"));
+    QPushButton* notice = makeButton(tr("Open-source notice", "settings.about.notice"));
+    QObject::connect(website, &QPushButton::clicked, website,
+                     [] { QDesktopServices::openUrl(QUrl(QStringLiteral("https://zelmor.app"))); });
+    QWidget* pageWidget = page.scroll;
+    QObject::connect(notice, &QPushButton::clicked, pageWidget, [pageWidget] {
+        QString html;
+        for (const LicenseNotice& n : licenseNotices())
+            html += QStringLiteral("<p><b>%1</b> — %2<br>%3</p>")
+                        .arg(n.component.toHtmlEscaped(), n.use.toHtmlEscaped(),
+                             n.license.toHtmlEscaped());
+        QMessageBox box(QMessageBox::NoIcon, tr("Open-source notice", "settings.about.notice"),
+                        html, QMessageBox::Ok, pageWidget);
+        box.setTextFormat(Qt::RichText);
+        box.setTextInteractionFlags(Qt::TextBrowserInteraction);
+        box.exec();
+    });
+    buttons->addWidget(website);
+    buttons->addWidget(notice);
+    buttons->addStretch(1);
+    card->addLayout(buttons);
+    page.body->addStretch(1);
+    return page.scroll;
+}
+
+} // namespace zelmor::widget::settings

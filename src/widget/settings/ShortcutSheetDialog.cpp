@@ -1,0 +1,93 @@
+#include "ShortcutSheetDialog.h"
+
+#include "core/ConfigManager.h"
+
+#include <QCoreApplication>
+#include <QDialogButtonBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace zelmor::widget {
+
+namespace {
+
+constexpr char kContext[] = "zelmor::widget::ShortcutSheetDialog";
+
+struct SheetRow
+{
+    struct
+    {
+        const char* source;
+        const char* comment;
+    } text;
+    const char* hotkey;
+};
+
+const SheetRow kRows[] = {
+    {QT_TRANSLATE_NOOP3(kContext, "Capture region", "shortcutSheet.row.region"), "region"},
+    {QT_TRANSLATE_NOOP3(kContext, "Capture fullscreen", "shortcutSheet.row.fullscreen"),
+     "fullscreen"},
+    {QT_TRANSLATE_NOOP3(kContext, "Capture window", "shortcutSheet.row.window"), "window"},
+    {QT_TRANSLATE_NOOP3(kContext, "Delayed capture", "shortcutSheet.row.delayed"), "delayed"},
+    {QT_TRANSLATE_NOOP3(kContext, "Record GIF", "shortcutSheet.row.gif"), "gif"},
+    {QT_TRANSLATE_NOOP3(kContext, "Scroll capture", "shortcutSheet.row.scroll"), "scroll"},
+    {QT_TRANSLATE_NOOP3(kContext, "Toggle pin click-through", "shortcutSheet.row.pinClickThru"),
+     "pinClickThrough"},
+    {QT_TRANSLATE_NOOP3(kContext, "Pin from clipboard", "shortcutSheet.row.pinClip"),
+     "pinFromClipboard"},
+    {QT_TRANSLATE_NOOP3(kContext, "Open history", "shortcutSheet.row.history"), "history"},
+    {QT_TRANSLATE_NOOP3(kContext, "Shortcut cheat sheet", "shortcutSheet.row.sheet"),
+     "shortcutSheet"},
+};
+
+QTableWidgetItem* readOnlyItem(const QString& text)
+{
+    auto* item = new QTableWidgetItem(text);
+    item->setFlags(Qt::ItemIsEnabled);
+    return item;
+}
+
+} // namespace
+
+ShortcutSheetDialog::ShortcutSheetDialog(QWidget* parent)
+    : QDialog(parent), m_table(new QTableWidget(this))
+{
+    setWindowTitle(tr("Zelmor — Shortcut cheat sheet", "shortcutSheet.title"));
+    setMinimumWidth(420);
+    auto* layout = new QVBoxLayout(this);
+    auto* hint = new QLabel(
+        tr("Current global hotkeys. Remap them in Settings → Hotkeys.", "shortcutSheet.hint"));
+    hint->setObjectName(QStringLiteral("fieldHint"));
+    layout->addWidget(hint);
+
+    m_table->setAccessibleName(windowTitle());
+    m_table->setColumnCount(2);
+    m_table->setHorizontalHeaderLabels(
+        {tr("Action", "shortcutSheet.col.action"), tr("Shortcut", "shortcutSheet.col.shortcut")});
+    m_table->verticalHeader()->hide();
+    m_table->horizontalHeader()->setStretchLastSection(true);
+    m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_table->setSelectionMode(QAbstractItemView::NoSelection);
+    m_table->setFocusPolicy(Qt::NoFocus);
+    m_table->setRowCount(int(std::size(kRows)));
+    const core::ConfigManager& config = core::ConfigManager::instance();
+    int row = 0;
+    for (const SheetRow& sheetRow : kRows) {
+        m_table->setItem(row, 0,
+                         readOnlyItem(QCoreApplication::translate(kContext, sheetRow.text.source,
+                                                                  sheetRow.text.comment)));
+        m_table->setItem(row, 1, readOnlyItem(config.hotkey(sheetRow.hotkey)));
+        ++row;
+    }
+    m_table->resizeColumnsToContents();
+    m_table->resizeRowsToContents();
+    layout->addWidget(m_table);
+
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
+    layout->addWidget(buttons);
+}
+
+} // namespace zelmor::widget

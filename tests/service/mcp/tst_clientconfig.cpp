@@ -1,0 +1,137 @@
+#include "TestMain.h"
+#include "TestSupport.h"
+
+#include "service/mcp/ClientConfig.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+using namespace zelmor::service::mcp;
+using zelmor::test::readFile;
+using zelmor::test::writeFile;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QJsonObject readJson(const QString& path)
+{
+    return QJsonDocument::fromJson(readFile(path)).object();
+}
+
+} // namespace
+
+class TestClientConfig : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+
+private slots:
+    void initTestCase()
+    {
+        // As a user may leave it by editing the file, before the store reads it.
+        QSettings(QSettings::IniFormat, QSettings::UserScope, QCoreApplication::organizationName(),
+                  QCoreApplication::applicationName())
+            .setValue("mcp/customPaths", QStringList{"", "/x/a.json", "", "/y/b.json"});
+        // The executable is looked for beside this one.
+        const QString beside = mcpExecutablePath();
+        if (!QFile::exists(beside))
+            QVERIFY(QFile::link(qEnvironmentVariable("ZELMOR_BIN_DIR") + "/zelmor-mcp", beside));
+    }
+
+    // Each row: the file before (absent when null), the action, and what must hold after.
+    void edits_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<bool>("insert");
+        QTest::addColumn<int>("times");
+        QTest::addColumn<QByteArray>("after"); // compact JSON; "same" when untouched
+        const QByteArray entry =
+            QJsonDocument(QJsonObject{{"args", QJsonArray()}, {"command", mcpExecutablePath()}})
+                .toJson(QJsonDocument::Compact);
+        QTest::newRow("insert into a missing file")
+            << QByteArray() << true << 1
+            << QByteArray(R"({"mcpServers":{"zelmor":)" + entry + "}}");
+        QTest::newRow("others kept, inserted twice")
+            << R"({"theme":1,"mcpServers":{"other":{"command":"x"}}})"_ba << true << 2
+            << QByteArray(R"({"mcpServers":{"other":{"command":"x"},"zelmor":)" + entry +
+                          R"(},"theme":1})");
+        QTest::newRow("a string of servers is lost")
+            << R"({"mcpServers":"text"})"_ba << true << 1
+            << QByteArray(R"({"mcpServers":{"zelmor":)" + entry + "}}");
+        QTest::newRow("remove the last: the key goes, the file stays")
+            << R"({"a":2,"mcpServers":{"zelmor":{}}})"_ba << false << 1 << R"({"a":2})"_ba;
+        QTest::newRow("remove from a missing file") << QByteArray() << false << 1 << "same"_ba;
+        QTest::newRow("remove a name not there")
+            << R"({"mcpServers":{"other":{}}})"_ba << false << 1 << "same"_ba;
+        for (bool insert : {true, false})
+            QTest::addRow("top-level array, %s", insert ? "insert" : "remove")
+                << "[1, 2]"_ba << insert << 1 << "same"_ba;
+    }
+    void edits()
+    {
+        QFETCH(QByteArray, before);
+        QFETCH(bool, insert);
+        QFETCH(int, times);
+        QFETCH(QByteArray, after);
+        const QString path =
+            m_dir.filePath(QString("%1/deeper/config.json").arg(QTest::currentDataTag()));
+        if (!before.isNull())
+            QVERIFY(QDir().mkpath(QFileInfo(path).path()) && writeFile(path, before));
+        QString message;
+        for (int i = 0; i < times; ++i)
+            message =
+                insert ? injectClientConfig(path, "zelmor") : removeClientConfig(path, "zelmor");
+        const bool parseError = before.startsWith('[');
+        QCOMPARE(message.startsWith("Parse error in " + path + ": "), parseError);
+        QVERIFY2(message.isEmpty() || parseError, qPrintable(message));
+        if (after == "same") {
+            QCOMPARE(QFile::exists(path), !before.isNull());
+            if (!before.isNull()) QCOMPARE(readFile(path), before);
+        } else {
+            QCOMPARE(QJsonDocument(readJson(path)).toJson(QJsonDocument::Compact), after);
+        }
+        QCOMPARE(isClientConfigured(path, "zelmor"), insert && !parseError);
+    }
+
+    void customRowsCountNonEmptyPaths()
+    {
+        const QList<McpClientEntry> entries = mcpClientEntries();
+        QCOMPARE(entries.size(), 10);
+        QCOMPARE(entries[8].id, "custom_1");
+        QCOMPARE(entries[8].displayName, "自定义实例 (a.json)");
+        QCOMPARE(entries[9].id, "custom_2");
+        QCOMPARE(entries[9].configPath, "/y/b.json");
+    }
+
+    void snippetIsValidJson()
+    {
+        const QJsonObject snippet =
+            QJsonDocument::fromJson(clientConfigSnippet("zelmor").toUtf8()).object();
+        QCOMPARE(snippet["mcpServers"]["zelmor"]["command"].toString(), mcpExecutablePath());
+    }
+
+    // What Zelmor writes starts the server for a real client.
+    void entryStartsTheServer()
+    {
+        if (QStandardPaths::findExecutable("node").isEmpty()) QSKIP("node is not installed");
+        const QString path = m_dir.filePath("client/config.json");
+        QCOMPARE(injectClientConfig(path, "zelmor"), QString());
+        QProcess node;
+        node.setWorkingDirectory(QStringLiteral(ZELMOR_TESTS_DIR "/mcp"));
+        node.start("node", {"config_entry.mjs", path});
+        QVERIFY(node.waitForFinished(60000));
+        QCOMPARE(node.readAllStandardOutput().trimmed(), "32");
+    }
+};
+
+ZELMOR_TEST_MAIN(TestClientConfig, QCoreApplication)
+#include "tst_clientconfig.moc"

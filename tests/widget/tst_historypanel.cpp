@@ -1,3 +1,4 @@
+#include "FakeFileManager.h"
 #include "TestMain.h"
 #include "TestSupport.h"
 
@@ -70,17 +71,6 @@ class UrlCatcher : public QObject
     Q_OBJECT
 public Q_SLOTS:
     void open(const QUrl&) {}
-};
-
-// Serves ShowItems from a thread of its own while the panel's call blocks the test's thread.
-class FakeFileManager : public QObject
-{
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
-public:
-    QStringList items;
-public Q_SLOTS:
-    void ShowItems(const QStringList& uris, const QString&) { items += uris; }
 };
 
 } // namespace
@@ -312,7 +302,7 @@ private Q_SLOTS:
     void locateAsksTheFileManager()
     {
         QThread thread;
-        FakeFileManager manager;
+        zelmor::test::FakeFileManager manager;
         manager.moveToThread(&thread);
         thread.start();
         QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "fm");

@@ -2,6 +2,7 @@
 // found, focused and changed, the desktop's URL handlers and the search path, and a file
 // manager on the session bus.
 
+#include "FakeFileManager.h"
 #include "TestMain.h"
 #include "TestSupport.h"
 #include "UiFixture.h"
@@ -46,18 +47,6 @@ public:
     QList<QUrl> opened;
 public Q_SLOTS:
     void open(const QUrl& url) { opened << url; }
-};
-
-// Answers on the session bus from a thread of its own, so the tool's blocking call can be
-// served while the test's thread waits in it; its items are read in that thread too.
-class FakeFileManager : public QObject
-{
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
-public:
-    QStringList items;
-public Q_SLOTS:
-    void ShowItems(const QStringList& uris, const QString&) { items += uris; }
 };
 
 WindowRecord recordOf(WindowHandle handle)
@@ -227,7 +216,7 @@ private Q_SLOTS:
         m_urls.opened.clear();
         QThread thread;
         thread.start();
-        FakeFileManager manager;
+        zelmor::test::FakeFileManager manager;
         manager.moveToThread(&thread);
         QDBusConnection bus =
             QDBusConnection::connectToBus(QDBusConnection::SessionBus, "fake-file-manager");

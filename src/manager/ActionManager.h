@@ -95,6 +95,7 @@ private:
     void connectRecording();
     void showRecordHud();
     void openGifEditor(const QList<QImage>& frames, int intervalMs, const QString& path);
+    void showRegionFrame(const QRect& rect);
     void retireRegionFrame();
     void connectScrolling();
     void connectHistory();

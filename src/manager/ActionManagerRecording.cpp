@@ -25,6 +25,15 @@ constexpr qint64 kMebibyte = 1024 * 1024;
 // the screen, repainted by its programs, before the first frame is taken.
 constexpr int kOverlayGoneMs = 200;
 
+// Where the strips over a recording or a scroll capture stand: centred, 12 px under the top.
+void placeAtTopCentre(QWidget* strip)
+{
+    const QScreen* primary = QGuiApplication::primaryScreen();
+    if (!primary) return;
+    const QRect g = primary->availableGeometry();
+    strip->move(g.center().x() - strip->width() / 2, g.top() + 12);
+}
+
 } // namespace
 
 void ActionManager::connectRecording()
@@ -72,9 +81,7 @@ void ActionManager::recordGif()
     overlay->setMode(1);
     connect(overlay, &widget::CaptureOverlay::recordStartRequested, this,
             [this](const QRect& rect, int durationSecs, int fps) {
-                delete m_regionFrame;
-                m_regionFrame = new widget::RecordRegionFrame(rect, nullptr);
-                m_regionFrame->show();
+                showRegionFrame(rect);
                 QTimer::singleShot(kOverlayGoneMs, m_recordingService,
                                    [=] { m_recordingService->recordGif(rect, durationSecs, fps); });
             });
@@ -94,10 +101,7 @@ void ActionManager::showRecordHud()
         connect(m_recordHud, &widget::RecordHud::cancelRequested, m_recordingService,
                 &RecordingService::cancel);
     }
-    if (const QScreen* primary = QGuiApplication::primaryScreen()) {
-        const QRect g = primary->availableGeometry();
-        m_recordHud->move(g.center().x() - m_recordHud->width() / 2, g.top() + 12);
-    }
+    placeAtTopCentre(m_recordHud);
     m_recordHud->setPaused(false);
     m_recordHud->show();
     m_recordHud->raise();
@@ -155,9 +159,7 @@ void ActionManager::scrollCapture()
 
 void ActionManager::startScroll(const QRect& rect)
 {
-    delete m_regionFrame;
-    m_regionFrame = new widget::RecordRegionFrame(rect, nullptr);
-    m_regionFrame->show();
+    showRegionFrame(rect);
     if (!m_scrollHud) {
         m_scrollHud = new widget::ScrollHud(nullptr);
         m_scrollHud->hide();
@@ -167,10 +169,7 @@ void ActionManager::startScroll(const QRect& rect)
         connect(m_scrollHud, &widget::ScrollHud::cancelRequested, m_captureService,
                 &CaptureService::cancelScrollCapture);
     }
-    if (const QScreen* primary = QGuiApplication::primaryScreen()) {
-        const QRect g = primary->availableGeometry();
-        m_scrollHud->move(g.center().x() - m_scrollHud->width() / 2, g.top() + 12);
-    }
+    placeAtTopCentre(m_scrollHud);
     m_scrollHud->setStitchedHeight(0);
     m_scrollHud->show();
     m_scrollHud->raise();
@@ -182,6 +181,14 @@ void ActionManager::endScroll()
 {
     if (m_scrollHud) m_scrollHud->hide();
     retireRegionFrame();
+}
+
+// A new start replaces a frame still standing at once, not later.
+void ActionManager::showRegionFrame(const QRect& rect)
+{
+    delete m_regionFrame;
+    m_regionFrame = new widget::RecordRegionFrame(rect, nullptr);
+    m_regionFrame->show();
 }
 
 void ActionManager::retireRegionFrame()

@@ -112,14 +112,7 @@ class TestAiApi : public QObject
         AiProviderService& providers = AiProviderService::instance();
         for (const AiProvider& p : providers.list())
             providers.remove(p.id);
-        AiProvider p;
-        p.name = "fake";
-        p.protocol = protocol;
-        p.baseUrl = m_server.baseUrl();
-        p.apiKey = key;
-        p.model = "m";
-        p.isDefault = true;
-        QVERIFY(providers.insert(p) > 0);
+        QVERIFY(providers.insert({0, "fake", protocol, m_server.baseUrl(), key, "m", true, 0}) > 0);
     }
 
     Outcome chat(const ChatRequest& request = {})
@@ -224,16 +217,15 @@ private Q_SLOTS:
         for (const char* name : {"content-type", "authorization", "x-api-key", "anthropic-version"})
             headers << QString::fromUtf8(sent.headers.value(name, "-"));
         QCOMPARE(headers, dialect.headers);
-        const QString body = dialect.body;
         QVERIFY(!sent.body.contains('\n'));
         QString text = QString::fromUtf8(sent.body);
         const QString png = pngIn(text);
-        QCOMPARE(!png.isEmpty(), body.contains("<png>"));
+        QCOMPARE(!png.isEmpty(), dialect.body.contains("<png>"));
         if (!png.isEmpty()) text.replace(png, "<png>");
         QCOMPARE(decodePng(png).convertToFormat(QImage::Format_ARGB32),
                  png.isEmpty() ? QImage() : sampleImage());
         QCOMPARE(QJsonDocument::fromJson(text.toUtf8()).object(),
-                 QJsonDocument::fromJson(body.toUtf8()).object());
+                 QJsonDocument::fromJson(dialect.body.toUtf8()).object());
     }
 
     // Replies in no dialect's shape, and failures: an error's own message when it has one.
@@ -320,11 +312,8 @@ private Q_SLOTS:
         QFETCH(QByteArray, reply);
         QFETCH(QString, error);
         useProvider("ollama"); // the record under test is not the stored one
-        AiProvider p;
-        p.protocol = "anthropic";
-        p.baseUrl = m_server.baseUrl() + "/tested";
-        p.apiKey = "k";
-        p.model = "tiny";
+        const AiProvider p{0,   {},     "anthropic", m_server.baseUrl() + "/tested",
+                           "k", "tiny", false,       0};
         m_server.enqueue(status, reply);
 
         AiApiService service;
@@ -347,9 +336,7 @@ private Q_SLOTS:
     void testConnectionEndsWithItsService()
     {
         m_server.enqueueHold();
-        AiProvider p;
-        p.protocol = "ollama";
-        p.baseUrl = m_server.baseUrl();
+        const AiProvider p{0, {}, "ollama", m_server.baseUrl(), {}, {}, false, 0};
         int answers = 0;
         auto service = std::make_unique<AiApiService>();
         service->testConnection(p, [&](bool, const QString&) { ++answers; });

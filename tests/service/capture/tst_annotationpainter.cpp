@@ -141,12 +141,11 @@ private Q_SLOTS:
         paintMosaic(painter, source, rect, blockSize);
         painter.end();
 
-        const int edge = std::max(blockSize, 2);
         QImage expected = canvas(Qt::white, source.size());
         QPainter means(&expected);
         for (int by : origins)
             for (int bx : origins) {
-                const QRect block = QRect(bx, by, edge, edge) & source.rect();
+                const QRect block = QRect(bx, by, blockSize, blockSize) & source.rect();
                 const int n = block.width() * block.height();
                 int r = 0, g = 0, b = 0;
                 for (int i = 0; i < n; ++i) {

@@ -187,10 +187,9 @@ private Q_SLOTS:
         for (int i = 0; i < 40; ++i)
             input(p, key);
         QCOMPARE(p->zoom(), limit);
-        if (key == QLatin1String("+"))
-            ConfigManager::instance().setPinMaxZoom(changedLimit);
-        else
-            ConfigManager::instance().setPinMinZoom(changedLimit);
+        ConfigManager& config = ConfigManager::instance();
+        key == QLatin1String("+") ? config.setPinMaxZoom(changedLimit)
+                                  : config.setPinMinZoom(changedLimit);
         input(p, key);
         QCOMPARE(p->zoom(), changedLimit);
     }

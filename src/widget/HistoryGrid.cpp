@@ -4,6 +4,7 @@
 #include "core/Utilities.h"
 
 #include <QFileInfo>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QResizeEvent>
 
@@ -112,8 +113,7 @@ void HistoryGridModel::onTileReady(const QString& path, const QImage& tile)
 {
     thumbnailCache().insert(path, new QPixmap(QPixmap::fromImage(tile)), 1);
     for (int row = 0; row < m_items.size(); ++row)
-        if (m_items[row].path == path)
-            emit dataChanged(index(row), index(row), {Qt::DecorationRole});
+        if (m_items[row].path == path) emit tileReady(index(row));
 }
 
 void HistoryGridDelegate::applyTheme(bool dark)
@@ -233,8 +233,13 @@ HistoryThumbnailView::HistoryThumbnailView(QWidget* parent)
     setContextMenuPolicy(Qt::CustomContextMenu);
     setMouseTracking(true);
     viewport()->setAttribute(Qt::WA_Hover);
+    // An opaque viewport lets scrolling move the painted pixels and repaint only the strip
+    // that comes into view; a styled background would repaint all of it on every step.
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
     setModel(m_model);
     setItemDelegate(m_delegate);
+    connect(m_model, &HistoryGridModel::tileReady, this,
+            qOverload<const QModelIndex&>(&QAbstractItemView::update));
     applyModeSizes();
     connect(this, &QAbstractItemView::activated, this, [this](const QModelIndex& index) {
         if (const core::HistoryItem* entry = m_model->item(index.row())) emit itemActivated(*entry);
@@ -274,6 +279,18 @@ void HistoryThumbnailView::resizeEvent(QResizeEvent* event)
 {
     QListView::resizeEvent(event);
     if (m_listMode) applyModeSizes();
+}
+
+// The list view paints every row in the bounding rectangle of what needs painting; while
+// scrolling under the pointer that is the new strip and the hovered row far apart, so each
+// part is painted on its own.
+void HistoryThumbnailView::paintEvent(QPaintEvent* event)
+{
+    QPainter(viewport()).fillRect(event->rect(), palette().brush(QPalette::Base));
+    for (const QRect& part : event->region()) {
+        QPaintEvent partEvent(part);
+        QListView::paintEvent(&partEvent);
+    }
 }
 
 void HistoryThumbnailView::applyModeSizes()

@@ -31,6 +31,11 @@ public:
     // Tiles by file path, shared by every view of the process.
     static QCache<QString, QPixmap>& thumbnailCache();
 
+Q_SIGNALS:
+    // Only the tile changed: the view repaints the row, where dataChanged would lay out
+    // every row again.
+    void tileReady(const QModelIndex& index);
+
 private:
     void onTileReady(const QString& path, const QImage& tile);
 
@@ -81,6 +86,7 @@ Q_SIGNALS:
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     void applyModeSizes();

@@ -1,5 +1,7 @@
 #include "ThumbnailLoader.h"
 
+#include "platform/Threads.h"
+
 #include <QImageReader>
 #include <QPainter>
 #include <QThread>
@@ -35,6 +37,7 @@ void ThumbnailLoader::request(const QString& path)
     m_priority = m_priority == INT_MAX ? 0 : m_priority + 1;
     m_pool.start(
         [this, path] {
+            platform::lowerCurrentThreadPriority();
             const QImage tile = makeTile(path);
             QMetaObject::invokeMethod(
                 this,

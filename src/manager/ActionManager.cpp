@@ -85,6 +85,8 @@ void ActionManager::connectHistory()
             [](const QPixmap& pm) { core::copyPixmapToClipboard(pm); });
     connect(m_mainWindow, &widget::MainWindow::reeditFromHistoryRequested, this,
             &ActionManager::reeditFromPixmap);
+    connect(m_mainWindow, &widget::MainWindow::captureForAiChatRequested, this,
+            &ActionManager::captureForAiChat);
 }
 
 void ActionManager::captureRegion()
@@ -252,12 +254,15 @@ void ActionManager::showTextResult(const QString& text, bool translation)
                 const QPixmap pixmap = translation ? makeTranslationNote(note) : makeOcrNote(note);
                 if (!pixmap.isNull()) m_pinManager->addPin(pixmap);
             });
-    // Recognised text goes on as a chat message once the chat panel exists; a translation
-    // only opens the chat.
-    dialog->setChatAvailable(true);
-    connect(dialog, &widget::OcrResultDialog::chatRequested, this, [this] {
-        if (m_mainWindow) m_mainWindow->showAiChat();
-    });
+    // Recognised text goes on as a chat message; a translation only opens the chat.
+    connect(dialog, &widget::OcrResultDialog::chatRequested, this,
+            [this, translation](const QString& text) {
+                if (translation) {
+                    if (m_mainWindow) m_mainWindow->showAiChat();
+                } else {
+                    handTextToChat(text);
+                }
+            });
     dialog->show();
     dialog->raise();
     dialog->activateWindow();

@@ -49,6 +49,8 @@ public Q_SLOTS:
     void ocrWithPixmap(const QPixmap& pixmap);
     void translateWithPixmap(const QPixmap& pixmap);
     void aiAnnotateWithPixmap(const QPixmap& pixmap);
+    void captureForAiChat();
+    void aiChat();
     void captureFullscreen();
     void captureWindow();
     void captureDelayed(int secs = 3);
@@ -89,6 +91,8 @@ private:
                      const QString& failedMessage);
     void saveAiSource(const QPixmap& pixmap);
     void showTextResult(const QString& text, bool translation);
+    void reopenChat();
+    void handTextToChat(const QString& text);
     void copyAndSave(const QPixmap& cropped);
     void saveCropped(const QPixmap& cropped, SaveKind kind);
     void copyOnly(const QPixmap& cropped, const QString& body);

@@ -84,6 +84,9 @@ void TrayService::rebuildMenu()
         tr("Zelmor · v%1", "tray.header").arg(QStringLiteral("1.0.20")), 0, menu));
     menu->addSeparator();
 
+    addItem(menu, tr("✨ AI Assistant & Chat", "tray.aiChat"), a, &ActionManager::aiChat);
+    addItem(menu, tr("📷 Send Screenshot to AI", "tray.aiCapture"), a,
+            &ActionManager::captureForAiChat);
     addItem(menu, tr("🔤 Extract Text (OCR)", "tray.ocr"), a, &ActionManager::quickOcr);
     addItem(menu, tr("✏️ AI Auto Annotate UI", "tray.aiAnnotate"), a,
             &ActionManager::aiAnnotate);

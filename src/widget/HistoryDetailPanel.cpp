@@ -1,5 +1,6 @@
 #include "HistoryDetailPanel.h"
 
+#include "ControlName.h"
 #include "core/Log.h"
 #include "core/Utilities.h"
 
@@ -26,20 +27,6 @@ QHash<QString, QString>& shaCache()
 {
     static QHash<QString, QString> cache;
     return cache;
-}
-
-QLabel* makeLabel(const QString& text, const char* objectName, QWidget* parent)
-{
-    auto* label = new QLabel(text, parent);
-    label->setObjectName(QLatin1String(objectName));
-    return label;
-}
-
-QPushButton* makeButton(const QString& text, const char* objectName, QWidget* parent)
-{
-    auto* button = new QPushButton(text, parent);
-    button->setObjectName(QLatin1String(objectName));
-    return button;
 }
 
 } // namespace

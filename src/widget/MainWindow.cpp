@@ -1,6 +1,7 @@
 #include "MainWindow.h"
 
 #include "HistoryPanel.h"
+#include "chat/AiChatPanel.h"
 #include "core/Log.h"
 #include "settings/SettingsDialog.h"
 
@@ -10,18 +11,6 @@
 #include <QTimer>
 
 namespace zelmor::widget {
-
-namespace {
-
-// The chat page stays empty until its panel exists.
-QWidget* makePage(QWidget* parent, const char* objectName)
-{
-    auto* page = new QWidget(parent);
-    page->setObjectName(QLatin1String(objectName));
-    return page;
-}
-
-} // namespace
 
 MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), m_stack(new QStackedWidget(this))
 {
@@ -49,20 +38,34 @@ HistoryPanel* MainWindow::historyPanel() const
     return qobject_cast<HistoryPanel*>(m_historyPanel);
 }
 
+AiChatPanel* MainWindow::aiChatPanel() const
+{
+    return qobject_cast<AiChatPanel*>(m_aiChatPanel);
+}
+
 void MainWindow::buildPanels()
 {
     QElapsedTimer timer;
     timer.start();
+    const auto trace = [&timer](const char* panel) {
+        core::writeLogLine(QStringLiteral("[startup]   build %1 dt=%2ms")
+                               .arg(QLatin1String(panel))
+                               .arg(timer.restart()));
+    };
     auto* history = new HistoryPanel(m_stack);
-    core::writeLogLine(QStringLiteral("[startup]   build %1 dt=%2ms")
-                           .arg(QStringLiteral("HistoryPanel"))
-                           .arg(timer.elapsed()));
+    trace("HistoryPanel");
+    m_settingsPanel = new SettingsDialog(m_stack);
+    trace("SettingsDialog");
+    auto* chat = new AiChatPanel(m_stack);
+    trace("AiChatPanel");
+    connect(chat, &AiChatPanel::captureRegionRequested, this,
+            &MainWindow::captureForAiChatRequested);
+    connect(chat, &AiChatPanel::settingsRequested, this, &MainWindow::showAiSettings);
     connect(history, &HistoryPanel::pinRequested, this, &MainWindow::pinFromHistoryRequested);
     connect(history, &HistoryPanel::copyRequested, this, &MainWindow::copyFromHistoryRequested);
     connect(history, &HistoryPanel::reeditRequested, this, &MainWindow::reeditFromHistoryRequested);
     m_historyPanel = history;
-    m_settingsPanel = new SettingsDialog(m_stack);
-    m_aiChatPanel = makePage(m_stack, "aiChatPanel");
+    m_aiChatPanel = chat;
     // Stack index equals page number.
     m_stack->addWidget(m_settingsPanel);
     m_stack->addWidget(m_historyPanel);

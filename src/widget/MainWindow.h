@@ -6,6 +6,7 @@ class QStackedWidget;
 
 namespace zelmor::widget {
 
+class AiChatPanel;
 class HistoryPanel;
 class SettingsDialog;
 
@@ -24,6 +25,7 @@ public:
     QWidget* pageWidget(int page) const;
     // Null until the first show.
     HistoryPanel* historyPanel() const;
+    AiChatPanel* aiChatPanel() const;
     SettingsDialog* settingsPanel() const { return m_settingsPanel; }
 
 Q_SIGNALS:

@@ -103,8 +103,6 @@ OcrResultDialog::OcrResultDialog(const QString& text, QWidget* parent) : QDialog
         close();
     });
     QPushButton* chat = makeButton(tr("💬 移至 AI 聊天", "ocr.dialog.chat"), container);
-    m_chatButton = chat;
-    chat->hide();
     connect(chat, &QPushButton::clicked, this, [this] {
         Q_EMIT chatRequested(this->text());
         close();
@@ -132,11 +130,6 @@ void OcrResultDialog::applyTheme()
         dialogSheet(manager::ThemeManager::instance().currentTheme() == QLatin1String("dark")) +
         QStringLiteral("#ocrResultContainer { border-radius: %1; }")
             .arg(Translucency::instance().cornerRadius(12)));
-}
-
-void OcrResultDialog::setChatAvailable(bool available)
-{
-    m_chatButton->setVisible(available);
 }
 
 QString OcrResultDialog::text() const

@@ -17,8 +17,6 @@ public:
     explicit OcrResultDialog(const QString& text, QWidget* parent = nullptr);
 
     QString text() const;
-    // The move-to-chat button, hidden until a chat can take the text.
-    void setChatAvailable(bool available);
 
 Q_SIGNALS:
     void pinRequested(const QString& text);
@@ -31,7 +29,6 @@ private:
     QVBoxLayout* m_outer;
     QGraphicsDropShadowEffect* m_shadow;
     QTextEdit* m_edit;
-    QPushButton* m_chatButton;
 };
 
 } // namespace zelmor::widget

@@ -4,6 +4,8 @@
 // and answers each with the next queued reply. Requests need a Content-Length body (Qt's
 // network layer always sends one); every answer closes its connection.
 
+#include "service/ai/AiProviderService.h"
+
 #include <QByteArray>
 #include <QHostAddress>
 #include <QJsonArray>
@@ -11,6 +13,7 @@
 #include <QJsonObject>
 #include <QList>
 #include <QMap>
+#include <QPointer>
 #include <QQueue>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -51,8 +54,25 @@ public:
     {
         m_replies.enqueue(response(status, body, contentType));
     }
-    // Never answered: the client has to give up or cancel.
+    // Not answered until answerHeld: the client has to wait, give up or cancel.
     void enqueueHold() { m_replies.enqueue(QByteArray()); }
+    void answerHeld(int status, const QByteArray& body)
+    {
+        if (!m_held) return;
+        m_held->write(response(status, body, "application/json"));
+        m_held->disconnectFromHost();
+    }
+
+    // Registers this server as the provider the AI requests go to.
+    bool becomeActiveProvider() const
+    {
+        service::ai::AiProvider p;
+        p.name = QStringLiteral("local");
+        p.protocol = QStringLiteral("openai");
+        p.baseUrl = baseUrl();
+        p.model = QStringLiteral("m");
+        return service::ai::AiProviderService::instance().insert(p) > 0;
+    }
 
     const QList<HttpRequest>& requests() const { return m_requests; }
     void clear()
@@ -76,7 +96,10 @@ private:
             const QByteArray reply = m_replies.isEmpty()
                                          ? response(500, "no reply queued", "text/plain")
                                          : m_replies.dequeue();
-            if (reply.isEmpty()) return;
+            if (reply.isEmpty()) {
+                m_held = socket;
+                return;
+            }
             socket->write(reply);
             socket->disconnectFromHost();
         });
@@ -114,9 +137,29 @@ private:
     QTcpServer m_server;          // owns the sockets
     QQueue<QByteArray> m_replies; // whole responses; empty: hold
     QList<HttpRequest> m_requests;
+    QPointer<QTcpSocket> m_held;
 };
 
 // The body of an OpenAI-style chat answer holding `text`.
+// The body of an OpenAI-style answer that asks for tools: pairs of name and arguments.
+inline QByteArray openAiToolReply(const QList<QPair<QString, QJsonObject>>& calls)
+{
+    QJsonArray list;
+    for (const auto& [name, arguments] : calls)
+        list.append(QJsonObject{{QStringLiteral("id"), QStringLiteral("call_%1").arg(list.size())},
+                                {QStringLiteral("type"), QStringLiteral("function")},
+                                {QStringLiteral("function"),
+                                 QJsonObject{{QStringLiteral("name"), name},
+                                             {QStringLiteral("arguments"),
+                                              QString::fromUtf8(QJsonDocument(arguments).toJson(
+                                                  QJsonDocument::Compact))}}}});
+    const QJsonObject message{{QStringLiteral("role"), QStringLiteral("assistant")},
+                              {QStringLiteral("content"), QJsonValue::Null},
+                              {QStringLiteral("tool_calls"), list}};
+    const QJsonArray choices{QJsonObject{{QStringLiteral("message"), message}}};
+    return QJsonDocument(QJsonObject{{QStringLiteral("choices"), choices}}).toJson();
+}
+
 inline QByteArray openAiReply(const QString& text)
 {
     const QJsonObject message{{QStringLiteral("content"), text}};

@@ -11,10 +11,12 @@
 #include "widget/MainWindow.h"
 #include "widget/OcrResultDialog.h"
 #include "widget/TaskNotificationToast.h"
+#include "widget/chat/AiChatPanel.h"
 #include "widget/overlay/CaptureOverlay.h"
 #include "widget/overlay/OverlayPanels.h"
 
 #include <QClipboard>
+#include <QLabel>
 #include <QProcess>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -79,12 +81,7 @@ private Q_SLOTS:
     {
         core::ConfigManager::instance().setOutputDir(
             test::sandboxRoot().filePath(QStringLiteral("shots")));
-        service::ai::AiProvider p;
-        p.name = QStringLiteral("local");
-        p.protocol = QStringLiteral("openai");
-        p.baseUrl = m_server.baseUrl();
-        p.model = QStringLiteral("m");
-        QVERIFY(service::ai::AiProviderService::instance().insert(p) > 0);
+        QVERIFY(m_server.becomeActiveProvider());
         m_actions = std::make_unique<manager::ActionManager>(&m_window);
     }
     void cleanup()
@@ -118,6 +115,10 @@ private Q_SLOTS:
         QCOMPARE(dialog->text(), QStringLiteral("Total: 42"));
         Q_EMIT dialog->chatRequested(QStringLiteral("note text"));
         QTRY_VERIFY(m_window.isVisible());
+        const QList<QFrame*> asked =
+            m_window.aiChatPanel()->findChildren<QFrame*>(QStringLiteral("bubbleUser"));
+        QVERIFY(
+            asked.last()->findChild<QLabel*>()->text().endsWith(QStringLiteral("<br>note text")));
         m_window.hide();
 
         // The dialog acts on the edited text; copying keeps it open, pinning closes it.

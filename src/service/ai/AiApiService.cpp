@@ -42,6 +42,7 @@ AiApiService::AiApiService(QObject* parent)
 
 void AiApiService::chat(const ChatRequest& request)
 {
+    m_cancelled = false;
     const AiProvider provider = AiProviderService::instance().active();
     Step step;
     step.protocol = effectiveProtocol(provider.protocol);
@@ -86,6 +87,7 @@ void AiApiService::finish(QNetworkReply* reply, const Step& step)
     reply->deleteLater();
     // An aborted reply is closed and has nothing left to read.
     const QByteArray bytes = reply->isOpen() ? reply->readAll() : QByteArray();
+    if (failIfCancelled()) return;
 
     if (reply->error() != QNetworkReply::NoError) {
         logFailure(step.protocol, reply);
@@ -116,10 +118,12 @@ void AiApiService::runTools(const Step& step, const QJsonObject& turn)
         const QJsonObject function = call.value(QStringLiteral("function")).toObject();
         const QString name = function.value(QStringLiteral("name")).toString();
         const QVariantMap args = toolArguments(function.value(QStringLiteral("arguments")));
+        m_toolRunning = true;
         const QVariantMap result = mcp::callMcpTool(name, args);
         if (!alive) return;
+        m_toolRunning = false;
         Q_EMIT chatToolExecuted(name, args, result);
-        if (!alive) return;
+        if (!alive || failIfCancelled()) return;
         const QByteArray content =
             QJsonDocument(mcp::mcpResultJson(result)).toJson(QJsonDocument::Compact);
         messages.append(
@@ -135,10 +139,21 @@ void AiApiService::runTools(const Step& step, const QJsonObject& turn)
 
 void AiApiService::cancel()
 {
+    m_cancelled = true;
+    // Only a tool that waits in an event loop of its own can be running now.
+    if (m_toolRunning) Q_EMIT mcp::McpToolCancellation::instance().requested();
     if (!m_reply) return;
     QNetworkReply* reply = m_reply;
     m_reply = nullptr;
     reply->abort();
+}
+
+bool AiApiService::failIfCancelled()
+{
+    if (!m_cancelled) return false;
+    m_cancelled = false;
+    Q_EMIT chatFailed(tr("Cancelled"));
+    return true;
 }
 
 void AiApiService::testConnection(const AiProvider& provider,

@@ -27,7 +27,8 @@ public:
     // provider may ask for tools: they run here, and their results go back in a further POST,
     // up to 100 such rounds.
     void chat(const ChatRequest& request);
-    // Aborts the request in flight, which then ends in chatFailed.
+    // Ends the chat in chatFailed: the request in flight is aborted, a running tool is told to
+    // stop, and no further request goes out.
     void cancel();
     // Sends "hi" for one token to the given provider; any HTTP success counts. `done` runs
     // once, unless this object is destroyed first.
@@ -57,9 +58,12 @@ private:
     void send(const Step& step);
     void finish(QNetworkReply* reply, const Step& step);
     void runTools(const Step& step, const QJsonObject& turn);
+    bool failIfCancelled();
 
     QNetworkAccessManager* m_network;
     QPointer<QNetworkReply> m_reply;
+    bool m_cancelled = false;
+    bool m_toolRunning = false;
 };
 
 } // namespace zelmor::service::ai

@@ -1,0 +1,223 @@
+// The chat page's sessions and its conversation view.
+
+#include "AiChatPanel.h"
+
+#include "ChatWidgets.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QStackedWidget>
+#include <QTimer>
+#include <QVBoxLayout>
+
+namespace zelmor::widget {
+
+using service::ai::ChatMessage;
+using service::ai::ChatSession;
+
+namespace {
+
+enum StackPage { WelcomePage = 0, ConversationPage = 1 };
+
+QString draftTitle()
+{
+    return AiChatPanel::tr("New Chat", "ai.session.newTitle");
+}
+
+QLabel* bubbleText(const QString& text, bool rich, QWidget* parent)
+{
+    auto* label = new QLabel(parent);
+    label->setTextFormat(rich ? Qt::RichText : Qt::PlainText);
+    label->setText(text);
+    label->setWordWrap(true);
+    label->setTextInteractionFlags(Qt::TextBrowserInteraction);
+    label->setOpenExternalLinks(true);
+    return label;
+}
+
+} // namespace
+
+void AiChatPanel::loadSessions()
+{
+    QList<ChatSession> loaded;
+    if (!service::ai::loadChatSessions(service::ai::chatSessionsPath(), &loaded)) return;
+    m_sessions = loaded;
+}
+
+void AiChatPanel::saveSessions()
+{
+    service::ai::saveChatSessions(service::ai::chatSessionsPath(), m_sessions, draftTitle());
+}
+
+ChatSession* AiChatPanel::currentSession()
+{
+    for (ChatSession& session : m_sessions)
+        if (!m_currentId.isEmpty() && session.id == m_currentId) return &session;
+    return nullptr;
+}
+
+void AiChatPanel::appendToCurrent(const QString& role, const QString& text, const QPixmap& image)
+{
+    ChatSession* session = currentSession();
+    if (!session) return;
+    const QDateTime now = QDateTime::currentDateTime();
+    session->messages.append({role, text, image, now});
+    session->updatedAt = now;
+}
+
+void AiChatPanel::newSession()
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    m_sessions.prepend({QString::number(now.toMSecsSinceEpoch()), draftTitle(), now, {}});
+    m_currentId = m_sessions.first().id;
+    refreshSessionList();
+    clearBubbles();
+    setAttachment(QPixmap());
+    m_stack->setCurrentIndex(WelcomePage);
+    saveSessions();
+}
+
+void AiChatPanel::selectSession(const QString& id)
+{
+    m_currentId = id;
+    clearBubbles();
+    const ChatSession* session = currentSession();
+    const bool empty = !session || session->messages.isEmpty();
+    m_stack->setCurrentIndex(empty ? WelcomePage : ConversationPage);
+    if (session)
+        for (const ChatMessage& message : session->messages)
+            addBubble(message.role, message.text, message.image);
+    for (int row = 0; row < m_sessionList->count(); ++row)
+        if (m_sessionList->item(row)->data(Qt::UserRole).toString() == id)
+            m_sessionList->setCurrentRow(row);
+}
+
+void AiChatPanel::deleteSession(const QString& id)
+{
+    m_sessions.erase(std::remove_if(m_sessions.begin(), m_sessions.end(),
+                                    [&id](const ChatSession& s) { return s.id == id; }),
+                     m_sessions.end());
+    if (id != m_currentId) {
+        refreshSessionList();
+        saveSessions();
+        return;
+    }
+    m_currentId.clear();
+    if (m_sessions.isEmpty())
+        newSession();
+    else
+        selectSession(m_sessions.first().id);
+    saveSessions();
+}
+
+void AiChatPanel::clearCurrentChat()
+{
+    if (ChatSession* session = currentSession()) session->messages.clear();
+    clearBubbles();
+    saveSessions();
+}
+
+void AiChatPanel::refreshSessionList()
+{
+    m_sessionList->clear();
+    const QString filter = m_searchBox->text().trimmed().toLower();
+    for (const ChatSession& session : m_sessions) {
+        if (!filter.isEmpty() && !session.title.toLower().contains(filter)) continue;
+        auto* item = new QListWidgetItem(m_sessionList);
+        item->setSizeHint(QSize(0, 56));
+        item->setData(Qt::UserRole, session.id);
+        item->setData(Qt::AccessibleTextRole, session.title);
+        auto* row = new SessionItemWidget(
+            session.id, session.title,
+            QStringLiteral("%1 · %2条")
+                .arg(session.updatedAt.toString(QStringLiteral("MM-dd hh:mm")))
+                .arg(session.messages.size()),
+            m_sessionList);
+        // Queued: both can rebuild the list, and the row must not be deleted inside its own
+        // click.
+        connect(row, &SessionItemWidget::clicked, this, &AiChatPanel::selectSession,
+                Qt::QueuedConnection);
+        connect(row, &SessionItemWidget::deleteRequested, this, &AiChatPanel::deleteSession,
+                Qt::QueuedConnection);
+        m_sessionList->setItemWidget(item, row);
+        if (session.id == m_currentId) m_sessionList->setCurrentItem(item);
+    }
+}
+
+void AiChatPanel::clearBubbles()
+{
+    // The last item is the stretch that keeps bubbles at the top.
+    while (m_conversation->count() > 1) {
+        QLayoutItem* item = m_conversation->takeAt(0);
+        delete item->widget();
+        delete item;
+    }
+    m_loadingBubble = nullptr;
+    m_loadingLabel = nullptr;
+}
+
+void AiChatPanel::addBubble(const QString& role, const QString& text, const QPixmap& image)
+{
+    auto* bubble = new QWidget;
+    auto* column = new QVBoxLayout(bubble);
+    column->setContentsMargins(0, 0, 0, 0);
+    const bool user = role == QLatin1String("user");
+    const bool system = role == QLatin1String("system");
+    auto* name = new QLabel(user     ? tr("You", "ai.role.user")
+                            : system ? tr("System", "ai.role.sys")
+                                     : tr("Zelmor AI", "ai.role.ai"),
+                            bubble);
+    name->setObjectName(QStringLiteral("bubbleName"));
+    if (system) {
+        QLabel* line = bubbleText(text, false, bubble);
+        line->setObjectName(QStringLiteral("bubbleSystem"));
+        line->setAlignment(Qt::AlignCenter);
+        column->addWidget(name, 0, Qt::AlignHCenter);
+        column->addWidget(line);
+    } else {
+        auto* frame = new QFrame(bubble);
+        frame->setObjectName(user ? QStringLiteral("bubbleUser") : QStringLiteral("bubbleAi"));
+        frame->setProperty("align", user ? "right" : "left");
+        frame->setMaximumWidth(640);
+        auto* inner = new QVBoxLayout(frame);
+        inner->setContentsMargins(14, 10, 14, 10);
+        inner->setSpacing(8);
+        if (!image.isNull()) {
+            auto* picture = new ChatPictureLabel(frame);
+            picture->setObjectName(QStringLiteral("bubbleImage"));
+            picture->setPicture(image);
+            picture->setPixmap(
+                image.scaled(280, 180, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+            picture->setStyleSheet(
+                QStringLiteral("border-radius: 8px; border: 1px solid rgba(255, 255, 255, 0.2);"));
+            picture->setToolTip(QStringLiteral("%1 (%2 × %3)")
+                                    .arg(tr("点击放大预览截图", "ai.tip.previewImage"))
+                                    .arg(image.width())
+                                    .arg(image.height()));
+            picture->setAccessibleName(picture->toolTip());
+            inner->addWidget(picture);
+        }
+        if (!text.isEmpty())
+            inner->addWidget(bubbleText(service::ai::renderChatMarkdown(text), true, frame));
+        auto* row = new QHBoxLayout;
+        if (user) row->addStretch(1);
+        row->addWidget(frame);
+        if (!user) row->addStretch(1);
+        column->addWidget(name, 0, user ? Qt::AlignRight : Qt::AlignLeft);
+        column->addLayout(row);
+    }
+    m_conversation->insertWidget(m_conversation->count() - 1, bubble);
+    scrollToEnd();
+}
+
+void AiChatPanel::scrollToEnd()
+{
+    QTimer::singleShot(20, this, [this] {
+        m_scrollArea->verticalScrollBar()->setValue(m_scrollArea->verticalScrollBar()->maximum());
+    });
+}
+
+} // namespace zelmor::widget

@@ -150,6 +150,7 @@ void AiChatPanel::onAnswer(const QString& answer)
         if (currentSession()) {
             appendToCurrent(QStringLiteral("assistant"), text, QPixmap());
             saveSessions();
+            refreshSessionList(); // the message count
         }
         return;
     }

@@ -28,6 +28,7 @@ SessionItemWidget::SessionItemWidget(const QString& id, const QString& title,
     texts->setSpacing(2);
     auto* titleLabel = new QLabel(title, this);
     titleLabel->setObjectName(QStringLiteral("sessionTitle"));
+    titleLabel->setTextFormat(Qt::PlainText); // a title is what the user typed, markup and all
     auto* timeLabel = new QLabel(subtitle, this);
     timeLabel->setObjectName(QStringLiteral("sessionTime"));
     texts->addWidget(titleLabel);

@@ -1,5 +1,6 @@
 #include "TestMain.h"
 #include "TestSupport.h"
+#include "UrlCatcher.h"
 
 #include "core/ConfigManager.h"
 #include "core/Toast.h"
@@ -210,10 +211,12 @@ private Q_SLOTS:
     void openingTheOutputFolderCreatesIt()
     {
         const QString dir = zelmor::test::sandboxRoot().filePath(QStringLiteral("new/output"));
+        zelmor::test::UrlCatcher fileManager;
         zelmor::core::ConfigManager::instance().setOutputDir(dir);
         m_actions->openOutputDir();
         zelmor::core::ConfigManager::instance().setOutputDir(m_outputDir);
         QVERIFY(QFileInfo(dir).isDir());
+        QCOMPARE(fileManager.last, QUrl::fromLocalFile(dir));
     }
 
     void pinsFromTheClipboard()

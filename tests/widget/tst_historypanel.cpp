@@ -1,6 +1,7 @@
 #include "FakeFileManager.h"
 #include "TestMain.h"
 #include "TestSupport.h"
+#include "UrlCatcher.h"
 
 #include "core/Log.h"
 #include "manager/ActionManager.h"
@@ -66,20 +67,13 @@ widget::CaptureOverlay* shownOverlay()
     return nullptr;
 }
 
-class UrlCatcher : public QObject
-{
-    Q_OBJECT
-public Q_SLOTS:
-    void open(const QUrl&) {}
-};
-
 } // namespace
 
 class TestHistoryPanel : public QObject
 {
     Q_OBJECT
 
-    UrlCatcher m_opened;
+    test::UrlCatcher m_opened;
     QTemporaryDir m_files;
     QHash<QString, qint64> m_ids;
     std::unique_ptr<HistoryPanel> m_ownPanel;
@@ -141,11 +135,7 @@ class TestHistoryPanel : public QObject
 private Q_SLOTS:
     // A missed file-manager call opens the folder: never a real program from a test. The
     // export dialog is Qt's own, so that the test can answer it on any desktop.
-    void initTestCase()
-    {
-        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-        QDesktopServices::setUrlHandler(QStringLiteral("file"), &m_opened, "open");
-    }
+    void initTestCase() { QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
     void init()
     {
         HistoryService::instance().clear();

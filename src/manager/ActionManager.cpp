@@ -76,6 +76,12 @@ ActionManager::ActionManager(widget::MainWindow* mainWindow, QObject* parent)
     trace("hud wiring");
 }
 
+void ActionManager::toastCaptureFailed()
+{
+    toast(tr("Capture failed", "capture.failed.title"),
+          tr("Failed to grab screens.", "capture.failed.body"));
+}
+
 void ActionManager::connectHistory()
 {
     if (!m_mainWindow) return;
@@ -97,8 +103,7 @@ void ActionManager::captureRegion()
     if (!screen) return;
     QPixmap pixmap = service::capture::grabScreen(int(QGuiApplication::screens().indexOf(screen)));
     if (pixmap.isNull()) {
-        toast(tr("Capture failed", "capture.failed.title"),
-              tr("Failed to grab screens.", "capture.failed.body"));
+        toastCaptureFailed();
         return;
     }
     // The overlay paints logical pixels one to one on a scaled display.
@@ -156,8 +161,7 @@ void ActionManager::openAiOverlay(AiOverlay kind)
 {
     const QPixmap pixmap = m_captureService->grabScreens();
     if (pixmap.isNull()) {
-        toast(tr("Capture failed", "capture.failed.title"),
-              tr("Failed to grab screens.", "capture.failed.body"));
+        toastCaptureFailed();
         return;
     }
     auto* overlay = new widget::CaptureOverlay(pixmap, nullptr);
@@ -304,8 +308,7 @@ void ActionManager::annotateScreen()
 {
     const QPixmap pixmap = m_captureService->grabScreens();
     if (pixmap.isNull()) {
-        toast(tr("Capture failed", "capture.failed.title"),
-              tr("Failed to grab screens.", "capture.failed.body"));
+        toastCaptureFailed();
         return;
     }
     openAnnotationOverlay(pixmap, tr("Annotation copied (%1x%2)"));

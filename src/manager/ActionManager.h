@@ -92,6 +92,7 @@ private:
     void saveAiSource(const QPixmap& pixmap);
     void showTextResult(const QString& text, bool translation);
     void reopenChat();
+    void toastCaptureFailed();
     void handTextToChat(const QString& text);
     void copyAndSave(const QPixmap& cropped);
     void saveCropped(const QPixmap& cropped, SaveKind kind);

@@ -27,8 +27,7 @@ void ActionManager::captureForAiChat()
         const QPixmap pixmap = m_captureService->grabScreens();
         if (pixmap.isNull()) {
             reopenChat();
-            core::notifyUser(tr("Capture failed", "capture.failed.title"),
-                             tr("Failed to grab screens.", "capture.failed.body"), 3000);
+            toastCaptureFailed();
             return;
         }
         auto* overlay = new widget::CaptureOverlay(pixmap, nullptr);

@@ -42,7 +42,6 @@ QScrollArea* scrollAreaFor(QWidget* page, const char* name, QWidget* parent)
 struct CardSpec
 {
     const char* action;
-    QString title;
     QString description;
 };
 
@@ -218,24 +217,19 @@ QWidget* AiChatPanel::buildWelcomePage()
     column->addLayout(head);
 
     const CardSpec cards[] = {
-        {"annotate", tr("Annotate Screenshot", "ai.card.annotate"),
-         tr("Capture & highlight key points", "ai.card.annotate.desc")},
-        {"open_app", tr("Open Application", "ai.card.openApp"),
-         tr("Launch app or website", "ai.card.openApp.desc")},
-        {"operate_ui", tr("Operate Software", "ai.card.operateUI"),
-         tr("Find contact & send message", "ai.card.operateUI.desc")},
-        {"ocr", tr("Recognize Text", "ai.card.ocr"), tr("Screen OCR", "ai.card.ocr.desc")},
-        {"translate", tr("Translate Content", "ai.card.translate"),
-         tr("Screenshot translation", "ai.card.translate.desc")},
-        {"explain", tr("Summarize Points", "ai.card.summarize"),
-         tr("Extract key information", "ai.card.summarize.desc")},
+        {"annotate", tr("Capture & highlight key points", "ai.card.annotate.desc")},
+        {"open_app", tr("Launch app or website", "ai.card.openApp.desc")},
+        {"operate_ui", tr("Find contact & send message", "ai.card.operateUI.desc")},
+        {"ocr", tr("Screen OCR", "ai.card.ocr.desc")},
+        {"translate", tr("Screenshot translation", "ai.card.translate.desc")},
+        {"explain", tr("Extract key information", "ai.card.summarize.desc")},
     };
     auto* grid = new QGridLayout;
     grid->setSpacing(10);
     for (int i = 0; i < 6; ++i) {
-        auto* card = new WelcomeCard(cards[i].title, cards[i].description, page);
         const QString action = QLatin1String(cards[i].action);
-        const QString title = cards[i].title;
+        const QString title = cardTitle(action);
+        auto* card = new WelcomeCard(title, cards[i].description, page);
         connect(card, &WelcomeCard::clicked, this,
                 [this, action, title] { runQuickAction(action, title); });
         grid->addWidget(card, i / 2, i % 2);
@@ -244,6 +238,18 @@ QWidget* AiChatPanel::buildWelcomePage()
     column->setAlignment(grid, Qt::AlignHCenter);
     column->addStretch(1);
     return page;
+}
+
+QString AiChatPanel::cardTitle(const QString& action)
+{
+    // Literal calls, so that the translation tools find every title.
+    if (action == QLatin1String("annotate")) return tr("Annotate Screenshot", "ai.card.annotate");
+    if (action == QLatin1String("open_app")) return tr("Open Application", "ai.card.openApp");
+    if (action == QLatin1String("operate_ui")) return tr("Operate Software", "ai.card.operateUI");
+    if (action == QLatin1String("ocr")) return tr("Recognize Text", "ai.card.ocr");
+    if (action == QLatin1String("translate")) return tr("Translate Content", "ai.card.translate");
+    if (action == QLatin1String("explain")) return tr("Summarize Points", "ai.card.summarize");
+    return tr("Screenshot processing", "ai.wf.label");
 }
 
 QWidget* AiChatPanel::buildConversation()

@@ -64,6 +64,7 @@ private:
     // Sessions
     void loadSessions();
     void saveSessions();
+    void startSession(const QString& title);
     void newSession();
     void selectSession(const QString& id);
     void deleteSession(const QString& id);
@@ -84,6 +85,8 @@ private:
     void onFailed(const QString& reason);
     void runQuickAction(const QString& key, const QString& prompt);
     void fillInput(const QString& text);
+    // The welcome card's title of a quick action; the generic label for others.
+    static QString cardTitle(const QString& action);
     void scrollToEnd();
 
     QList<service::ai::ChatSession> m_sessions; // newest first
@@ -111,7 +114,6 @@ private:
     QWidget* m_loadingBubble = nullptr;
     QLabel* m_loadingLabel = nullptr;
     int m_dots = 0;
-    bool m_stopped = false;
 };
 
 } // namespace zelmor::widget

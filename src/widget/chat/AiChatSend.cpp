@@ -51,14 +51,10 @@ void AiChatPanel::send()
     m_input->clear();
     const QString title = service::ai::chatTitleFor(text, tr("Image Chat", "ai.session.imageChat"));
     ChatSession* session = currentSession();
-    if (!session) {
-        const QDateTime now = QDateTime::currentDateTime();
-        m_sessions.prepend({QString::number(now.toMSecsSinceEpoch()), title, now, {}});
-        m_currentId = m_sessions.first().id;
-    } else if (session->title == tr("New Chat", "ai.session.newTitle") ||
-               session->messages.isEmpty()) {
+    if (!session)
+        startSession(title);
+    else if (session->title == tr("New Chat", "ai.session.newTitle") || session->messages.isEmpty())
         session->title = title;
-    }
     refreshSessionList();
 
     const QString shown = text.isEmpty() ? tr("(Image Only)", "ai.send.imageOnly") : text;
@@ -260,13 +256,7 @@ void AiChatPanel::onCaptureForChat(const QPixmap& pm)
     if (m_pendingAction.isEmpty()) return;
     const QString key = m_pendingAction;
     m_pendingAction.clear();
-    const QString title =
-        key == QLatin1String("annotate")    ? tr("Annotate Screenshot", "ai.card.annotate")
-        : key == QLatin1String("ocr")       ? tr("Recognize Text", "ai.card.ocr")
-        : key == QLatin1String("translate") ? tr("Translate Content", "ai.card.translate")
-        : key == QLatin1String("explain")   ? tr("Summarize Points", "ai.card.summarize")
-                                            : tr("Screenshot processing", "ai.wf.label");
-    runQuickAction(key, title);
+    runQuickAction(key, cardTitle(key));
 }
 
 } // namespace zelmor::widget

@@ -68,11 +68,17 @@ void AiChatPanel::appendToCurrent(const QString& role, const QString& text, cons
     session->updatedAt = now;
 }
 
-void AiChatPanel::newSession()
+// The new session, named by the time in milliseconds, first in the list and current.
+void AiChatPanel::startSession(const QString& title)
 {
     const QDateTime now = QDateTime::currentDateTime();
-    m_sessions.prepend({QString::number(now.toMSecsSinceEpoch()), draftTitle(), now, {}});
+    m_sessions.prepend({QString::number(now.toMSecsSinceEpoch()), title, now, {}});
     m_currentId = m_sessions.first().id;
+}
+
+void AiChatPanel::newSession()
+{
+    startSession(draftTitle());
     refreshSessionList();
     clearBubbles();
     setAttachment(QPixmap());

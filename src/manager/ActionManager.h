@@ -15,6 +15,9 @@ class AiWorkflow;
 namespace zelmor::service::capture {
 class CaptureService;
 }
+namespace zelmor::service::gesture {
+class MouseGestureService;
+}
 namespace zelmor::service::record {
 class RecordingService;
 }
@@ -39,6 +42,8 @@ public:
     service::capture::CaptureService* captureService() const { return m_captureService; }
     PinManager* pinManager() const { return m_pinManager; }
     service::record::RecordingService* recordingService() const { return m_recordingService; }
+    // Null until gestures are first switched on.
+    service::gesture::MouseGestureService* gestureService() const { return m_gestureService; }
 
     bool regionCaptureActive() const { return m_regionCaptureActive; }
 
@@ -74,6 +79,8 @@ public Q_SLOTS:
     void showLicense();
     void restartAsAdmin();
     void setTheme(const QString& name);
+    void checkUpdates();
+    void toggleMouseGesture(bool on);
     void quit();
 
 private:
@@ -106,11 +113,13 @@ private:
     void connectHistory();
     void startScroll(const QRect& rect);
     void endScroll();
+    void onGesture(const QString& action);
 
     widget::MainWindow* m_mainWindow;
     service::capture::CaptureService* m_captureService;
     service::record::RecordingService* m_recordingService;
     PinManager* m_pinManager;
+    service::gesture::MouseGestureService* m_gestureService = nullptr;
     widget::RecordHud* m_recordHud = nullptr;
     widget::RecordRegionFrame* m_regionFrame = nullptr;
     widget::ScrollHud* m_scrollHud = nullptr;

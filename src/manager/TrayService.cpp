@@ -121,6 +121,10 @@ void TrayService::rebuildMenu()
     addItem(pins, tr("Clear all pins", "tray.pinClearAll"), a, &ActionManager::clearAllPins);
     menu->addSeparator();
 
+    // Unchecked at every rebuild, whatever the service is doing: nothing remembers gestures.
+    QAction* gestures = menu->addAction(tr("Mouse gestures", "tray.mouseGesture"));
+    gestures->setCheckable(true);
+    QObject::connect(gestures, &QAction::toggled, a, &ActionManager::toggleMouseGesture);
     QMenu* theme = menu->addMenu(tr("Theme", "tray.theme"));
     addItem(theme, tr("Light", "tray.theme.light"), a,
             [a] { a->setTheme(QStringLiteral("light")); });
@@ -132,6 +136,7 @@ void TrayService::rebuildMenu()
     addItem(menu, tr("Shortcut cheat sheet", "tray.shortcutSheet"), a,
             &ActionManager::showShortcutSheet)
         ->setShortcut(shownKey(config.hotkeyShortcutSheet()));
+    addItem(menu, tr("Check for updates", "tray.checkUpdates"), a, &ActionManager::checkUpdates);
     addItem(menu, tr("License...", "tray.license"), a, &ActionManager::showLicense);
     addItem(menu, tr("Restart as admin", "tray.restartAdmin"), a, &ActionManager::restartAsAdmin);
     menu->addSeparator();

@@ -7,20 +7,32 @@
 
 namespace zelmor::platform {
 
-// One press seen system-wide, in the terms of the Windows low-level hooks.
+// One event seen system-wide, in the terms of the Windows low-level hooks.
 struct ObservedInput
 {
+    static constexpr unsigned MouseMove = 512;
     static constexpr unsigned LeftButtonDown = 513;
+    static constexpr unsigned LeftButtonUp = 514;
     static constexpr unsigned RightButtonDown = 516;
+    static constexpr unsigned RightButtonUp = 517;
     static constexpr unsigned MiddleButtonDown = 519;
+    static constexpr unsigned MiddleButtonUp = 520;
     static constexpr unsigned KeyDown = 256;
 
     unsigned message = 0;
-    Point position;          // buttons: the pointer, physical desktop pixels
+    Point position;          // pointer events: the pointer, physical desktop pixels
     unsigned virtualKey = 0; // keys: left and right modifiers have codes of their own
 };
 
-// Watches the session's button and key presses on a connection and a thread of its own,
+// What an observer reports; motion is a flood, so only those who need it ask for it.
+enum ObservedKind : unsigned {
+    ButtonPresses = 1,
+    ButtonReleases = 2,
+    PointerMotion = 4,
+    KeyPresses = 8,
+};
+
+// Watches the session's pointer and key events on a connection and a thread of its own,
 // taking none of them away from their targets. Keys pressed while Alt is held, and Alt itself,
 // are left out, as a Windows hook sees those as system keys.
 class InputObserver
@@ -33,8 +45,8 @@ public:
     virtual void stop() = 0;
 };
 
-// Starts observing; `callback` runs on the observer's thread. Null where the session offers
-// no source of global input.
-std::unique_ptr<InputObserver> observeInput(InputObserver::Callback callback);
+// Starts observing the `kinds` (ObservedKind flags); `callback` runs on the observer's thread.
+// Null where the session offers no source of global input.
+std::unique_ptr<InputObserver> observeInput(unsigned kinds, InputObserver::Callback callback);
 
 } // namespace zelmor::platform

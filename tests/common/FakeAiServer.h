@@ -1,8 +1,8 @@
 #pragma once
 
-// An HTTP/1.1 server on 127.0.0.1 standing in for an AI provider: it records every request
-// and answers each with the next queued reply. Requests need a Content-Length body (Qt's
-// network layer always sends one); every answer closes its connection.
+// An HTTP/1.1 server on 127.0.0.1 standing in for an AI provider or the release feed: it
+// records every request and answers each with the next queued reply. A request's body needs a
+// Content-Length (Qt's network layer always sends one); every answer closes its connection.
 
 #include "service/ai/AiProviderService.h"
 
@@ -61,6 +61,22 @@ public:
         if (!m_held) return;
         m_held->write(response(status, body, "application/json"));
         m_held->disconnectFromHost();
+    }
+
+    // Sends part of the held answer; a reply can so be streamed or broken off.
+    void sendHeld(const QByteArray& bytes, bool close)
+    {
+        if (!m_held) return;
+        m_held->write(bytes);
+        m_held->flush();
+        if (close) m_held->disconnectFromHost();
+    }
+    // The status line and headers of an answer whose body follows in parts.
+    static QByteArray head(int status, qint64 length, const QByteArray& type)
+    {
+        QByteArray whole = response(status, QByteArray(length, ' '), type);
+        whole.chop(length);
+        return whole;
     }
 
     // Registers this server as the provider the AI requests go to.

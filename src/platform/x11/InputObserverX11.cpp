@@ -11,7 +11,9 @@
 #include <xcb/record.h>
 
 #include <cstring>
+#include <iterator>
 #include <thread>
+#include <utility>
 
 namespace zelmor::platform {
 
@@ -30,17 +32,17 @@ static_assert(sizeof(xcb_key_press_event_t) == kEventSize);
 // The category of a reply that carries events from the server.
 constexpr std::uint8_t kFromServer = 0;
 
-unsigned buttonMessage(std::uint8_t button)
+unsigned buttonMessage(std::uint8_t button, bool pressed)
 {
     switch (button) {
     case 1:
-        return ObservedInput::LeftButtonDown;
+        return pressed ? ObservedInput::LeftButtonDown : ObservedInput::LeftButtonUp;
     case 2:
-        return ObservedInput::MiddleButtonDown;
+        return pressed ? ObservedInput::MiddleButtonDown : ObservedInput::MiddleButtonUp;
     case 3:
-        return ObservedInput::RightButtonDown;
+        return pressed ? ObservedInput::RightButtonDown : ObservedInput::RightButtonUp;
     }
-    return 0; // wheel notches and side buttons are not logged
+    return 0; // wheel notches and side buttons are not reported
 }
 
 bool hasRecord(xcb_connection_t* c)
@@ -52,16 +54,24 @@ bool hasRecord(xcb_connection_t* c)
     return bool(version);
 }
 
-// A context recording the key and button presses of every client's devices.
-xcb_record_context_t createContext(xcb_connection_t* c)
+// A context recording the chosen events of every client's devices.
+xcb_record_context_t createContext(xcb_connection_t* c, unsigned kinds)
 {
+    const std::pair<unsigned, std::uint8_t> eventOfKind[] = {
+        {KeyPresses, XCB_KEY_PRESS},
+        {ButtonPresses, XCB_BUTTON_PRESS},
+        {ButtonReleases, XCB_BUTTON_RELEASE},
+        {PointerMotion, XCB_MOTION_NOTIFY},
+    };
+    xcb_record_range_t ranges[std::size(eventOfKind)] = {};
+    std::uint32_t count = 0;
+    for (const auto& [kind, event] : eventOfKind)
+        if (kinds & kind) ranges[count++].device_events = {event, event};
+    if (count == 0) return 0;
     const xcb_record_context_t context = xcb_generate_id(c);
-    xcb_record_range_t ranges[2] = {};
-    ranges[0].device_events = {XCB_KEY_PRESS, XCB_KEY_PRESS};
-    ranges[1].device_events = {XCB_BUTTON_PRESS, XCB_BUTTON_PRESS};
     const xcb_record_client_spec_t clients = XCB_RECORD_CS_ALL_CLIENTS;
     Reply<xcb_generic_error_t> error(xcb_request_check(
-        c, xcb_record_create_context_checked(c, context, 0, 1, 2, &clients, ranges)));
+        c, xcb_record_create_context_checked(c, context, 0, 1, count, &clients, ranges)));
     return error ? 0 : context;
 }
 
@@ -109,7 +119,7 @@ private:
             const std::uint8_t* bytes = xcb_record_enable_context_data(reply.get());
             const int length = xcb_record_enable_context_data_length(reply.get());
             for (int offset = 0; offset + kEventSize <= length; offset += kEventSize) {
-                xcb_key_press_event_t event; // button events share this layout
+                xcb_key_press_event_t event; // button and motion events share this layout
                 std::memcpy(&event, bytes + offset, kEventSize);
                 handle(event);
             }
@@ -128,9 +138,12 @@ private:
     void handle(const xcb_key_press_event_t& event)
     {
         const std::uint8_t type = event.response_type & 0x7f;
-        if (type == XCB_BUTTON_PRESS) {
-            if (const unsigned message = buttonMessage(event.detail))
-                m_callback({message, {event.root_x, event.root_y}, 0});
+        const Point pointer{event.root_x, event.root_y};
+        if (type == XCB_BUTTON_PRESS || type == XCB_BUTTON_RELEASE) {
+            if (const unsigned message = buttonMessage(event.detail, type == XCB_BUTTON_PRESS))
+                m_callback({message, pointer, 0});
+        } else if (type == XCB_MOTION_NOTIFY) {
+            m_callback({ObservedInput::MouseMove, pointer, 0});
         } else if (type == XCB_KEY_PRESS && !(event.state & kAltMask)) {
             const unsigned vk = x11::virtualKeyForKeysym(m_keyboard.plainKeysym(event.detail),
                                                          /*sidedModifiers=*/true);
@@ -148,11 +161,12 @@ private:
 
 } // namespace
 
-std::unique_ptr<InputObserver> observeInput(InputObserver::Callback callback)
+std::unique_ptr<InputObserver> observeInput(unsigned kinds, InputObserver::Callback callback)
 {
     xcb_connection_t* control = x11::openConnection();
     xcb_connection_t* data = control ? x11::openConnection() : nullptr;
-    const xcb_record_context_t context = data && hasRecord(control) ? createContext(control) : 0;
+    const xcb_record_context_t context =
+        data && hasRecord(control) ? createContext(control, kinds) : 0;
     if (!context) {
         if (data) xcb_disconnect(data);
         if (control) xcb_disconnect(control);

@@ -39,19 +39,21 @@ void InputHook::install()
 {
     if (m_observation) return;
     m_observation = std::make_unique<Observation>();
-    m_observation->observer = platform::observeInput([this](const platform::ObservedInput& input) {
-        // Stamped here: the installing thread may be busy for a while before it takes the row.
-        const qint64 now = QDateTime::currentMSecsSinceEpoch();
-        QMetaObject::invokeMethod(
-            this,
-            [this, input, now] {
-                if (input.message == platform::ObservedInput::KeyDown)
-                    onKeyDown(now, int(input.virtualKey));
-                else
-                    onButtonDown(now, QPoint(input.position.x, input.position.y));
-            },
-            Qt::QueuedConnection);
-    });
+    const unsigned kinds = platform::ButtonPresses | platform::KeyPresses;
+    m_observation->observer =
+        platform::observeInput(kinds, [this](const platform::ObservedInput& input) {
+            // Stamped here: the installing thread may be busy for a while before it takes the row.
+            const qint64 now = QDateTime::currentMSecsSinceEpoch();
+            QMetaObject::invokeMethod(
+                this,
+                [this, input, now] {
+                    if (input.message == platform::ObservedInput::KeyDown)
+                        onKeyDown(now, int(input.virtualKey));
+                    else
+                        onButtonDown(now, QPoint(input.position.x, input.position.y));
+                },
+                Qt::QueuedConnection);
+        });
 }
 
 void InputHook::uninstall()

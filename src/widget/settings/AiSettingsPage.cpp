@@ -3,6 +3,7 @@
 #include "core/Toast.h"
 #include "service/ai/AiApiService.h"
 #include "service/ai/AiProviderService.h"
+#include "widget/ControlName.h"
 
 #include <QAction>
 #include <QApplication>
@@ -33,13 +34,6 @@ const QString kTestStyle = QStringLiteral(
 AiProviderService& providers()
 {
     return AiProviderService::instance();
-}
-
-QPushButton* makeButton(const QString& text, const char* objectName, QWidget* parent)
-{
-    auto* button = new QPushButton(text, parent);
-    button->setObjectName(QLatin1String(objectName));
-    return button;
 }
 
 QLineEdit* makeField(QVBoxLayout* form, const QString& label, QWidget* parent)

@@ -21,18 +21,10 @@ namespace zelmor::widget {
 namespace {
 
 namespace mcp = service::mcp;
+using settings::makeSettingsButton;
 
 const QString kServerName = QStringLiteral("zelmor");
 constexpr int kToastMs = 2200;
-
-QPushButton* makeButton(const QString& text, bool primary)
-{
-    auto* button = new QPushButton(text);
-    button->setObjectName(primary ? QStringLiteral("settingsPrimaryBtn")
-                                  : QStringLiteral("settingsSecondaryBtn"));
-    button->setCursor(Qt::PointingHandCursor);
-    return button;
-}
 
 // The status words and buttons of one card, switched together.
 struct CardState
@@ -80,7 +72,7 @@ McpSettingsPage::McpSettingsPage(QWidget* parent) : QWidget(parent)
     auto* path = new QLineEdit(mcp::mcpExecutablePath());
     path->setReadOnly(true);
     path->setAccessibleName(tr("MCP server path", "settings.mcp.path.name"));
-    QPushButton* generate = makeButton(tr("生产构建", "settings.mcp.path.generate"), true);
+    QPushButton* generate = makeSettingsButton(tr("生产构建", "settings.mcp.path.generate"), true);
     connect(generate, &QPushButton::clicked, this, [] {
         copySnippet(tr("生产构建", "settings.mcp.build"),
                     tr("MCP 配置已生成并复制到剪贴板！", "settings.mcp.build.success"));
@@ -97,7 +89,7 @@ McpSettingsPage::McpSettingsPage(QWidget* parent) : QWidget(parent)
     m_cards->setSpacing(8);
     page.body->addLayout(m_cards);
     QPushButton* addCustom =
-        makeButton(tr("➕ 添加自定义配置文件...", "settings.mcp.add_custom"), false);
+        makeSettingsButton(tr("➕ 添加自定义配置文件...", "settings.mcp.add_custom"), false);
     connect(addCustom, &QPushButton::clicked, this, &McpSettingsPage::addCustomFile);
     page.body->addWidget(addCustom, 0, Qt::AlignLeft);
     page.body->addStretch(1);
@@ -122,9 +114,10 @@ void McpSettingsPage::addClientCard(const mcp::McpClientEntry& entry)
     row->setSpacing(8);
     auto* status = new QLabel;
     status->setObjectName(QStringLiteral("fieldHint"));
-    QPushButton* disconnectButton = makeButton(tr("取消接入", "settings.mcp.disconnect"), false);
-    QPushButton* connectButton = makeButton(tr("接入", "settings.mcp.connect"), true);
-    QPushButton* copy = makeButton(tr("复制 JSON", "settings.mcp.copy_json"), false);
+    QPushButton* disconnectButton =
+        makeSettingsButton(tr("取消接入", "settings.mcp.disconnect"), false);
+    QPushButton* connectButton = makeSettingsButton(tr("接入", "settings.mcp.connect"), true);
+    QPushButton* copy = makeSettingsButton(tr("复制 JSON", "settings.mcp.copy_json"), false);
     row->addWidget(status);
     row->addStretch(1);
     for (QPushButton* button : {disconnectButton, connectButton, copy}) {
@@ -170,7 +163,7 @@ void McpSettingsPage::addClientCard(const mcp::McpClientEntry& entry)
     if (!entry.id.startsWith(QLatin1String("custom_"))) return;
 
     // The card stays until the next rebuild, and its buttons keep working on its path.
-    QPushButton* remove = makeButton(tr("删除此项", "settings.mcp.delete_entry"), false);
+    QPushButton* remove = makeSettingsButton(tr("删除此项", "settings.mcp.delete_entry"), false);
     remove->setAccessibleDescription(name);
     row->addWidget(remove);
     connect(remove, &QPushButton::clicked, this, [path] {

@@ -6,6 +6,7 @@
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QSpinBox>
 #include <QVBoxLayout>
@@ -138,6 +139,15 @@ QWidget* addSettingRow(QVBoxLayout* card, const QString& title, const QString& d
     row->addWidget(toggle, 0, description.isEmpty() ? Qt::AlignVCenter : Qt::AlignTop);
     card->addWidget(wrap);
     return toggle;
+}
+
+QPushButton* makeSettingsButton(const QString& text, bool primary)
+{
+    auto* button = new QPushButton(text);
+    button->setObjectName(primary ? QStringLiteral("settingsPrimaryBtn")
+                                  : QStringLiteral("settingsSecondaryBtn"));
+    button->setCursor(Qt::PointingHandCursor);
+    return button;
 }
 
 } // namespace zelmor::widget::settings

@@ -4,6 +4,7 @@
 
 #include <functional>
 
+class QPushButton;
 class QScrollArea;
 class QVBoxLayout;
 class QWidget;
@@ -33,5 +34,8 @@ QWidget* makeFieldPair(QWidget* left, QWidget* right);
 // A titled switch; `onToggled` runs on every change. Returns the switch.
 QWidget* addSettingRow(QVBoxLayout* card, const QString& title, const QString& description,
                        bool initial, const std::function<void(bool)>& onToggled);
+
+// A page's push button, in the primary accent or the quiet secondary look.
+QPushButton* makeSettingsButton(const QString& text, bool primary = false);
 
 } // namespace zelmor::widget::settings

@@ -1,6 +1,7 @@
 #include "SettingsPages.h"
 
 #include "SettingsBlocks.h"
+#include "UpdateSection.h"
 #include "core/ConfigManager.h"
 #include "service/history/HistoryService.h"
 #include "widget/LicenseDialog.h"
@@ -72,15 +73,6 @@ QLineEdit* makeLineEdit(const QString& value, void (ConfigManager::*write)(const
     QObject::connect(edit, &QLineEdit::editingFinished, edit,
                      [edit, write] { (config().*write)(edit->text()); });
     return edit;
-}
-
-QPushButton* makeButton(const QString& text, bool primary = false)
-{
-    auto* button = new QPushButton(text);
-    button->setObjectName(primary ? QStringLiteral("settingsPrimaryBtn")
-                                  : QStringLiteral("settingsSecondaryBtn"));
-    button->setCursor(Qt::PointingHandCursor);
-    return button;
 }
 
 QString dataFolder()
@@ -223,7 +215,7 @@ QWidget* SettingsPages::capture()
     dirRow->setSpacing(6);
     QLineEdit* dir = makeLineEdit(config().outputDir(), &ConfigManager::setOutputDir);
     dir->setAccessibleName(tr("Output directory", "settings.capture.outputDir"));
-    QPushButton* browse = makeButton(tr("Browse…", "settings.capture.browse"));
+    QPushButton* browse = makeSettingsButton(tr("Browse…", "settings.capture.browse"));
     browse->setObjectName(QStringLiteral("inlineBtn"));
     QObject::connect(browse, &QPushButton::clicked, dir, [dir] {
         const QString chosen =
@@ -325,8 +317,8 @@ QWidget* SettingsPages::privacy()
     folder->setTextInteractionFlags(Qt::TextSelectableByMouse);
     data->addWidget(folder);
     auto* buttons = new QHBoxLayout;
-    QPushButton* clear = makeButton(tr("Clear capture history", "settings.privacy.clear"));
-    QPushButton* open = makeButton(tr("Open data folder", "settings.privacy.openFolder"));
+    QPushButton* clear = makeSettingsButton(tr("Clear capture history", "settings.privacy.clear"));
+    QPushButton* open = makeSettingsButton(tr("Open data folder", "settings.privacy.openFolder"));
     QWidget* pageWidget = page.scroll;
     QObject::connect(clear, &QPushButton::clicked, pageWidget, [pageWidget] {
         const auto answer =
@@ -355,8 +347,8 @@ QWidget* SettingsPages::about()
         page.body, QStringLiteral("Zelmor"),
         tr("Version %1", "settings.about.version").arg(QCoreApplication::applicationVersion()));
     auto* buttons = new QHBoxLayout;
-    QPushButton* website = makeButton(tr("🌐 官方网站", "settings.about.website"));
-    QPushButton* notice = makeButton(tr("Open-source notice", "settings.about.notice"));
+    QPushButton* website = makeSettingsButton(tr("🌐 官方网站", "settings.about.website"));
+    QPushButton* notice = makeSettingsButton(tr("Open-source notice", "settings.about.notice"));
     QObject::connect(website, &QPushButton::clicked, website,
                      [] { QDesktopServices::openUrl(QUrl(QStringLiteral("https://zelmor.app"))); });
     QWidget* pageWidget = page.scroll;
@@ -376,6 +368,7 @@ QWidget* SettingsPages::about()
     buttons->addWidget(notice);
     buttons->addStretch(1);
     card->addLayout(buttons);
+    card->addWidget(new UpdateSection);
     page.body->addStretch(1);
     return page.scroll;
 }

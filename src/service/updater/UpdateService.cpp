@@ -1,0 +1,162 @@
+#include "UpdateService.h"
+
+#include "core/Utilities.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QStandardPaths>
+#include <QVersionNumber>
+
+namespace zelmor::service::updater {
+
+namespace {
+
+const QUrl kPublicApi(QStringLiteral("https://api.github.com"));
+const QString kRepository = QStringLiteral("zelmor-app/zelmor");
+
+QUrl& apiBase()
+{
+    static QUrl base = kPublicApi;
+    return base;
+}
+
+// Windows offers ".zip" and ".exe"; the Debian package is this edition's own.
+const QStringList& packageSuffixes()
+{
+    static const QStringList suffixes = {QStringLiteral(".zip"), QStringLiteral(".exe"),
+                                         QStringLiteral(".deb")};
+    return suffixes;
+}
+
+QString packageSuffix(const QString& name)
+{
+    for (const QString& suffix : packageSuffixes())
+        if (name.endsWith(suffix, Qt::CaseInsensitive)) return suffix;
+    return {};
+}
+
+// The feed's order alone decides between packages.
+QString pickDownloadUrl(const QJsonObject& release)
+{
+    for (const QJsonValue& asset : release.value(QStringLiteral("assets")).toArray()) {
+        const QJsonObject object = asset.toObject();
+        if (!packageSuffix(object.value(QStringLiteral("name")).toString()).isEmpty())
+            return object.value(QStringLiteral("browser_download_url")).toString();
+    }
+    return release.value(QStringLiteral("html_url")).toString();
+}
+
+QNetworkRequest makeRequest(const QUrl& url)
+{
+    QNetworkRequest request(url);
+    request.setHeader(QNetworkRequest::UserAgentHeader, QStringLiteral("Zelmor-Qt-Updater"));
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                         QNetworkRequest::NoLessSafeRedirectPolicy);
+    return request;
+}
+
+// One fixed name, so a newer download replaces the older one. Windows always writes
+// "Zelmor-Qt-Setup.exe"; here the package keeps the suffix it was published with, so that the
+// file manager opens it with the right program.
+QString downloadPath(const QString& url)
+{
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
+    if (folder.isEmpty() || !QDir(folder).exists()) folder = QDir::tempPath();
+    return folder + QDir::separator() + QStringLiteral("Zelmor-Qt-Setup") +
+           packageSuffix(QUrl(url).path()).toLower();
+}
+
+} // namespace
+
+UpdateService::UpdateService(QObject* parent)
+    : QObject(parent), m_network(new QNetworkAccessManager(this)), m_repository(kRepository)
+{}
+
+void UpdateService::setApiBaseForTests(const QUrl& base)
+{
+    apiBase() = base.isEmpty() ? kPublicApi : base;
+}
+
+void UpdateService::checkForUpdates()
+{
+    QUrl url = apiBase();
+    url.setPath(url.path() + QStringLiteral("/repos/%1/releases/latest").arg(m_repository));
+    QNetworkRequest request = makeRequest(url);
+    request.setRawHeader("Accept", "application/vnd.github+json");
+    QNetworkReply* reply = m_network->get(request);
+    connect(reply, &QNetworkReply::finished, this, [this, reply] { onCheckFinished(reply); });
+}
+
+void UpdateService::onCheckFinished(QNetworkReply* reply)
+{
+    reply->deleteLater();
+    if (reply->error() != QNetworkReply::NoError) {
+        Q_EMIT checkFailed(reply->errorString());
+        return;
+    }
+    // An unreadable body is an empty release: no tag, so up to date.
+    const QJsonObject release = QJsonDocument::fromJson(reply->readAll()).object();
+    const QString tag = release.value(QStringLiteral("tag_name")).toString();
+    const QString notes = release.value(QStringLiteral("body")).toString();
+    const QVersionNumber current =
+        QVersionNumber::fromString(QCoreApplication::applicationVersion());
+    // Only a lower-case "v" is a prefix; "V1.0.21" reads as no version at all.
+    const QVersionNumber latest =
+        QVersionNumber::fromString(tag.startsWith(QLatin1Char('v')) ? tag.mid(1) : tag);
+    if (latest.segmentCount() > 0 && QVersionNumber::compare(latest, current) > 0)
+        Q_EMIT updateAvailable(tag, pickDownloadUrl(release), notes);
+    else
+        Q_EMIT upToDate();
+}
+
+void UpdateService::downloadAndInstall(const QString& url)
+{
+    if (url.isEmpty()) {
+        Q_EMIT downloadFailed(QStringLiteral("empty URL"));
+        return;
+    }
+    const QString path = downloadPath(url);
+    auto* file = new QFile(path, this);
+    if (!file->open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
+        delete file;
+        Q_EMIT downloadFailed(QStringLiteral("cannot open %1").arg(path));
+        return;
+    }
+    QNetworkReply* reply = m_network->get(makeRequest(QUrl(url)));
+    // Streamed to disk as it arrives; a write that fails (a full disk) ends the download.
+    connect(reply, &QNetworkReply::readyRead, this, [reply, file] {
+        const QByteArray chunk = reply->readAll();
+        if (file->write(chunk) != chunk.size()) reply->abort();
+    });
+    connect(reply, &QNetworkReply::downloadProgress, this, &UpdateService::downloadProgress);
+    connect(reply, &QNetworkReply::finished, this,
+            [this, reply, file] { onDownloadFinished(reply, file); });
+}
+
+void UpdateService::onDownloadFinished(QNetworkReply* reply, QFile* file)
+{
+    const QString path = file->fileName();
+    const bool written = file->flush() && file->error() == QFileDevice::NoError;
+    const QString writeError = file->errorString();
+    file->close();
+    file->deleteLater();
+    reply->deleteLater();
+    if (reply->error() != QNetworkReply::NoError || !written) {
+        QFile::remove(path);
+        Q_EMIT downloadFailed(written ? reply->errorString() : writeError);
+        return;
+    }
+    // Windows stops the tool server and starts the installer. Linux does not lock a running
+    // executable, and Zelmor never runs what it downloaded: the user installs the package.
+    core::showInFileManager(path);
+    Q_EMIT installerLaunched(path);
+}
+
+} // namespace zelmor::service::updater

@@ -1,0 +1,174 @@
+#include "FakeAiServer.h"
+#include "FakeFileManager.h"
+#include "TestMain.h"
+
+#include "service/updater/UpdateService.h"
+
+#include <QDBusConnection>
+#include <QFile>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QThread>
+
+using zelmor::service::updater::UpdateService;
+using zelmor::test::FakeAiServer;
+
+namespace {
+
+QByteArray release(const QString& tag, const QStringList& assetNames)
+{
+    QJsonArray assets;
+    for (const QString& name : assetNames)
+        assets.append(QJsonObject{{"name", name},
+                                  {"browser_download_url", QString("https://dl.example/" + name)}});
+    return QJsonDocument(QJsonObject{{"tag_name", tag},
+                                     {"body", QString("notes of " + tag)},
+                                     {"html_url", QString("https://example/releases/" + tag)},
+                                     {"assets", assets}})
+        .toJson();
+}
+
+// The session bus's file manager, answering from a thread of its own while the download's
+// final step waits for it.
+struct FileManagerOnBus
+{
+    QThread thread;
+    zelmor::test::FakeFileManager manager;
+    QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "fm");
+
+    FileManagerOnBus()
+    {
+        manager.moveToThread(&thread);
+        thread.start();
+        bus.registerObject("/org/freedesktop/FileManager1", &manager,
+                           QDBusConnection::ExportAllSlots);
+        bus.registerService("org.freedesktop.FileManager1");
+    }
+    ~FileManagerOnBus()
+    {
+        bus.unregisterService("org.freedesktop.FileManager1");
+        QDBusConnection::disconnectFromBus("fm");
+        thread.quit();
+        thread.wait();
+    }
+    QStringList shown()
+    {
+        QStringList items;
+        QMetaObject::invokeMethod(
+            &manager, [&] { items = manager.items; }, Qt::BlockingQueuedConnection);
+        return items;
+    }
+};
+
+} // namespace
+
+class TestUpdater : public QObject
+{
+    Q_OBJECT
+
+    FakeAiServer m_server;
+    QString m_downloads;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QCoreApplication::setApplicationVersion(QStringLiteral("1.0.20"));
+        UpdateService::setApiBaseForTests(QUrl(m_server.baseUrl()));
+        m_downloads = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
+        QVERIFY(m_downloads.startsWith(zelmor::test::sandboxRoot().path()));
+        QVERIFY(QDir().mkpath(m_downloads));
+    }
+    void init() { m_server.clear(); }
+
+    void checkAnswers_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("offered"); // empty: up to date
+        QTest::newRow("same version with v") << 200 << release("v1.0.20", {"a.zip"}) << "";
+        QTest::newRow("capital V is no prefix") << 200 << release("V1.0.21", {"a.zip"}) << "";
+        QTest::newRow("suffix ignored") << 200 << release("1.0.20-beta", {"a.zip"}) << "";
+        QTest::newRow("unreadable tag") << 200 << release("latest", {"a.zip"}) << "";
+        QTest::newRow("body not JSON") << 200 << QByteArray("<html>") << "";
+        QTest::newRow("zip listed first wins")
+            << 200 << release("v1.0.21", {"notes.txt", "Portable.ZIP", "Setup.exe"})
+            << "https://dl.example/Portable.ZIP";
+        QTest::newRow("exe listed first wins")
+            << 200 << release("v1.1", {"Setup.EXE", "Portable.zip"})
+            << "https://dl.example/Setup.EXE";
+        QTest::newRow("no package: the release page")
+            << 200 << release("v2.0.0", {"notes.txt"}) << "https://example/releases/v2.0.0";
+        QTest::newRow("HTTP error") << 404 << QByteArray("{}") << "failed";
+    }
+    void checkAnswers()
+    {
+        QFETCH(int, status);
+        QFETCH(QByteArray, body);
+        QFETCH(QString, offered);
+        m_server.enqueue(status, body);
+        UpdateService service;
+        QSignalSpy available(&service, &UpdateService::updateAvailable);
+        QSignalSpy upToDate(&service, &UpdateService::upToDate);
+        QSignalSpy failed(&service, &UpdateService::checkFailed);
+        service.checkForUpdates();
+        QTRY_COMPARE(available.size() + upToDate.size() + failed.size(), 1);
+
+        const zelmor::test::HttpRequest& request = m_server.requests().value(0);
+        QCOMPARE(request.path, QByteArray("/repos/zelmor-app/zelmor/releases/latest"));
+        QCOMPARE(request.headers.value("user-agent"), QByteArray("Zelmor-Qt-Updater"));
+        QCOMPARE(request.headers.value("accept"), QByteArray("application/vnd.github+json"));
+        if (offered == QLatin1String("failed"))
+            QVERIFY(failed.value(0).value(0).toString().contains(QLatin1String("Not Found")));
+        else if (offered.isEmpty())
+            QCOMPARE(upToDate.size(), 1);
+        else
+            QCOMPARE(available.value(0).value(1).toString(), offered);
+    }
+
+    void downloadStreamsToDiskAndShowsThePackage()
+    {
+        FileManagerOnBus fileManager;
+        const QByteArray package(3 * 1024 * 1024, 'z');
+        m_server.enqueueHold();
+        UpdateService service;
+        QSignalSpy progress(&service, &UpdateService::downloadProgress);
+        QSignalSpy saved(&service, &UpdateService::installerLaunched);
+        service.downloadAndInstall(m_server.baseUrl() + QStringLiteral("/zelmor_1.0.21.deb"));
+        QTRY_COMPARE(m_server.requests().size(), 1);
+
+        m_server.sendHeld(FakeAiServer::head(200, package.size(), "application/octet-stream") +
+                              package.left(1024 * 1024),
+                          false);
+        const QString path = m_downloads + QStringLiteral("/Zelmor-Qt-Setup.deb");
+        QTRY_COMPARE(QFileInfo(path).size(), 1024 * 1024); // on disk before the end
+
+        m_server.sendHeld(package.mid(1024 * 1024), true);
+        QTRY_COMPARE(saved.size(), 1);
+        QCOMPARE(progress.last(), (QList<QVariant>{package.size(), package.size()}));
+        QCOMPARE(saved.first().first().toString(), path);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), package);
+        QCOMPARE(fileManager.shown(), QStringList{QUrl::fromLocalFile(path).toString()});
+    }
+
+    void brokenDownloadRemovesThePartialFile()
+    {
+        m_server.enqueueHold();
+        UpdateService service;
+        QSignalSpy failed(&service, &UpdateService::downloadFailed);
+        service.downloadAndInstall(m_server.baseUrl() + QStringLiteral("/Setup.exe"));
+        QTRY_COMPARE(m_server.requests().size(), 1);
+        m_server.sendHeld(FakeAiServer::head(200, 1 << 20, "application/octet-stream") +
+                              QByteArray(1 << 18, 'x'),
+                          false);
+        const QString path = m_downloads + QStringLiteral("/Zelmor-Qt-Setup.exe");
+        QTRY_COMPARE(QFileInfo(path).size(), 1 << 18);
+        m_server.sendHeld({}, true);
+        QTRY_COMPARE(failed.size(), 1);
+        QVERIFY(!QFile::exists(path));
+    }
+};
+
+ZELMOR_TEST_MAIN(TestUpdater, QApplication)
+#include "tst_updater.moc"

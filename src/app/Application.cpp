@@ -2,6 +2,8 @@
 
 #include "core/ConfigManager.h"
 #include "core/Log.h"
+#include "manager/TrayService.h"
+#include "widget/MainWindow.h"
 
 #include <QFileInfo>
 #include <QStandardPaths>
@@ -70,6 +72,16 @@ void Application::reloadTranslators()
     logI18n(QStringLiteral("  tr(Language:)= ") +
             QCoreApplication::translate("zelmor::widget::SettingsDialog",
                                         "Language:", "settings.general.language"));
+}
+
+void Application::followLanguage(manager::TrayService& tray, widget::MainWindow& window)
+{
+    core::ConfigManager& config = core::ConfigManager::instance();
+    connect(&config, &core::ConfigManager::languageChanged, this, &Application::reloadTranslators);
+    connect(&config, &core::ConfigManager::languageChanged, &tray,
+            &manager::TrayService::retranslate);
+    connect(&config, &core::ConfigManager::languageChanged, &window,
+            &widget::MainWindow::retranslateUi);
 }
 
 } // namespace zelmor::app

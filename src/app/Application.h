@@ -4,6 +4,13 @@
 
 class QTranslator;
 
+namespace zelmor::manager {
+class TrayService;
+}
+namespace zelmor::widget {
+class MainWindow;
+}
+
 namespace zelmor::app {
 
 class Application : public QApplication
@@ -15,6 +22,9 @@ public:
     // Replaces the translator with one for the configured language; the program runs on
     // its source texts when no file is found.
     void reloadTranslators();
+
+    // On every language change: the translator first, then a new tray menu and new panels.
+    void followLanguage(manager::TrayService& tray, widget::MainWindow& window);
 
     // The locale whose "zelmor_<locale>.qm" is looked for: the configured language, or
     // the system's full language_COUNTRY name for "system" and empty.

@@ -79,12 +79,7 @@ int main(int argc, char** argv)
     QObject::connect(&config, &core::ConfigManager::themeChanged, &mainWindow, [] {
         manager::ThemeManager::instance().apply(core::ConfigManager::instance().theme());
     });
-    QObject::connect(&config, &core::ConfigManager::languageChanged, &application,
-                     &app::Application::reloadTranslators);
-    QObject::connect(&config, &core::ConfigManager::languageChanged, &tray,
-                     &manager::TrayService::retranslate);
-    QObject::connect(&config, &core::ConfigManager::languageChanged, &mainWindow,
-                     &widget::MainWindow::retranslateUi);
+    application.followLanguage(tray, mainWindow);
 
     tray.show();
 

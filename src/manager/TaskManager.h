@@ -12,7 +12,8 @@ namespace zelmor::manager {
 // One background job as the task card shows it.
 struct TaskItem
 {
-    enum State : qint32 { Pending = 0, Running = 1, Finished = 2, Failed = 3, Cancelled = 4 };
+    // No underlying type given: with one, lupdate loses track of the classes declared below.
+    enum State { Pending = 0, Running = 1, Finished = 2, Failed = 3, Cancelled = 4 };
 
     quint64 id = 0;
     QString title;

@@ -24,22 +24,30 @@ constexpr int kHideAfterMs = 4000;
 
 struct StateLook
 {
-    const char* key;
-    const char* text;
+    struct
+    {
+        const char* source;
+        const char* comment;
+    } text;
     const char* style;
 };
 
+// The context is written out in full: lupdate reads only literals.
 StateLook lookOf(TaskItem::State state)
 {
     switch (state) {
     case TaskItem::Finished:
-        return {"task.finished", "✅ 完成", "color: #67c23a; font-weight: bold;"};
+        return {QT_TRANSLATE_NOOP3("zelmor::widget::TaskItemRow", "✅ 完成", "task.finished"),
+                "color: #67c23a; font-weight: bold;"};
     case TaskItem::Failed:
-        return {"task.failed", "❌ 失败", "color: #f56c6c; font-weight: bold;"};
+        return {QT_TRANSLATE_NOOP3("zelmor::widget::TaskItemRow", "❌ 失败", "task.failed"),
+                "color: #f56c6c; font-weight: bold;"};
     case TaskItem::Cancelled:
-        return {"task.cancelled", "已取消", "color: #909399;"};
+        return {QT_TRANSLATE_NOOP3("zelmor::widget::TaskItemRow", "已取消", "task.cancelled"),
+                "color: #909399;"};
     default:
-        return {"task.running", "⏳ 处理中", "color: #e6a23c; font-weight: bold;"};
+        return {QT_TRANSLATE_NOOP3("zelmor::widget::TaskItemRow", "⏳ 处理中", "task.running"),
+                "color: #e6a23c; font-weight: bold;"};
     }
 }
 
@@ -102,7 +110,7 @@ void TaskItemRow::update(const TaskItem& item)
         m_thumbnail->setPixmap(item.thumbnail.scaled(36, 36, Qt::KeepAspectRatioByExpanding,
                                                      Qt::SmoothTransformation));
     const StateLook look = lookOf(item.state);
-    m_status->setText(tr(look.text, look.key));
+    m_status->setText(tr(look.text.source, look.text.comment));
     m_status->setStyleSheet(QLatin1String(look.style));
     m_cancel->setVisible(item.isActive());
 }

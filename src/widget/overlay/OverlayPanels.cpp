@@ -5,7 +5,6 @@
 #include "widget/ControlName.h"
 
 #include <QComboBox>
-#include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QLabel>
@@ -17,95 +16,124 @@ namespace zelmor::widget::overlay {
 
 namespace {
 
+// A text of the panels with its key. The tables write the context out in full: lupdate reads
+// only literals.
+struct Text
+{
+    const char* source;
+    const char* comment;
+
+    QString translated() const { return OverlayPanels::tr(source, comment); }
+};
+
 struct ButtonSpec
 {
     OverlayPanels::Action action;
     const char* name;
-    const char* key;
-    const char* tooltip;
+    Text tooltip;
     const char* icon;
     int spacingAfter; // 0: none
 };
 
 // In layout order; the combo boxes stand between Cancel and Start.
 const ButtonSpec kActionButtons[] = {
-    {OverlayPanels::Copy, "copy", "overlay.btn.copy",
-     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Copy"), "overlay/copy", 0},
-    {OverlayPanels::Pin, "pin", "overlay.btn.pin",
-     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Pin"), "overlay/pin", 0},
-    {OverlayPanels::Save, "save", "overlay.btn.save",
-     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Save"), "overlay/save", 4},
-    {OverlayPanels::Ocr, "ocr", "overlay.btn.ocr",
-     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Extract Text (OCR)"), "overlay/ocr", 0},
-    {OverlayPanels::Translate, "translate", "overlay.btn.translate",
-     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Translate Image"), "overlay/translate",
-     0},
-    {OverlayPanels::AiAnnotate, "aiAnnotate", "overlay.btn.aiAnnotate",
-     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "AI Auto Annotate UI"),
+    {OverlayPanels::Copy, "copy",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Copy", "overlay.btn.copy"),
+     "overlay/copy", 0},
+    {OverlayPanels::Pin, "pin",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Pin", "overlay.btn.pin"),
+     "overlay/pin", 0},
+    {OverlayPanels::Save, "save",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Save", "overlay.btn.save"),
+     "overlay/save", 4},
+    {OverlayPanels::Ocr, "ocr",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Extract Text (OCR)",
+                        "overlay.btn.ocr"),
+     "overlay/ocr", 0},
+    {OverlayPanels::Translate, "translate",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Translate Image",
+                        "overlay.btn.translate"),
+     "overlay/translate", 0},
+    {OverlayPanels::AiAnnotate, "aiAnnotate",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "AI Auto Annotate UI",
+                        "overlay.btn.aiAnnotate"),
      "overlay/ai_annotate", 4},
-    {OverlayPanels::Undo, "undo", "overlay.btn.undo",
-     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Undo"), "annotate/undo", 0},
-    {OverlayPanels::Redo, "redo", "overlay.btn.redo",
-     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Redo"), "annotate/redo", 4},
-    {OverlayPanels::Reselect, "reselect", "overlay.btn.reselect",
-     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Reselect"), "overlay/reselect", 4},
-    {OverlayPanels::Cancel, "cancel", "overlay.btn.cancel",
-     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Cancel"), "overlay/cancel", 0},
-    {OverlayPanels::Start, "start", "overlay.btn.start",
-     QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Start"), "overlay/start", 0},
+    {OverlayPanels::Undo, "undo",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Undo", "overlay.btn.undo"),
+     "annotate/undo", 0},
+    {OverlayPanels::Redo, "redo",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Redo", "overlay.btn.redo"),
+     "annotate/redo", 4},
+    {OverlayPanels::Reselect, "reselect",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Reselect",
+                        "overlay.btn.reselect"),
+     "overlay/reselect", 4},
+    {OverlayPanels::Cancel, "cancel",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Cancel", "overlay.btn.cancel"),
+     "overlay/cancel", 0},
+    {OverlayPanels::Start, "start",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Start", "overlay.btn.start"),
+     "overlay/start", 0},
 };
 
 struct ToolSpec
 {
     const char* name;
-    const char* tooltip;
+    Text tooltip;
 };
 
 const ToolSpec kTools[] = {
-    {"select", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Select / Move")},
-    {"rect", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Rectangle")},
-    {"ellipse", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Ellipse")},
-    {"arrow", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Arrow")},
-    {"line", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Line")},
-    {"brush", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Brush")},
-    {"highlight", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Highlighter")},
-    {"mosaic", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Mosaic")},
-    {"blur", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Blur")},
-    {"text", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Text")},
-    {"counter", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Counter")},
-    {"stamp", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Stamp")},
+    {"select", QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Select / Move",
+                                  "annotate.tool.select")},
+    {"rect", QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Rectangle",
+                                "annotate.tool.rect")},
+    {"ellipse", QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Ellipse",
+                                   "annotate.tool.ellipse")},
+    {"arrow",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Arrow", "annotate.tool.arrow")},
+    {"line",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Line", "annotate.tool.line")},
+    {"brush",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Brush", "annotate.tool.brush")},
+    {"highlight", QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Highlighter",
+                                     "annotate.tool.highlight")},
+    {"mosaic", QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Mosaic",
+                                  "annotate.tool.mosaic")},
+    {"blur",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Blur", "annotate.tool.blur")},
+    {"text",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Text", "annotate.tool.text")},
+    {"counter", QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Counter",
+                                   "annotate.tool.counter")},
+    {"stamp",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Stamp", "annotate.tool.stamp")},
 };
 
 struct ComboItem
 {
-    const char* key;
-    const char* text;
+    Text text;
     int value;
 };
 
 const ComboItem kDurations[] = {
-    {"overlay.dur.manual", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Manual"), 0},
-    {"overlay.dur.5s", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "5s"), 5},
-    {"overlay.dur.10s", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "10s"), 10},
-    {"overlay.dur.15s", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "15s"), 15},
-    {"overlay.dur.30s", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "30s"), 30},
-    {"overlay.dur.1m", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "1 min"), 60},
-    {"overlay.dur.2m", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "2 min"), 120},
-    {"overlay.dur.5m", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "5 min"), 300},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Manual", "overlay.dur.manual"),
+     0},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "5s", "overlay.dur.5s"), 5},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "10s", "overlay.dur.10s"), 10},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "15s", "overlay.dur.15s"), 15},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "30s", "overlay.dur.30s"), 30},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "1 min", "overlay.dur.1m"), 60},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "2 min", "overlay.dur.2m"), 120},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "5 min", "overlay.dur.5m"), 300},
 };
 
 const ComboItem kFrameRates[] = {
-    {"overlay.fps.8", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "8 fps"), 8},
-    {"overlay.fps.10", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "10 fps"), 10},
-    {"overlay.fps.15", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "15 fps"), 15},
-    {"overlay.fps.24", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "24 fps"), 24},
-    {"overlay.fps.30", QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "30 fps"), 30},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "8 fps", "overlay.fps.8"), 8},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "10 fps", "overlay.fps.10"), 10},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "15 fps", "overlay.fps.15"), 15},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "24 fps", "overlay.fps.24"), 24},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "30 fps", "overlay.fps.30"), 30},
 };
-
-QString tr(const char* text, const char* key)
-{
-    return QCoreApplication::translate("zelmor::widget::CaptureOverlay", text, key);
-}
 
 QToolButton* makeButton(QWidget* parent, const QString& objectName, const QString& tooltip,
                         const QString& icon, QSize size)
@@ -132,14 +160,14 @@ QWidget* makePanel(QWidget* overlay, const char* objectName)
     return panel;
 }
 
-QComboBox* makeCombo(QWidget* parent, const ComboItem* items, int count, const char* key,
-                     const char* tooltip, int width)
+QComboBox* makeCombo(QWidget* parent, const ComboItem* items, int count, const QString& tooltip,
+                     int width)
 {
     auto* combo = new QComboBox(parent);
     for (int i = 0; i < count; ++i)
-        combo->addItem(tr(items[i].text, items[i].key), items[i].value);
+        combo->addItem(items[i].text.translated(), items[i].value);
     combo->setCurrentIndex(0);
-    setTipAndName(combo, tr(tooltip, key));
+    setTipAndName(combo, tooltip);
     combo->setFixedWidth(width);
     combo->setFocusPolicy(Qt::NoFocus);
     return combo;
@@ -162,18 +190,16 @@ void OverlayPanels::buildActionBar(QWidget* overlay)
     m_actionButtons.resize(Start + 1);
     for (const ButtonSpec& spec : kActionButtons) {
         if (spec.action == Start) {
-            m_duration = makeCombo(
-                m_actionBar, kDurations, int(std::size(kDurations)), "overlay.label.duration",
-                QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Recording duration"), 86);
-            m_fps = makeCombo(
-                m_actionBar, kFrameRates, int(std::size(kFrameRates)), "overlay.label.fps",
-                QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Frame rate"), 80);
+            m_duration = makeCombo(m_actionBar, kDurations, int(std::size(kDurations)),
+                                   tr("Recording duration", "overlay.label.duration"), 86);
+            m_fps = makeCombo(m_actionBar, kFrameRates, int(std::size(kFrameRates)),
+                              tr("Frame rate", "overlay.label.fps"), 80);
             row->addWidget(m_duration);
             row->addWidget(m_fps);
             row->addSpacing(6);
         }
         QToolButton* button =
-            makeButton(m_actionBar, QLatin1String(spec.name), tr(spec.tooltip, spec.key),
+            makeButton(m_actionBar, QLatin1String(spec.name), spec.tooltip.translated(),
                        QLatin1String(spec.icon), QSize(32, 30));
         const int action = spec.action;
         connect(button, &QToolButton::clicked, this,
@@ -191,10 +217,8 @@ void OverlayPanels::buildAnnotationBar(QWidget* overlay)
     row->setContentsMargins(6, 4, 6, 4);
     for (int tool = 0; tool < int(std::size(kTools)); ++tool) {
         const QString name = QLatin1String(kTools[tool].name);
-        QToolButton* button =
-            makeButton(m_annotationBar, name,
-                       tr(kTools[tool].tooltip, ("annotate.tool." + name).toLatin1().constData()),
-                       QStringLiteral("annotate/") + name, QSize(30, 30));
+        QToolButton* button = makeButton(m_annotationBar, name, kTools[tool].tooltip.translated(),
+                                         QStringLiteral("annotate/") + name, QSize(30, 30));
         button->setCheckable(true);
         connect(button, &QToolButton::clicked, this, [this, tool] { Q_EMIT toolPicked(tool); });
         m_toolButtons.append(button);
@@ -230,15 +254,13 @@ void OverlayPanels::buildAnnotationBar(QWidget* overlay)
     m_widthBox = new QSpinBox(m_annotationBar);
     m_widthBox->setRange(1, 40);
     m_widthBox->setFixedWidth(48);
-    setTipAndName(m_widthBox, tr(QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Pen width"),
-                                 "annotate.label.width"));
+    setTipAndName(m_widthBox, tr("Pen width", "annotate.label.width"));
     connect(m_widthBox, &QSpinBox::valueChanged, this,
             [this](int v) { Q_EMIT penWidthEdited(qBound(1, v, 40)); });
     m_fontBox = new QSpinBox(m_annotationBar);
     m_fontBox->setRange(8, 96);
     m_fontBox->setFixedWidth(48);
-    setTipAndName(m_fontBox, tr(QT_TRANSLATE_NOOP("zelmor::widget::CaptureOverlay", "Font size"),
-                                "annotate.label.font"));
+    setTipAndName(m_fontBox, tr("Font size", "annotate.label.font"));
     m_fontBox->setEnabled(false);
     connect(m_fontBox, &QSpinBox::valueChanged, this,
             [this](int v) { Q_EMIT fontSizeEdited(qBound(8, v, 96)); });

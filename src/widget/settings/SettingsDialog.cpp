@@ -18,8 +18,6 @@ namespace zelmor::widget {
 
 namespace {
 
-constexpr char kContext[] = "zelmor::widget::SettingsDialog";
-
 struct NavRow
 {
     SettingsDialog::PageId page;
@@ -37,27 +35,32 @@ template <typename PageWidget> QWidget* makeWidget()
     return new PageWidget;
 }
 
+// The context is written out in full: lupdate reads only literals.
 const NavRow kNavRows[] = {
     {SettingsDialog::GeneralPage, ":/icons/nav/general.svg",
-     QT_TRANSLATE_NOOP3(kContext, "General", "settings.tab.general"),
+     QT_TRANSLATE_NOOP3("zelmor::widget::SettingsDialog", "General", "settings.tab.general"),
      settings::SettingsPages::general},
     {SettingsDialog::HotkeysPage, ":/icons/nav/hotkeys.svg",
-     QT_TRANSLATE_NOOP3(kContext, "Hotkeys", "settings.tab.hotkeys"),
+     QT_TRANSLATE_NOOP3("zelmor::widget::SettingsDialog", "Hotkeys", "settings.tab.hotkeys"),
      settings::SettingsPages::hotkeys},
     {SettingsDialog::CapturePage, ":/icons/nav/capture.svg",
-     QT_TRANSLATE_NOOP3(kContext, "Capture", "settings.tab.capture"),
+     QT_TRANSLATE_NOOP3("zelmor::widget::SettingsDialog", "Capture", "settings.tab.capture"),
      settings::SettingsPages::capture},
     {SettingsDialog::PinPage, ":/icons/nav/pin.svg",
-     QT_TRANSLATE_NOOP3(kContext, "Pin", "settings.tab.pin"), settings::SettingsPages::pin},
+     QT_TRANSLATE_NOOP3("zelmor::widget::SettingsDialog", "Pin", "settings.tab.pin"),
+     settings::SettingsPages::pin},
     {SettingsDialog::AiPage, ":/icons/nav/ai.svg",
-     QT_TRANSLATE_NOOP3(kContext, "AI", "settings.tab.ai"), makeWidget<AiSettingsPage>},
+     QT_TRANSLATE_NOOP3("zelmor::widget::SettingsDialog", "AI", "settings.tab.ai"),
+     makeWidget<AiSettingsPage>},
     {SettingsDialog::McpPage, ":/icons/nav/mcp.svg",
-     QT_TRANSLATE_NOOP3(kContext, "MCP", "settings.tab.mcp"), makeWidget<McpSettingsPage>},
+     QT_TRANSLATE_NOOP3("zelmor::widget::SettingsDialog", "MCP", "settings.tab.mcp"),
+     makeWidget<McpSettingsPage>},
     {SettingsDialog::PrivacyPage, ":/icons/nav/privacy.svg",
-     QT_TRANSLATE_NOOP3(kContext, "Privacy", "settings.tab.privacy"),
+     QT_TRANSLATE_NOOP3("zelmor::widget::SettingsDialog", "Privacy", "settings.tab.privacy"),
      settings::SettingsPages::privacy},
     {SettingsDialog::AboutPage, ":/icons/nav/about.svg",
-     QT_TRANSLATE_NOOP3(kContext, "About", "settings.tab.about"), settings::SettingsPages::about},
+     QT_TRANSLATE_NOOP3("zelmor::widget::SettingsDialog", "About", "settings.tab.about"),
+     settings::SettingsPages::about},
 };
 
 // Paints its own fill and bottom line, so that the colours follow the theme without waiting
@@ -136,9 +139,8 @@ QWidget* SettingsDialog::makeBody()
     m_navigation->setIconSize(QSize(16, 16));
     m_stack = new QStackedWidget;
     for (const NavRow& row : kNavRows) {
-        new QListWidgetItem(
-            QIcon(QLatin1String(row.icon)),
-            QCoreApplication::translate(kContext, row.text.source, row.text.comment), m_navigation);
+        new QListWidgetItem(QIcon(QLatin1String(row.icon)), tr(row.text.source, row.text.comment),
+                            m_navigation);
         m_stack->addWidget(row.make());
         m_pages.append(row.page);
     }

@@ -2,7 +2,6 @@
 
 #include "core/ConfigManager.h"
 
-#include <QCoreApplication>
 #include <QDialogButtonBox>
 #include <QHeaderView>
 #include <QLabel>
@@ -12,8 +11,6 @@
 namespace zelmor::widget {
 
 namespace {
-
-constexpr char kContext[] = "zelmor::widget::ShortcutSheetDialog";
 
 struct SheetRow
 {
@@ -25,20 +22,37 @@ struct SheetRow
     const char* hotkey;
 };
 
+// The context is written out in full: lupdate reads only literals.
 const SheetRow kRows[] = {
-    {QT_TRANSLATE_NOOP3(kContext, "Capture region", "shortcutSheet.row.region"), "region"},
-    {QT_TRANSLATE_NOOP3(kContext, "Capture fullscreen", "shortcutSheet.row.fullscreen"),
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Capture region",
+                        "shortcutSheet.row.region"),
+     "region"},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Capture fullscreen",
+                        "shortcutSheet.row.fullscreen"),
      "fullscreen"},
-    {QT_TRANSLATE_NOOP3(kContext, "Capture window", "shortcutSheet.row.window"), "window"},
-    {QT_TRANSLATE_NOOP3(kContext, "Delayed capture", "shortcutSheet.row.delayed"), "delayed"},
-    {QT_TRANSLATE_NOOP3(kContext, "Record GIF", "shortcutSheet.row.gif"), "gif"},
-    {QT_TRANSLATE_NOOP3(kContext, "Scroll capture", "shortcutSheet.row.scroll"), "scroll"},
-    {QT_TRANSLATE_NOOP3(kContext, "Toggle pin click-through", "shortcutSheet.row.pinClickThru"),
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Capture window",
+                        "shortcutSheet.row.window"),
+     "window"},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Delayed capture",
+                        "shortcutSheet.row.delayed"),
+     "delayed"},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Record GIF",
+                        "shortcutSheet.row.gif"),
+     "gif"},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Scroll capture",
+                        "shortcutSheet.row.scroll"),
+     "scroll"},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Toggle pin click-through",
+                        "shortcutSheet.row.pinClickThru"),
      "pinClickThrough"},
-    {QT_TRANSLATE_NOOP3(kContext, "Pin from clipboard", "shortcutSheet.row.pinClip"),
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Pin from clipboard",
+                        "shortcutSheet.row.pinClip"),
      "pinFromClipboard"},
-    {QT_TRANSLATE_NOOP3(kContext, "Open history", "shortcutSheet.row.history"), "history"},
-    {QT_TRANSLATE_NOOP3(kContext, "Shortcut cheat sheet", "shortcutSheet.row.sheet"),
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Open history",
+                        "shortcutSheet.row.history"),
+     "history"},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Shortcut cheat sheet",
+                        "shortcutSheet.row.sheet"),
      "shortcutSheet"},
 };
 
@@ -75,9 +89,7 @@ ShortcutSheetDialog::ShortcutSheetDialog(QWidget* parent)
     const core::ConfigManager& config = core::ConfigManager::instance();
     int row = 0;
     for (const SheetRow& sheetRow : kRows) {
-        m_table->setItem(row, 0,
-                         readOnlyItem(QCoreApplication::translate(kContext, sheetRow.text.source,
-                                                                  sheetRow.text.comment)));
+        m_table->setItem(row, 0, readOnlyItem(tr(sheetRow.text.source, sheetRow.text.comment)));
         m_table->setItem(row, 1, readOnlyItem(config.hotkey(sheetRow.hotkey)));
         ++row;
     }

@@ -265,6 +265,49 @@
         <comment>record.scroll.memoryLimit.body</comment>
         <translation>The stitched image reached its memory limit of %1 MB; what was stitched so far is saved.</translation>
     </message>
+    <message>
+        <source>Gestures on</source>
+        <comment>tray.gesture.on</comment>
+        <translation>Gestures on</translation>
+    </message>
+    <message>
+        <source>Right-drag to gesture. (R=next pin, L=prev, D=history, DR=capture, DL=clear pins)</source>
+        <comment>tray.gesture.on.body</comment>
+        <translation>Right-drag to gesture. (R=next pin, L=prev, D=history, DR=capture, DL=clear pins)</translation>
+    </message>
+    <message>
+        <source>Gestures off</source>
+        <comment>tray.gesture.off</comment>
+        <translation>Gestures off</translation>
+    </message>
+    <message>
+        <source>Mouse gestures disabled.</source>
+        <comment>tray.gesture.off.body</comment>
+        <translation>Mouse gestures disabled.</translation>
+    </message>
+    <message>
+        <source>Update available</source>
+        <comment>tray.update.available</comment>
+        <translation>Update available</translation>
+    </message>
+    <message>
+        <source>Zelmor %1 is available.</source>
+        <translation>Zelmor %1 is available.</translation>
+    </message>
+    <message>
+        <source>Up to date</source>
+        <comment>tray.update.uptodate</comment>
+        <translation>Up to date</translation>
+    </message>
+    <message>
+        <source>You&apos;re on the latest version.</source>
+        <translation>You&apos;re on the latest version.</translation>
+    </message>
+    <message>
+        <source>Update check failed</source>
+        <comment>tray.update.failed</comment>
+        <translation>Update check failed</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::manager::TaskManager</name>
@@ -429,6 +472,16 @@
         <source>Quit</source>
         <comment>tray.quit</comment>
         <translation>Quit</translation>
+    </message>
+    <message>
+        <source>Mouse gestures</source>
+        <comment>tray.mouseGesture</comment>
+        <translation>Mouse gestures</translation>
+    </message>
+    <message>
+        <source>Check for updates</source>
+        <comment>tray.checkUpdates</comment>
+        <translation>Check for updates</translation>
     </message>
 </context>
 <context>
@@ -2600,6 +2653,78 @@ See the documentation for details.</translation>
         <source>Font size</source>
         <comment>annotate.label.font</comment>
         <translation>Font size</translation>
+    </message>
+</context>
+<context>
+    <name>zelmor::widget::settings::UpdateSection</name>
+    <message>
+        <source>Check for updates</source>
+        <comment>settings.about.checkUpdates</comment>
+        <translation>Check for updates</translation>
+    </message>
+    <message>
+        <source>Last checked: never</source>
+        <comment>settings.about.lastChecked</comment>
+        <translation>Last checked: never</translation>
+    </message>
+    <message>
+        <source>You&apos;re on the latest version.</source>
+        <comment>settings.about.upToDate</comment>
+        <translation>You&apos;re on the latest version.</translation>
+    </message>
+    <message>
+        <source>Check failed: %1</source>
+        <comment>settings.about.checkFailed</comment>
+        <translation>Check failed: %1</translation>
+    </message>
+    <message>
+        <source>Saved to %1. Install the package from there, then restart Zelmor.</source>
+        <comment>settings.about.downloaded</comment>
+        <translation>Saved to %1. Install the package from there, then restart Zelmor.</translation>
+    </message>
+    <message>
+        <source>Download failed: %1</source>
+        <comment>settings.about.downloadFailed</comment>
+        <translation>Download failed: %1</translation>
+    </message>
+    <message>
+        <source>Checking…</source>
+        <comment>settings.about.checking</comment>
+        <translation>Checking…</translation>
+    </message>
+    <message>
+        <source>Update available: %1</source>
+        <comment>settings.about.available</comment>
+        <translation>Update available: %1</translation>
+    </message>
+    <message>
+        <source>Update available</source>
+        <comment>settings.about.availableTitle</comment>
+        <translation>Update available</translation>
+    </message>
+    <message>
+        <source>Version %1 is available. Download it to your download folder now?
+
+%2</source>
+        <comment>settings.about.availableAsk</comment>
+        <translation>Version %1 is available. Download it to your download folder now?
+
+%2</translation>
+    </message>
+    <message>
+        <source>Downloading…</source>
+        <comment>settings.about.downloading</comment>
+        <translation>Downloading…</translation>
+    </message>
+    <message>
+        <source>Downloading… %1%</source>
+        <comment>settings.about.downloadingPercent</comment>
+        <translation>Downloading… %1%</translation>
+    </message>
+    <message>
+        <source>Downloading… %1 MB</source>
+        <comment>settings.about.downloadingMb</comment>
+        <translation>Downloading… %1 MB</translation>
     </message>
 </context>
 </TS>

@@ -265,6 +265,49 @@
         <comment>record.scroll.memoryLimit.body</comment>
         <translation>拼接图已达到 %1 MB 的内存上限；已拼接的部分已保存。</translation>
     </message>
+    <message>
+        <source>Gestures on</source>
+        <comment>tray.gesture.on</comment>
+        <translation>鼠标手势已开启</translation>
+    </message>
+    <message>
+        <source>Right-drag to gesture. (R=next pin, L=prev, D=history, DR=capture, DL=clear pins)</source>
+        <comment>tray.gesture.on.body</comment>
+        <translation>按住右键拖动即可使用手势。(R=下一个贴图, L=上一个, D=历史记录, DR=截图, DL=清除贴图)</translation>
+    </message>
+    <message>
+        <source>Gestures off</source>
+        <comment>tray.gesture.off</comment>
+        <translation>鼠标手势已关闭</translation>
+    </message>
+    <message>
+        <source>Mouse gestures disabled.</source>
+        <comment>tray.gesture.off.body</comment>
+        <translation>鼠标手势已停用。</translation>
+    </message>
+    <message>
+        <source>Update available</source>
+        <comment>tray.update.available</comment>
+        <translation>有可用更新</translation>
+    </message>
+    <message>
+        <source>Zelmor %1 is available.</source>
+        <translation>Zelmor %1 已发布。</translation>
+    </message>
+    <message>
+        <source>Up to date</source>
+        <comment>tray.update.uptodate</comment>
+        <translation>已是最新版本</translation>
+    </message>
+    <message>
+        <source>You&apos;re on the latest version.</source>
+        <translation>您使用的已是最新版本。</translation>
+    </message>
+    <message>
+        <source>Update check failed</source>
+        <comment>tray.update.failed</comment>
+        <translation>检查更新失败</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::manager::TaskManager</name>
@@ -429,6 +472,16 @@
         <source>Quit</source>
         <comment>tray.quit</comment>
         <translation>退出</translation>
+    </message>
+    <message>
+        <source>Mouse gestures</source>
+        <comment>tray.mouseGesture</comment>
+        <translation>鼠标手势</translation>
+    </message>
+    <message>
+        <source>Check for updates</source>
+        <comment>tray.checkUpdates</comment>
+        <translation>检查更新</translation>
     </message>
 </context>
 <context>
@@ -2600,6 +2653,78 @@
         <source>Font size</source>
         <comment>annotate.label.font</comment>
         <translation>字号</translation>
+    </message>
+</context>
+<context>
+    <name>zelmor::widget::settings::UpdateSection</name>
+    <message>
+        <source>Check for updates</source>
+        <comment>settings.about.checkUpdates</comment>
+        <translation>检查更新</translation>
+    </message>
+    <message>
+        <source>Last checked: never</source>
+        <comment>settings.about.lastChecked</comment>
+        <translation>上次检查: 从未</translation>
+    </message>
+    <message>
+        <source>You&apos;re on the latest version.</source>
+        <comment>settings.about.upToDate</comment>
+        <translation>您使用的已是最新版本。</translation>
+    </message>
+    <message>
+        <source>Check failed: %1</source>
+        <comment>settings.about.checkFailed</comment>
+        <translation>检查失败: %1</translation>
+    </message>
+    <message>
+        <source>Saved to %1. Install the package from there, then restart Zelmor.</source>
+        <comment>settings.about.downloaded</comment>
+        <translation>已保存到 %1。请从该处安装软件包，然后重新启动 Zelmor。</translation>
+    </message>
+    <message>
+        <source>Download failed: %1</source>
+        <comment>settings.about.downloadFailed</comment>
+        <translation>下载失败: %1</translation>
+    </message>
+    <message>
+        <source>Checking…</source>
+        <comment>settings.about.checking</comment>
+        <translation>正在检查…</translation>
+    </message>
+    <message>
+        <source>Update available: %1</source>
+        <comment>settings.about.available</comment>
+        <translation>有可用更新: %1</translation>
+    </message>
+    <message>
+        <source>Update available</source>
+        <comment>settings.about.availableTitle</comment>
+        <translation>有可用更新</translation>
+    </message>
+    <message>
+        <source>Version %1 is available. Download it to your download folder now?
+
+%2</source>
+        <comment>settings.about.availableAsk</comment>
+        <translation>版本 %1 已发布。现在下载到您的下载文件夹吗？
+
+%2</translation>
+    </message>
+    <message>
+        <source>Downloading…</source>
+        <comment>settings.about.downloading</comment>
+        <translation>正在下载…</translation>
+    </message>
+    <message>
+        <source>Downloading… %1%</source>
+        <comment>settings.about.downloadingPercent</comment>
+        <translation>正在下载… %1%</translation>
+    </message>
+    <message>
+        <source>Downloading… %1 MB</source>
+        <comment>settings.about.downloadingMb</comment>
+        <translation>正在下载… %1 MB</translation>
     </message>
 </context>
 </TS>

@@ -12,6 +12,8 @@ packages=(
   libxcb1-dev libxcb-xtest0-dev libxcb-record0-dev libxcb-randr0-dev libxcb-xinput-dev
   libxcb-keysyms1-dev libxcb-shm0-dev libxcb-xfixes0-dev libxcb-xkb-dev libx11-dev libx11-xcb-dev
   libxkbcommon-dev libatspi2.0-dev
+  # the .deb and the checks of its desktop entry and metadata
+  dpkg-dev desktop-file-utils appstream
   # run and test
   fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji at-spi2-core dbus dbus-x11 xvfb xauth x11-utils openbox trayer
   xdotool xclip xdg-utils xcompmgr

@@ -5,6 +5,7 @@
 #include "manager/TrayService.h"
 #include "widget/MainWindow.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
 #include <QStyleFactory>
@@ -36,8 +37,12 @@ QString Application::translationLocale(const QString& language, const QLocale& s
 
 QStringList Application::translationDirectories()
 {
+    // An installed copy keeps its files in <prefix>/share, beside <prefix>/bin.
+    const QString installed =
+        QCoreApplication::applicationDirPath() + QStringLiteral("/../share/zelmor/translations");
     return {QStandardPaths::writableLocation(QStandardPaths::AppDataLocation),
-            QCoreApplication::applicationDirPath(), QStringLiteral(":/translations")};
+            QCoreApplication::applicationDirPath(), QDir::cleanPath(installed),
+            QStringLiteral(":/translations")};
 }
 
 void Application::reloadTranslators()

@@ -2,7 +2,9 @@
 
 #include <QDateTime>
 #include <QDir>
+#include <QFileInfo>
 #include <QPixmap>
+#include <QSaveFile>
 
 namespace zelmor::service::capture {
 
@@ -26,7 +28,11 @@ QString makeOutputPath(const QString& dir, const QString& pattern, const QString
 bool savePixmapFile(const QPixmap& pixmap, const QString& path, const char* format, int quality)
 {
     if (pixmap.isNull()) return false;
-    return pixmap.save(path, format, quality);
+    // Whole or not at all: a watcher never reads half a picture, and a full disk leaves none.
+    QSaveFile file(path);
+    const QByteArray suffix = QFileInfo(path).suffix().toLower().toLatin1();
+    return file.open(QIODevice::WriteOnly) &&
+           pixmap.save(&file, format ? format : suffix.constData(), quality) && file.commit();
 }
 
 } // namespace zelmor::service::capture

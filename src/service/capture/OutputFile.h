@@ -10,7 +10,8 @@ namespace zelmor::service::capture {
 // taken gets _001, _002 and so on. The folder is created when missing.
 QString makeOutputPath(const QString& dir, const QString& pattern, const QString& extension);
 
-// False for a null pixmap, else the result of QPixmap::save.
+// Written atomically, in `format` or else the suffix's; false for a null pixmap or a failed
+// write, which leaves no file behind.
 bool savePixmapFile(const QPixmap& pixmap, const QString& path, const char* format = nullptr,
                     int quality = -1);
 

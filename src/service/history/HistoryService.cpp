@@ -2,6 +2,7 @@
 
 #include "core/Log.h"
 #include "service/ai/AiProviderService.h"
+#include "service/capture/OutputFile.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -300,8 +301,7 @@ bool HistoryService::exportTo(qint64 id, const QString& destination) const
     if (QFile::copy(path, destination)) return true;
 
     // The copy refuses an existing destination; a save overwrites it in the suffix's format.
-    const QPixmap pixmap(path);
-    return !pixmap.isNull() && pixmap.save(destination);
+    return capture::savePixmapFile(QPixmap(path), destination);
 }
 
 } // namespace zelmor::service::history

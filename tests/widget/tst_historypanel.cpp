@@ -16,7 +16,6 @@
 
 #include <QAccessible>
 #include <QComboBox>
-#include <QDBusConnection>
 #include <QDesktopServices>
 #include <QDialogButtonBox>
 #include <QFileDialog>
@@ -28,7 +27,6 @@
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QSqlQuery>
-#include <QThread>
 #include <QTimer>
 #include <QUrl>
 
@@ -291,24 +289,12 @@ private Q_SLOTS:
 
     void locateAsksTheFileManager()
     {
-        QThread thread;
-        zelmor::test::FakeFileManager manager;
-        manager.moveToThread(&thread);
-        thread.start();
-        QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "fm");
-        QVERIFY(bus.registerObject("/org/freedesktop/FileManager1", &manager,
-                                   QDBusConnection::ExportAllSlots));
-        QVERIFY(bus.registerService("org.freedesktop.FileManager1"));
+        zelmor::test::FileManagerOnBus fileManager;
+        QVERIFY(fileManager.registered);
         clickItem(QStringLiteral("gamma.png"));
         QTest::mouseClick(detailButton(QStringLiteral("Locate")), Qt::LeftButton);
-        QStringList shown;
-        QMetaObject::invokeMethod(
-            &manager, [&] { shown = manager.items; }, Qt::BlockingQueuedConnection);
-        QCOMPARE(shown, QStringList{QUrl::fromLocalFile(m_files.filePath("gamma.png")).toString()});
-        bus.unregisterService("org.freedesktop.FileManager1");
-        QDBusConnection::disconnectFromBus("fm");
-        thread.quit();
-        thread.wait();
+        QCOMPARE(fileManager.shown(),
+                 QStringList{QUrl::fromLocalFile(m_files.filePath("gamma.png")).toString()});
     }
 
     void activationOpensTheEditor_data()

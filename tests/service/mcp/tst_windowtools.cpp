@@ -10,11 +10,9 @@
 #include "platform/Windows.h"
 #include "service/mcp/McpTool.h"
 
-#include <QDBusConnection>
 #include <QDesktopServices>
 #include <QDir>
 #include <QScreen>
-#include <QThread>
 #include <QUrl>
 
 using namespace zelmor::service::mcp;
@@ -214,30 +212,15 @@ private Q_SLOTS:
                  QList<QUrl>{QUrl::fromLocalFile(zelmor::test::sandboxRoot().path())});
 
         m_urls.opened.clear();
-        QThread thread;
-        thread.start();
-        zelmor::test::FakeFileManager manager;
-        manager.moveToThread(&thread);
-        QDBusConnection bus =
-            QDBusConnection::connectToBus(QDBusConnection::SessionBus, "fake-file-manager");
-        QVERIFY(bus.registerObject("/org/freedesktop/FileManager1", &manager,
-                                   QDBusConnection::ExportAllSlots));
-        QVERIFY(bus.registerService("org.freedesktop.FileManager1"));
+        zelmor::test::FileManagerOnBus fileManager;
+        QVERIFY(fileManager.registered);
 
         QCOMPARE(callMcpTool("open_folder_and_select", {{"path", QString(" " + file)}}),
                  succeeded({{"path", file}}));
-        QStringList shown;
-        QMetaObject::invokeMethod(
-            &manager, [&] { shown = manager.items; }, Qt::BlockingQueuedConnection);
+        const QStringList shown = fileManager.shown();
         QCOMPARE(shown.size(), 1);
         QCOMPARE(QUrl(shown.first()).toLocalFile(), file);
         QVERIFY(m_urls.opened.isEmpty());
-
-        bus.unregisterService("org.freedesktop.FileManager1");
-        bus.unregisterObject("/org/freedesktop/FileManager1");
-        QDBusConnection::disconnectFromBus("fake-file-manager");
-        thread.quit();
-        thread.wait();
     }
 };
 

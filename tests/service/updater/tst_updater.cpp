@@ -4,11 +4,9 @@
 
 #include "service/updater/UpdateService.h"
 
-#include <QDBusConnection>
 #include <QFile>
 #include <QSignalSpy>
 #include <QStandardPaths>
-#include <QThread>
 
 using zelmor::service::updater::UpdateService;
 using zelmor::test::FakeAiServer;
@@ -27,38 +25,6 @@ QByteArray release(const QString& tag, const QStringList& assetNames)
                                      {"assets", assets}})
         .toJson();
 }
-
-// The session bus's file manager, answering from a thread of its own while the download's
-// final step waits for it.
-struct FileManagerOnBus
-{
-    QThread thread;
-    zelmor::test::FakeFileManager manager;
-    QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "fm");
-
-    FileManagerOnBus()
-    {
-        manager.moveToThread(&thread);
-        thread.start();
-        bus.registerObject("/org/freedesktop/FileManager1", &manager,
-                           QDBusConnection::ExportAllSlots);
-        bus.registerService("org.freedesktop.FileManager1");
-    }
-    ~FileManagerOnBus()
-    {
-        bus.unregisterService("org.freedesktop.FileManager1");
-        QDBusConnection::disconnectFromBus("fm");
-        thread.quit();
-        thread.wait();
-    }
-    QStringList shown()
-    {
-        QStringList items;
-        QMetaObject::invokeMethod(
-            &manager, [&] { items = manager.items; }, Qt::BlockingQueuedConnection);
-        return items;
-    }
-};
 
 } // namespace
 
@@ -127,7 +93,8 @@ private Q_SLOTS:
 
     void downloadStreamsToDiskAndShowsThePackage()
     {
-        FileManagerOnBus fileManager;
+        zelmor::test::FileManagerOnBus fileManager;
+        QVERIFY(fileManager.registered);
         const QByteArray package(3 * 1024 * 1024, 'z');
         m_server.enqueueHold();
         UpdateService service;

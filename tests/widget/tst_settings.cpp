@@ -1,3 +1,5 @@
+#include "FakeAiServer.h"
+#include "FakeFileManager.h"
 #include "TestMain.h"
 
 #include "app/HotkeyBindings.h"
@@ -6,9 +8,11 @@
 #include "manager/HotkeyService.h"
 #include "service/history/HistoryService.h"
 #include "service/mcp/ClientConfig.h"
+#include "service/updater/UpdateService.h"
 #include "widget/MainWindow.h"
 #include "widget/settings/SettingsDialog.h"
 #include "widget/settings/ShortcutSheetDialog.h"
+#include "widget/settings/UpdateSection.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -239,6 +243,42 @@ private Q_SLOTS:
             if (b->text() == QLatin1String("Clear capture history")) b->click();
         QCOMPARE(*text, QStringLiteral("Delete all history records? Files on disk are kept."));
         QCOMPARE(history.recent(10).size(), remaining);
+    }
+
+    // A second check runs on the same service, whose signals answer once each.
+    void updateCheckOffersTheDownloadAndSavesIt()
+    {
+        zelmor::test::FakeAiServer server;
+        zelmor::test::FileManagerOnBus fileManager;
+        QVERIFY(fileManager.registered);
+        QCoreApplication::setApplicationVersion(QStringLiteral("1.0.20"));
+        zelmor::service::updater::UpdateService::setApiBaseForTests(QUrl(server.baseUrl()));
+        const QJsonObject asset{
+            {"name", "zelmor.deb"},
+            {"browser_download_url", QString(server.baseUrl() + "/zelmor.deb")}};
+        server.enqueue(
+            200, QJsonDocument(QJsonObject{{"tag_name", "v1.0.21"}, {"assets", QJsonArray{asset}}})
+                     .toJson());
+        server.enqueue(200, "package bytes", "application/octet-stream");
+        server.enqueue(200, R"({"tag_name": "v1.0.20"})");
+        auto* section = m_panel->findChild<zelmor::widget::settings::UpdateSection*>();
+        QCOMPARE(section->statusLabel()->text(), QStringLiteral("Last checked: never"));
+
+        const auto question = answerNextMessageBox(QMessageBox::Yes);
+        section->checkButton()->click();
+        QTRY_VERIFY(section->statusLabel()->text().startsWith(QLatin1String("Saved to ")));
+        QVERIFY(question->startsWith(QLatin1String("Version v1.0.21 is available.")));
+        QVERIFY(section->checkButton()->isEnabled());
+        QCOMPARE(fileManager.shown().size(), 1);
+        QFile saved(QUrl(fileManager.shown().first()).toLocalFile());
+        QVERIFY(saved.open(QIODevice::ReadOnly));
+        QCOMPARE(saved.readAll(), QByteArray("package bytes"));
+
+        section->checkButton()->click();
+        QTRY_COMPARE(section->statusLabel()->text(),
+                     QStringLiteral("You're on the latest version."));
+        QCOMPARE(section->findChildren<zelmor::service::updater::UpdateService*>().size(), 1);
+        QCOMPARE(server.requests().size(), 3);
     }
 
     void mcpCardsFollowConnectAndDisconnect()

@@ -1,5 +1,6 @@
 #include "MouseGestureService.h"
 
+#include "core/Log.h"
 #include "platform/InputObserver.h"
 
 #include <QHash>
@@ -52,6 +53,9 @@ void MouseGestureService::setEnabled(bool on)
                 this, [this, message = input.message, point] { handle(message, point); },
                 Qt::QueuedConnection);
         });
+        if (!m_hook)
+            core::writeLogLine(QStringLiteral(
+                "[gesture] the display offers no global input (X RECORD); gestures stay inert"));
     } else {
         // Stopped before the reset, so nothing of this drag is queued behind it but events
         // already on their way, which `m_enabled` turns away.

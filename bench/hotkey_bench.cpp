@@ -139,7 +139,28 @@ Result measure(QProcess& target, int runs)
     return result;
 }
 
-// zelmor with a home of its own, once its hotkeys are registered.
+// CPU time the process has used so far, in clock ticks.
+long cpuTicks(qint64 pid)
+{
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+    if (!stat.open(QIODevice::ReadOnly)) return -1;
+    const QList<QByteArray> fields = stat.readAll().split(')').value(1).split(' ');
+    return fields.value(12).toLong() + fields.value(13).toLong(); // utime, stime
+}
+
+// Until the process has used no CPU for 200 ms: start-up is over, as it is when a user
+// first reaches for the hotkey.
+void waitUntilSettled(qint64 pid)
+{
+    for (int i = 0; i < 100; ++i) {
+        const long before = cpuTicks(pid);
+        QThread::msleep(200);
+        if (cpuTicks(pid) == before) return;
+    }
+}
+
+// zelmor with a home of its own, once it is ready for a capture (its hotkeys registered and,
+// in its first idle moment after start, the overlay prepared) and settled.
 bool startZelmor(QProcess& process, const QTemporaryDir& home)
 {
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
@@ -151,8 +172,10 @@ bool startZelmor(QProcess& process, const QTemporaryDir& home)
     const QString log = home.filePath(QStringLiteral("data/Zelmor/Zelmor/zelmor.log"));
     for (int i = 0; i < 1000; ++i) {
         QFile file(log);
-        if (file.open(QIODevice::ReadOnly) && file.readAll().contains("hotkeys registered"))
+        if (file.open(QIODevice::ReadOnly) && file.readAll().contains("capture overlay prepared")) {
+            waitUntilSettled(process.processId());
             return true;
+        }
         QThread::msleep(10);
     }
     return false;

@@ -74,6 +74,44 @@ ActionManager::ActionManager(widget::MainWindow* mainWindow, QObject* parent)
     connectScrolling();
     connectHistory();
     trace("hud wiring");
+    QTimer::singleShot(0, this, &ActionManager::prepareOverlay);
+    // Its texts follow the language, and the translators change after this object hears of it.
+    connect(&core::ConfigManager::instance(), &core::ConfigManager::languageChanged, this,
+            &ActionManager::dropPreparedOverlay);
+}
+
+ActionManager::~ActionManager()
+{
+    delete m_preparedOverlay;
+}
+
+void ActionManager::prepareOverlay()
+{
+    if (m_preparedOverlay) return;
+    QElapsedTimer timer;
+    timer.start();
+    m_preparedOverlay = new widget::CaptureOverlay;
+    service::capture::prepareScreenGrab();
+    core::writeLogLine(
+        QStringLiteral("[actions] capture overlay prepared in %1 ms").arg(timer.elapsed()));
+}
+
+void ActionManager::dropPreparedOverlay()
+{
+    delete m_preparedOverlay;
+    QTimer::singleShot(0, this, &ActionManager::prepareOverlay);
+}
+
+widget::CaptureOverlay* ActionManager::takeOverlay(const QPixmap& pixmap, const QRect& geometry)
+{
+    widget::CaptureOverlay* overlay =
+        m_preparedOverlay ? m_preparedOverlay.data() : new widget::CaptureOverlay;
+    m_preparedOverlay = nullptr;
+    overlay->load(pixmap, geometry);
+    // The next one is built once this one is gone, not while the user works with it.
+    connect(overlay, &QObject::destroyed, this,
+            [this] { QTimer::singleShot(0, this, &ActionManager::prepareOverlay); });
+    return overlay;
 }
 
 void ActionManager::toastCaptureFailed()
@@ -111,7 +149,7 @@ void ActionManager::captureRegion()
         pixmap = pixmap.scaled(screen->geometry().size(), Qt::IgnoreAspectRatio,
                                Qt::SmoothTransformation);
 
-    auto* overlay = new widget::CaptureOverlay(pixmap, screen->geometry(), nullptr);
+    auto* overlay = takeOverlay(pixmap, screen->geometry());
     m_regionCaptureActive = true;
     const auto clearFlag = [this] { m_regionCaptureActive = false; };
     connect(overlay, &widget::CaptureOverlay::copyRequested, this, [this](const QPixmap& cropped) {
@@ -164,7 +202,7 @@ void ActionManager::openAiOverlay(AiOverlay kind)
         toastCaptureFailed();
         return;
     }
-    auto* overlay = new widget::CaptureOverlay(pixmap, nullptr);
+    auto* overlay = takeOverlay(pixmap);
     connect(overlay, &widget::CaptureOverlay::copyRequested, this,
             kind == AiOverlay::QuickOcr ? &ActionManager::ocrWithPixmap
                                         : &ActionManager::aiAnnotateWithPixmap);
@@ -325,7 +363,7 @@ void ActionManager::reeditFromPixmap(const QPixmap& pixmap)
 
 void ActionManager::openAnnotationOverlay(const QPixmap& pixmap, const QString& copiedBody)
 {
-    auto* overlay = new widget::CaptureOverlay(pixmap, nullptr);
+    auto* overlay = takeOverlay(pixmap);
     connect(overlay, &widget::CaptureOverlay::copyRequested, this,
             [this, copiedBody](const QPixmap& cropped) { copyOnly(cropped, copiedBody); });
     connect(overlay, &widget::CaptureOverlay::pinRequested, m_pinManager, &PinManager::addPin);

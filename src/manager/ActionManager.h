@@ -3,6 +3,7 @@
 #include <QImage>
 #include <QList>
 #include <QObject>
+#include <QPointer>
 
 class QPixmap;
 
@@ -38,6 +39,7 @@ class ActionManager : public QObject
     Q_OBJECT
 public:
     explicit ActionManager(widget::MainWindow* mainWindow, QObject* parent = nullptr);
+    ~ActionManager() override;
 
     service::capture::CaptureService* captureService() const { return m_captureService; }
     PinManager* pinManager() const { return m_pinManager; }
@@ -114,6 +116,9 @@ private:
     void startScroll(const QRect& rect);
     void endScroll();
     void onGesture(const QString& action);
+    widget::CaptureOverlay* takeOverlay(const QPixmap& pixmap, const QRect& geometry = QRect());
+    void prepareOverlay();
+    void dropPreparedOverlay();
 
     widget::MainWindow* m_mainWindow;
     service::capture::CaptureService* m_captureService;
@@ -124,6 +129,8 @@ private:
     widget::RecordRegionFrame* m_regionFrame = nullptr;
     widget::ScrollHud* m_scrollHud = nullptr;
     bool m_regionCaptureActive = false;
+    // Built while nobody waits, so that a hotkey costs only the grab and the first frame.
+    QPointer<widget::CaptureOverlay> m_preparedOverlay;
 };
 
 } // namespace zelmor::manager

@@ -30,7 +30,7 @@ void ActionManager::captureForAiChat()
             toastCaptureFailed();
             return;
         }
-        auto* overlay = new widget::CaptureOverlay(pixmap, nullptr);
+        auto* overlay = takeOverlay(pixmap);
         connect(overlay, &widget::CaptureOverlay::copyRequested, this,
                 [this](const QPixmap& cropped) {
                     reopenChat();

@@ -77,7 +77,7 @@ void ActionManager::recordGif()
 {
     const QPixmap pixmap = m_captureService->grabScreens();
     if (pixmap.isNull()) return;
-    auto* overlay = new widget::CaptureOverlay(pixmap, nullptr);
+    auto* overlay = takeOverlay(pixmap);
     overlay->setMode(1);
     connect(overlay, &widget::CaptureOverlay::recordStartRequested, this,
             [this](const QRect& rect, int durationSecs, int fps) {
@@ -150,7 +150,7 @@ void ActionManager::scrollCapture()
 {
     const QPixmap pixmap = m_captureService->grabScreens();
     if (pixmap.isNull()) return;
-    auto* overlay = new widget::CaptureOverlay(pixmap, nullptr);
+    auto* overlay = takeOverlay(pixmap);
     overlay->setMode(2);
     connect(overlay, &widget::CaptureOverlay::scrollStartRequested, this,
             &ActionManager::startScroll);

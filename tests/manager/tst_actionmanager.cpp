@@ -70,11 +70,12 @@ bool markerOnScreen(const QWidget& marker)
                .pixelColor(0, 0) == kMarker;
 }
 
+// Shown ones: the next overlay waits hidden, built ahead.
 int overlayCount()
 {
     int count = 0;
     for (QWidget* w : QApplication::topLevelWidgets())
-        count += qobject_cast<zelmor::widget::CaptureOverlay*>(w) != nullptr;
+        count += qobject_cast<zelmor::widget::CaptureOverlay*>(w) && w->isVisible();
     return count;
 }
 

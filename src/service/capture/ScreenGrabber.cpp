@@ -126,6 +126,13 @@ QPixmap grabScreen(int index)
     return tile;
 }
 
+// One grab thrown away: the first one pays for setting up the display's shared memory.
+void prepareScreenGrab()
+{
+    platform::prepareDesktopGrab();
+    if (!QGuiApplication::screens().isEmpty()) grabScreen(0);
+}
+
 QPixmap grabRegion(const QRect& rect)
 {
     const QList<QScreen*> screens = QGuiApplication::screens();

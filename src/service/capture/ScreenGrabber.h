@@ -25,6 +25,8 @@ QPixmap grabVirtualDesktop();
 
 // One screen by its index in QGuiApplication::screens(), in physical pixels.
 QPixmap grabScreen(int index);
+// Done ahead of a grab that must be quick.
+void prepareScreenGrab();
 
 // One logical rectangle of grabAllScreens(), clipped to the canvas.
 QPixmap grabRegion(const QRect& rect);

@@ -7,6 +7,7 @@
 #include "service/capture/AnnotationPainter.h"
 #include "service/capture/WindowList.h"
 
+#include <QBackingStore>
 #include <QGuiApplication>
 #include <QPainter>
 #include <QScreen>
@@ -64,8 +65,12 @@ CaptureOverlay::CaptureOverlay(const QPixmap& frozen, QWidget* parent)
 {}
 
 CaptureOverlay::CaptureOverlay(const QPixmap& frozen, const QRect& geometry, QWidget* parent)
-    : QWidget(parent), m_frozenPixmap(frozen),
-      m_frozenImage(frozen.toImage().convertToFormat(QImage::Format_RGB32))
+    : CaptureOverlay(parent)
+{
+    load(frozen, geometry);
+}
+
+CaptureOverlay::CaptureOverlay(QWidget* parent) : QWidget(parent)
 {
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     setAttribute(Qt::WA_DeleteOnClose);
@@ -76,7 +81,7 @@ CaptureOverlay::CaptureOverlay(const QPixmap& frozen, const QRect& geometry, QWi
     setFocusPolicy(Qt::StrongFocus);
     setCursor(Qt::CrossCursor);
     setStyleSheet(QLatin1String(kPanelSheet));
-    setGeometry(geometry.isNull() || geometry.isEmpty() ? unitedScreens() : geometry);
+    setGeometry(unitedScreens());
 
     m_panels = new OverlayPanels(this);
     m_panels->setPenWidth(m_penWidth);
@@ -88,14 +93,45 @@ CaptureOverlay::CaptureOverlay(const QPixmap& frozen, const QRect& geometry, QWi
     connect(m_panels, &OverlayPanels::penWidthEdited, this, [this](int w) { m_penWidth = w; });
     connect(m_panels, &OverlayPanels::fontSizeEdited, this, [this](int s) { m_fontSize = s; });
     m_panels->showTool(m_tool);
-    collectWindowRects();
+    if (!isWindow()) return;
+    ensurePolished();
+    create(); // the native window, so that showing only maps it
+    warmUpPainting();
+}
 
+// The window's pixel buffer, and the painter's and the fonts' caches, are made now instead of
+// on the first frame after a hotkey.
+void CaptureOverlay::warmUpPainting()
+{
+    QBackingStore* store = backingStore();
+    if (!store) return;
+    store->resize(size());
+    store->beginPaint(QRegion(rect()));
+    {
+        QPainter painter(store->paintDevice());
+        paintOverlayFrame(painter, size(), scene());
+    }
+    store->endPaint();
+}
+
+void CaptureOverlay::load(const QPixmap& frozen, const QRect& geometry)
+{
+    m_frozenPixmap = frozen;
+    m_frozenImage = frozen.toImage().convertToFormat(QImage::Format_RGB32);
+    setGeometry(geometry.isNull() || geometry.isEmpty() ? unitedScreens() : geometry);
+    collectWindowRects();
+}
+
+void CaptureOverlay::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    if (m_shownBefore) return;
+    m_shownBefore = true;
     QTimer::singleShot(0, this, [this] {
         raise();
         activateWindow();
         setFocus();
         takeKeyboard(kGrabTries);
-        repaint();
     });
 }
 
@@ -269,10 +305,8 @@ void CaptureOverlay::onAction(int action)
 
 // --- Painting --------------------------------------------------------------------------
 
-QImage CaptureOverlay::renderFrame() const
+OverlayScene CaptureOverlay::scene() const
 {
-    if (m_frame.size() != size()) m_frame = QImage(size(), QImage::Format_RGB32);
-    m_frame.fill(Qt::black);
     OverlayScene scene;
     scene.frozenImage = &m_frozenImage;
     scene.frozenPixmap = &m_frozenPixmap;
@@ -289,17 +323,24 @@ QImage CaptureOverlay::renderFrame() const
     scene.hoverPressed = m_hoverPressed;
     scene.altHeld = m_altHeld;
     scene.hexColor = m_hexColor;
-    QPainter painter(&m_frame);
-    paintOverlayFrame(painter, size(), scene);
-    return m_frame;
+    return scene;
 }
 
-// The frame is composed off screen, as one picture, and then blitted.
+QImage CaptureOverlay::renderFrame() const
+{
+    QImage frame(size(), QImage::Format_RGB32);
+    frame.fill(Qt::black);
+    QPainter painter(&frame);
+    paintOverlayFrame(painter, size(), scene());
+    return frame;
+}
+
+// Straight into the window's backing store, without a second copy of the desktop.
 void CaptureOverlay::paintEvent(QPaintEvent*)
 {
-    const QImage& frame = renderFrame();
     QPainter painter(this);
-    painter.drawImage(0, 0, frame);
+    if (!m_frozenImage.rect().contains(rect())) painter.fillRect(rect(), Qt::black);
+    paintOverlayFrame(painter, size(), scene());
 }
 
 } // namespace zelmor::widget

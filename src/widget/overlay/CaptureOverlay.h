@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OverlayPainter.h"
 #include "ShapeEditor.h"
 
 #include <QImage>
@@ -26,6 +27,11 @@ public:
 
     CaptureOverlay(const QPixmap& frozen, QWidget* parent);
     CaptureOverlay(const QPixmap& frozen, const QRect& geometry, QWidget* parent);
+    // Built ahead, with its panels and native window but no picture: a hotkey then only loads
+    // the picture and shows the window.
+    explicit CaptureOverlay(QWidget* parent = nullptr);
+    // The frozen picture, over `geometry` (all screens when null); once, before showing.
+    void load(const QPixmap& frozen, const QRect& geometry = QRect());
 
     void setMode(int mode);
     // The whole picture becomes the selection, ready for drawing.
@@ -74,8 +80,11 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
 private:
+    overlay::OverlayScene scene() const;
+    void warmUpPainting();
     void collectWindowRects();
     void collectSnapRects();
     void takeKeyboard(int triesLeft);
@@ -128,7 +137,7 @@ private:
     bool m_hexColor = true;
     QString m_copiedColorText;
     bool m_keyboardGrabbed = false;
-    mutable QImage m_frame; // reused between frames
+    bool m_shownBefore = false;
 };
 
 } // namespace zelmor::widget

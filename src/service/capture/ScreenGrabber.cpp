@@ -126,11 +126,14 @@ QPixmap grabScreen(int index)
     return tile;
 }
 
-// One grab thrown away: the first one pays for setting up the display's shared memory.
+// One grab thrown away, once: the first one pays for setting up the display's shared memory.
 void prepareScreenGrab()
 {
+    static bool prepared = false;
+    if (prepared || QGuiApplication::screens().isEmpty()) return;
+    prepared = true;
     platform::prepareDesktopGrab();
-    if (!QGuiApplication::screens().isEmpty()) grabScreen(0);
+    grabScreen(0);
 }
 
 QPixmap grabRegion(const QRect& rect)

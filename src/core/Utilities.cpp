@@ -2,16 +2,20 @@
 
 #include <QBuffer>
 #include <QClipboard>
-#include <QDBusConnection>
-#include <QDBusMessage>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPixmap>
+#include <QProcess>
 #include <QTemporaryFile>
 #include <QUrl>
+
+#ifndef Q_OS_WIN
+#include <QDBusConnection>
+#include <QDBusMessage>
+#endif
 
 #include <algorithm>
 #include <cmath>
@@ -72,6 +76,14 @@ void copyTextToClipboard(const QString& text)
     QGuiApplication::clipboard()->setText(text, QClipboard::Clipboard);
 }
 
+#ifdef Q_OS_WIN
+bool showInFileManager(const QString& path)
+{
+    return QProcess::startDetached(QStringLiteral("explorer.exe"),
+                                   {QStringLiteral("/select,") +
+                                    QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath())});
+}
+#else
 constexpr int kShowItemsTimeoutMs = 5000;
 
 // Windows: explorer.exe "/select,PATH". A file manager that implements the freedesktop
@@ -90,5 +102,6 @@ bool showInFileManager(const QString& path)
     if (reply.type() == QDBusMessage::ReplyMessage) return true;
     return QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).absolutePath()));
 }
+#endif
 
 } // namespace zelmor::core

@@ -3,6 +3,7 @@
 #include "core/EventBus.h"
 #include "platform/Hotkeys.h"
 
+#include <QCoreApplication>
 #include <QKeySequence>
 #include <QSocketNotifier>
 
@@ -79,6 +80,27 @@ HotkeyService::Binding HotkeyService::translate(const QString& sequence)
     return binding;
 }
 
+namespace {
+
+void publish(int id)
+{
+    Q_EMIT core::EventBus::instance().emitted(QStringLiteral("hotkeyTriggered"),
+                                              {{QStringLiteral("id"), id}});
+}
+
+// Windows posts WM_HOTKEY to the thread that registered the key.
+class HotkeyMessages : public QAbstractNativeEventFilter
+{
+public:
+    bool nativeEventFilter(const QByteArray&, void* message, qintptr*) override
+    {
+        if (const int id = platform::hotkeyIdFromNativeMessage(message); id >= 0) publish(id);
+        return false;
+    }
+};
+
+} // namespace
+
 HotkeyService::HotkeyService(QObject* parent) : QObject(parent)
 {
     connect(&core::EventBus::instance(), &core::EventBus::emitted, this,
@@ -90,11 +112,16 @@ HotkeyService::HotkeyService(QObject* parent) : QObject(parent)
     if (descriptor >= 0) {
         m_notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, this);
         connect(m_notifier, &QSocketNotifier::activated, this, &HotkeyService::publishPresses);
+    } else if (QCoreApplication::instance()) {
+        m_messages = std::make_unique<HotkeyMessages>();
+        QCoreApplication::instance()->installNativeEventFilter(m_messages.get());
     }
 }
 
 HotkeyService::~HotkeyService()
 {
+    if (m_messages && QCoreApplication::instance())
+        QCoreApplication::instance()->removeNativeEventFilter(m_messages.get());
     unregisterAll();
 }
 
@@ -102,8 +129,7 @@ HotkeyService::~HotkeyService()
 void HotkeyService::publishPresses()
 {
     for (int id : platform::takeHotkeyPresses())
-        Q_EMIT core::EventBus::instance().emitted(QStringLiteral("hotkeyTriggered"),
-                                                  {{QStringLiteral("id"), id}});
+        publish(id);
 }
 
 bool HotkeyService::registerHotkey(int id, const QString& sequence)

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <QAbstractNativeEventFilter>
 #include <QHash>
 #include <QObject>
+
+#include <memory>
 
 class QSocketNotifier;
 
@@ -36,6 +39,7 @@ private:
 
     QHash<int, int> m_ids;
     QSocketNotifier* m_notifier = nullptr;
+    std::unique_ptr<QAbstractNativeEventFilter> m_messages; // where presses come as messages
 };
 
 } // namespace zelmor::manager

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace zelmor::platform {
@@ -18,7 +19,7 @@ public:
     bool locked() const { return m_locked; }
 
 private:
-    int m_fd = -1;
+    std::intptr_t m_handle = -1; // a descriptor, or a Windows handle
     bool m_locked = false;
 };
 

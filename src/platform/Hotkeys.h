@@ -25,4 +25,8 @@ int hotkeyEventDescriptor();
 // The ids of the hotkeys pressed since the last call, in order.
 std::vector<int> takeHotkeyPresses();
 
+// Where presses arrive as messages of the GUI thread instead (Windows: WM_HOTKEY), the id a
+// native message reports; -1 for any other message.
+int hotkeyIdFromNativeMessage(const void* message);
+
 } // namespace zelmor::platform

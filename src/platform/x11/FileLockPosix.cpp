@@ -11,11 +11,12 @@ namespace zelmor::platform {
 
 FileLock::FileLock(const std::string& path, int waitMs)
 {
-    m_fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    if (m_fd < 0) return;
+    const int fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    m_handle = fd;
+    if (fd < 0) return;
     // Polled rather than blocking, so that a stopped holder cannot hang the caller.
     for (int waited = 0;; ++waited) {
-        if (flock(m_fd, LOCK_EX | LOCK_NB) == 0) {
+        if (flock(fd, LOCK_EX | LOCK_NB) == 0) {
             m_locked = true;
             return;
         }
@@ -26,7 +27,7 @@ FileLock::FileLock(const std::string& path, int waitMs)
 
 FileLock::~FileLock()
 {
-    if (m_fd >= 0) close(m_fd); // releases the lock
+    if (m_handle >= 0) close(int(m_handle)); // releases the lock
 }
 
 } // namespace zelmor::platform

@@ -166,4 +166,10 @@ std::vector<int> takeHotkeyPresses()
     return pressed;
 }
 
+// X11 hotkeys come through hotkeyEventDescriptor(), never as messages.
+int hotkeyIdFromNativeMessage(const void*)
+{
+    return -1;
+}
+
 } // namespace zelmor::platform

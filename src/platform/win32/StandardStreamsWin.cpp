@@ -6,13 +6,22 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <io.h>
+#include <mutex>
 
 namespace zelmor::platform {
 
 namespace {
 
 std::atomic<bool> interrupted{false};
-std::atomic<HANDLE> readingThread{nullptr};
+std::mutex readerLock;
+HANDLE readingThread = nullptr; // under readerLock; a duplicate, closed by the reader
+
+void setReadingThread(HANDLE thread)
+{
+    std::lock_guard<std::mutex> lock(readerLock);
+    if (readingThread) CloseHandle(readingThread);
+    readingThread = thread;
+}
 
 } // namespace
 
@@ -22,28 +31,34 @@ long readStandardInput(char* buffer, std::size_t size)
     HANDLE self = nullptr;
     DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &self, 0, FALSE,
                     DUPLICATE_SAME_ACCESS);
-    readingThread = self;
+    setReadingThread(self);
     long result = 0;
-    DWORD read = 0;
     if (!interrupted.exchange(false)) {
-        const HANDLE in = GetStdHandle(STD_INPUT_HANDLE);
+        DWORD read = 0;
         const DWORD want = size > MAXDWORD ? MAXDWORD : DWORD(size);
-        if (ReadFile(in, buffer, want, &read, nullptr))
+        if (ReadFile(GetStdHandle(STD_INPUT_HANDLE), buffer, want, &read, nullptr))
             result = long(read);
         else if (GetLastError() == ERROR_OPERATION_ABORTED)
-            result = 0, interrupted = false;
-        else
-            result = GetLastError() == ERROR_BROKEN_PIPE ? 0 : -1;
+            interrupted = false;
+        else if (GetLastError() != ERROR_BROKEN_PIPE)
+            result = -1;
     }
-    readingThread = nullptr;
-    if (self) CloseHandle(self);
+    setReadingThread(nullptr);
     return result;
 }
 
 void interruptStandardInputRead()
 {
     interrupted = true;
-    if (HANDLE thread = readingThread.load()) CancelSynchronousIo(thread);
+    // A read that begins between the reader's look at the flag and a cancel is caught by a
+    // later try; the reader clears the flag once its read was cancelled.
+    for (int tries = 0; tries < 50 && interrupted; ++tries) {
+        {
+            std::lock_guard<std::mutex> lock(readerLock);
+            if (readingThread) CancelSynchronousIo(readingThread);
+        }
+        Sleep(2);
+    }
 }
 
 int reserveStandardOutput()

@@ -6,6 +6,8 @@ set -euo pipefail
 build=$(cd "$1" && pwd)
 toolchain=$(cd "$2" && pwd)
 out=${3:-$build/dist}
+mkdir -p "$out"
+out=$(cd "$out" && pwd)
 qt=$toolchain/qt6-mingw
 gcc_runtime=$(dirname "$(x86_64-w64-mingw32-g++-posix -print-libgcc-file-name)")
 rm -rf "$out/Zelmor"

@@ -2726,5 +2726,19 @@ See the documentation for details.</translation>
         <comment>settings.about.downloadingMb</comment>
         <translation>Downloading… %1 MB</translation>
     </message>
+    <message>
+        <source>Version %1 is available. Download and install now?
+
+%2</source>
+        <comment>settings.about.availableAskInstall</comment>
+        <translation>Version %1 is available. Download and install now?
+
+%2</translation>
+    </message>
+    <message>
+        <source>Installer launched: %1. Zelmor will now quit.</source>
+        <comment>settings.about.installerLaunched</comment>
+        <translation>Installer launched: %1. Zelmor will now quit.</translation>
+    </message>
 </context>
 </TS>

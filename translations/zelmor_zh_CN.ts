@@ -2726,5 +2726,19 @@
         <comment>settings.about.downloadingMb</comment>
         <translation>正在下载… %1 MB</translation>
     </message>
+    <message>
+        <source>Version %1 is available. Download and install now?
+
+%2</source>
+        <comment>settings.about.availableAskInstall</comment>
+        <translation>版本 %1 已发布。现在下载并安装吗？
+
+%2</translation>
+    </message>
+    <message>
+        <source>Installer launched: %1. Zelmor will now quit.</source>
+        <comment>settings.about.installerLaunched</comment>
+        <translation>安装程序已启动: %1。Zelmor 即将退出。</translation>
+    </message>
 </context>
 </TS>

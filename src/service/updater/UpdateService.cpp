@@ -11,6 +11,7 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
+#include <QProcess>
 #include <QStandardPaths>
 #include <QVersionNumber>
 
@@ -27,11 +28,15 @@ QUrl& apiBase()
     return base;
 }
 
-// Windows offers ".zip" and ".exe"; the Debian package is this edition's own.
+// The Debian package is the Linux edition's own.
 const QStringList& packageSuffixes()
 {
+#ifdef Q_OS_WIN
+    static const QStringList suffixes = {QStringLiteral(".zip"), QStringLiteral(".exe")};
+#else
     static const QStringList suffixes = {QStringLiteral(".zip"), QStringLiteral(".exe"),
                                          QStringLiteral(".deb")};
+#endif
     return suffixes;
 }
 
@@ -62,15 +67,19 @@ QNetworkRequest makeRequest(const QUrl& url)
     return request;
 }
 
-// One fixed name, so a newer download replaces the older one. Windows always writes
-// "Zelmor-Qt-Setup.exe"; here the package keeps the suffix it was published with, so that the
-// file manager opens it with the right program.
+// One fixed name, so a newer download replaces the older one. On Linux the package keeps the
+// suffix it was published with, so that the file manager opens it with the right program.
 QString downloadPath(const QString& url)
 {
     QString folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
     if (folder.isEmpty() || !QDir(folder).exists()) folder = QDir::tempPath();
+#ifdef Q_OS_WIN
+    Q_UNUSED(url);
+    return folder + QDir::separator() + QStringLiteral("Zelmor-Qt-Setup.exe");
+#else
     return folder + QDir::separator() + QStringLiteral("Zelmor-Qt-Setup") +
            packageSuffix(QUrl(url).path()).toLower();
+#endif
 }
 
 } // namespace
@@ -153,9 +162,20 @@ void UpdateService::onDownloadFinished(QNetworkReply* reply, QFile* file)
         Q_EMIT downloadFailed(written ? reply->errorString() : writeError);
         return;
     }
-    // Windows stops the tool server and starts the installer. Linux does not lock a running
-    // executable, and Zelmor never runs what it downloaded: the user installs the package.
+#ifdef Q_OS_WIN
+    // A running tool server would keep its executable locked against the installer.
+    QProcess::execute(QStringLiteral("taskkill"), {QStringLiteral("/F"), QStringLiteral("/IM"),
+                                                   QStringLiteral("zelmor-mcp.exe")});
+    if (!QProcess::startDetached(path, {}, QString())) {
+        QFile::remove(path);
+        Q_EMIT downloadFailed(QStringLiteral("failed to launch installer"));
+        return;
+    }
+#else
+    // Linux does not lock a running executable, and Zelmor never runs what it downloaded:
+    // the user installs the package from the folder shown.
     core::showInFileManager(path);
+#endif
     Q_EMIT installerLaunched(path);
 }
 

@@ -32,8 +32,8 @@ Q_SIGNALS:
     void upToDate();
     void checkFailed(const QString& reason);
     void downloadProgress(qint64 bytesReceived, qint64 bytesTotal);
-    // Windows starts the installer here. This edition never runs a download: the package is
-    // kept in the download folder and shown in the file manager, and `path` names it.
+    // Windows has started the installer at `path`. Linux never runs a download: the package
+    // is kept there and shown in the file manager.
     void installerLaunched(const QString& path);
     void downloadFailed(const QString& reason);
 

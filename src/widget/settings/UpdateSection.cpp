@@ -3,6 +3,7 @@
 #include "SettingsBlocks.h"
 #include "service/updater/UpdateService.h"
 
+#include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMessageBox>
@@ -44,12 +45,7 @@ void UpdateSection::check()
             finish(tr("Check failed: %1", "settings.about.checkFailed").arg(reason));
         });
         connect(m_service, &UpdateService::downloadProgress, this, &UpdateSection::showProgress);
-        // Nothing was installed yet, so Zelmor stays open; on Windows it quits for the installer.
-        connect(m_service, &UpdateService::installerLaunched, this, [this](const QString& path) {
-            finish(tr("Saved to %1. Install the package from there, then restart Zelmor.",
-                      "settings.about.downloaded")
-                       .arg(path));
-        });
+        connect(m_service, &UpdateService::installerLaunched, this, &UpdateSection::onDownloaded);
         connect(m_service, &UpdateService::downloadFailed, this, [this](const QString& reason) {
             finish(tr("Download failed: %1", "settings.about.downloadFailed").arg(reason));
         });
@@ -62,17 +58,38 @@ void UpdateSection::check()
 void UpdateSection::offer(const QString& version, const QString& url, const QString& notes)
 {
     m_status->setText(tr("Update available: %1", "settings.about.available").arg(version));
-    const QMessageBox::StandardButton answer = QMessageBox::question(
-        this, tr("Update available", "settings.about.availableTitle"),
-        tr("Version %1 is available. Download it to your download folder now?\n\n%2",
-           "settings.about.availableAsk")
-            .arg(version, notes.left(kNotesShown)));
+    const QMessageBox::StandardButton answer =
+        QMessageBox::question(this, tr("Update available", "settings.about.availableTitle"),
+#ifdef Q_OS_WIN
+                              tr("Version %1 is available. Download and install now?\n\n%2",
+                                 "settings.about.availableAskInstall")
+#else
+                               tr("Version %1 is available. Download it to your download folder "
+                                  "now?\n\n%2",
+                                  "settings.about.availableAsk")
+#endif
+                                  .arg(version, notes.left(kNotesShown)));
     if (answer != QMessageBox::Yes || url.isEmpty()) {
         m_button->setEnabled(true);
         return;
     }
     m_status->setText(tr("Downloading…", "settings.about.downloading"));
     m_service->downloadAndInstall(url);
+}
+
+// Windows quits for the installer it started; on Linux nothing was installed yet, so Zelmor
+// stays open.
+void UpdateSection::onDownloaded(const QString& path)
+{
+#ifdef Q_OS_WIN
+    finish(tr("Installer launched: %1. Zelmor will now quit.", "settings.about.installerLaunched")
+               .arg(path));
+    QCoreApplication::quit();
+#else
+    finish(tr("Saved to %1. Install the package from there, then restart Zelmor.",
+              "settings.about.downloaded")
+               .arg(path));
+#endif
 }
 
 void UpdateSection::showProgress(qint64 received, qint64 total)

@@ -1,0 +1,107 @@
+// Drives the Windows zelmor-mcp.exe under Wine with the official MCP TypeScript client:
+// handshake, the tool list, ping, a GDI capture of a window of known colour, an annotation, and
+// the history in SQLite.
+//   node sdk_wine.mjs <path to zelmor-mcp.exe> <path to zelmor-test-window>
+// Needs WINEPREFIX set to a prefix made with `wineboot -i`, and an X display.
+import { Client } from "@modelcontextprotocol/sdk/client/index.js";
+import { StdioClientTransport } from "@modelcontextprotocol/sdk/client/stdio.js";
+import assert from "node:assert/strict";
+import { spawn } from "node:child_process";
+import { once } from "node:events";
+import { inflateSync } from "node:zlib";
+
+const [server, markerProgram] = process.argv.slice(2);
+if (!server || !markerProgram || !process.env.WINEPREFIX) {
+  console.error("usage: WINEPREFIX=... node sdk_wine.mjs <zelmor-mcp.exe> <zelmor-test-window>");
+  process.exit(2);
+}
+
+const firstText = (result) => result.content.find((block) => block.type === "text")?.text;
+function toolData(result) {
+  assert.equal(result.isError ?? false, false, firstText(result));
+  return JSON.parse(result.content[1].text);
+}
+
+// The pixels of an 8-bit RGB or RGBA PNG without interlacing, as Qt writes them.
+function decodePng(bytes) {
+  let offset = 8;
+  let width = 0, height = 0, channels = 0;
+  const data = [];
+  while (offset < bytes.length) {
+    const length = bytes.readUInt32BE(offset);
+    const type = bytes.toString("latin1", offset + 4, offset + 8);
+    const body = bytes.subarray(offset + 8, offset + 8 + length);
+    if (type === "IHDR") {
+      width = body.readUInt32BE(0);
+      height = body.readUInt32BE(4);
+      channels = { 2: 3, 6: 4 }[body[9]];
+      assert.ok(body[8] === 8 && channels && body[12] === 0, "8-bit RGB(A), not interlaced");
+    } else if (type === "IDAT") data.push(body);
+    offset += 12 + length;
+  }
+  const raw = inflateSync(Buffer.concat(data));
+  const stride = width * channels;
+  const pixels = Buffer.alloc(stride * height);
+  for (let y = 0; y < height; y++) {
+    const filter = raw[y * (stride + 1)];
+    for (let x = 0; x < stride; x++) {
+      const value = raw[y * (stride + 1) + 1 + x];
+      const left = x >= channels ? pixels[y * stride + x - channels] : 0;
+      const up = y > 0 ? pixels[(y - 1) * stride + x] : 0;
+      const upLeft = x >= channels && y > 0 ? pixels[(y - 1) * stride + x - channels] : 0;
+      const paeth = () => {
+        const p = left + up - upLeft;
+        const [a, b, c] = [Math.abs(p - left), Math.abs(p - up), Math.abs(p - upLeft)];
+        return a <= b && a <= c ? left : b <= c ? up : upLeft;
+      };
+      const predictor = [0, left, up, (left + up) >> 1, paeth()][filter];
+      pixels[y * stride + x] = (value + predictor) & 0xff;
+    }
+  }
+  return { width, height, channels, pixels };
+}
+
+// A white line edit of another (Linux) program at a known place.
+const marker = spawn(markerProgram, ["Wine marker", "200", "200", "400", "100"]);
+await once(marker.stdout, "data");
+
+const transport = new StdioClientTransport({ command: "wine", args: [server], stderr: "pipe",
+  env: { ...process.env, WINEDEBUG: "-all", WINEDLLOVERRIDES: "mscoree,mshtml=" } });
+let stderr = "";
+transport.stderr.on("data", (chunk) => { stderr += chunk.toString(); });
+const client = new Client({ name: "zelmor-wine", version: "1.0.0" });
+let failed = false;
+try {
+  await client.connect(transport);
+  const call = (name, args = {}) => client.callTool({ name, arguments: args });
+  assert.equal(client.getServerVersion().name, "zelmor");
+  await client.ping();
+  const { tools } = await client.listTools();
+  assert.equal(new Set(tools.map((t) => t.name)).size, 32);
+  assert.deepEqual(toolData(await call("ping")), { pong: true });
+
+  const region = await call("capture_region", { x: 250, y: 220, w: 200, h: 50 });
+  const shot = toolData(region);
+  assert.deepEqual([shot.width, shot.height], [200, 50]);
+  const image = region.content.find((block) => block.type === "image");
+  const { pixels, channels } = decodePng(Buffer.from(image.data, "base64"));
+  for (let i = 0; i < pixels.length; i += channels)
+    assert.deepEqual([...pixels.subarray(i, i + 3)], [255, 255, 255], "the marker's white");
+
+  const annotated = toolData(await call("annotate_image", { image: image.data, id: 999999,
+    annotations: [{ kind: "Arrow", points: [[2, 5], [180, 40]], color: "#0000FF", penWidth: 4 }] }));
+  assert.deepEqual([annotated.width, annotated.height], [200, 50]);
+
+  const listed = JSON.parse(firstText(await call("list_history"))).items;
+  assert.ok(listed.some((item) => item.path === shot.path), "the capture is in the history");
+  const found = await call("search_history", { query: "Zelmor" });
+  assert.equal(found.isError ?? false, false, firstText(found));
+  console.log("ok - zelmor-mcp.exe under Wine");
+} catch (error) {
+  failed = true;
+  console.log(`not ok - zelmor-mcp.exe under Wine\n${error.stack}\n--- server stderr ---\n${stderr}`);
+} finally {
+  await client.close();
+  marker.kill();
+}
+process.exit(failed ? 1 : 0);

@@ -55,20 +55,24 @@ void UpdateSection::check()
     m_service->checkForUpdates();
 }
 
+QString UpdateSection::question(const QString& version, const QString& notes)
+{
+#ifdef Q_OS_WIN
+    const QString text = tr("Version %1 is available. Download and install now?\n\n%2",
+                            "settings.about.availableAskInstall");
+#else
+    const QString text =
+        tr("Version %1 is available. Download it to your download folder now?\n\n%2",
+           "settings.about.availableAsk");
+#endif
+    return text.arg(version, notes.left(kNotesShown));
+}
+
 void UpdateSection::offer(const QString& version, const QString& url, const QString& notes)
 {
     m_status->setText(tr("Update available: %1", "settings.about.available").arg(version));
-    const QMessageBox::StandardButton answer =
-        QMessageBox::question(this, tr("Update available", "settings.about.availableTitle"),
-#ifdef Q_OS_WIN
-                              tr("Version %1 is available. Download and install now?\n\n%2",
-                                 "settings.about.availableAskInstall")
-#else
-                               tr("Version %1 is available. Download it to your download folder "
-                                  "now?\n\n%2",
-                                  "settings.about.availableAsk")
-#endif
-                                  .arg(version, notes.left(kNotesShown)));
+    const QMessageBox::StandardButton answer = QMessageBox::question(
+        this, tr("Update available", "settings.about.availableTitle"), question(version, notes));
     if (answer != QMessageBox::Yes || url.isEmpty()) {
         m_button->setEnabled(true);
         return;

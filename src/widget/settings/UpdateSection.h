@@ -25,6 +25,7 @@ public:
 private:
     void check();
     void offer(const QString& version, const QString& url, const QString& notes);
+    static QString question(const QString& version, const QString& notes);
     void onDownloaded(const QString& path);
     void showProgress(qint64 received, qint64 total);
     void finish(const QString& status);

@@ -81,7 +81,11 @@ PinWindow::PinWindow(const QPixmap& pixmap, QWidget* parent)
     QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
     if (!screen) screen = QGuiApplication::primaryScreen();
     QRect frame(QPoint(), m_windowSize);
-    if (screen) frame.moveCenter(screen->availableGeometry().center());
+    if (screen) {
+        // A window manager that has not published its work area yet reports none.
+        const QRect area = screen->availableGeometry();
+        frame.moveCenter(area.isEmpty() ? screen->geometry().center() : area.center());
+    }
     move(frame.topLeft());
 }
 

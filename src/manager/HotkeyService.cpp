@@ -63,25 +63,6 @@ unsigned virtualKeyFor(int key)
     return 0; // punctuation, keypad and media keys cannot be bound
 }
 
-} // namespace
-
-HotkeyService::Binding HotkeyService::translate(const QString& sequence)
-{
-    const QKeySequence keys(sequence, QKeySequence::NativeText);
-    if (keys.isEmpty()) return {};
-    const int combination = keys[0].toCombined();    // a multi-chord sequence binds its first chord
-    if (combination & Qt::KeypadModifier) return {}; // keypad keys share codes with the main keys
-    Binding binding;
-    if (combination & Qt::AltModifier) binding.modifiers |= platform::HotkeyAlt;
-    if (combination & Qt::ControlModifier) binding.modifiers |= platform::HotkeyControl;
-    if (combination & Qt::ShiftModifier) binding.modifiers |= platform::HotkeyShift;
-    if (combination & Qt::MetaModifier) binding.modifiers |= platform::HotkeyWin;
-    binding.virtualKey = virtualKeyFor(combination & 0x1FFFFFF);
-    return binding;
-}
-
-namespace {
-
 void publish(int id)
 {
     Q_EMIT core::EventBus::instance().emitted(QStringLiteral("hotkeyTriggered"),
@@ -100,6 +81,21 @@ public:
 };
 
 } // namespace
+
+HotkeyService::Binding HotkeyService::translate(const QString& sequence)
+{
+    const QKeySequence keys(sequence, QKeySequence::NativeText);
+    if (keys.isEmpty()) return {};
+    const int combination = keys[0].toCombined();    // a multi-chord sequence binds its first chord
+    if (combination & Qt::KeypadModifier) return {}; // keypad keys share codes with the main keys
+    Binding binding;
+    if (combination & Qt::AltModifier) binding.modifiers |= platform::HotkeyAlt;
+    if (combination & Qt::ControlModifier) binding.modifiers |= platform::HotkeyControl;
+    if (combination & Qt::ShiftModifier) binding.modifiers |= platform::HotkeyShift;
+    if (combination & Qt::MetaModifier) binding.modifiers |= platform::HotkeyWin;
+    binding.virtualKey = virtualKeyFor(combination & 0x1FFFFFF);
+    return binding;
+}
 
 HotkeyService::HotkeyService(QObject* parent) : QObject(parent)
 {

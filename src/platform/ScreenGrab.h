@@ -34,8 +34,4 @@ bool grabDesktopRect(const Rect& rect, std::uint32_t* dest, int destStride,
 
 bool sharedMemoryGrabAvailable();
 
-// Sets up ahead what a grab of the whole desktop needs, so that the first grab after a hotkey
-// is as quick as any later one.
-void prepareDesktopGrab();
-
 } // namespace zelmor::platform

@@ -103,7 +103,4 @@ bool sharedMemoryGrabAvailable()
     return false;
 }
 
-// GDI needs nothing set up ahead.
-void prepareDesktopGrab() {}
-
 } // namespace zelmor::platform

@@ -204,16 +204,6 @@ bool sharedMemoryGrabAvailable()
     return x && shmExtensionPresent(*x);
 }
 
-void prepareDesktopGrab()
-{
-    X11Connection* x = X11Connection::shared();
-    if (!x || !rootIsPlainRgb32(*x) || !shmExtensionPresent(*x)) return;
-    const Rect desktop = virtualDesktopRect();
-    SharedSegment& shm = sharedSegment();
-    std::lock_guard<std::mutex> lock(shm.mutex);
-    shm.reserve(*x, std::size_t(desktop.width) * desktop.height * 4);
-}
-
 bool grabDesktopRect(const Rect& rect, std::uint32_t* dest, int destStride, GrabMethod method)
 {
     X11Connection* x = X11Connection::shared();

@@ -132,7 +132,6 @@ void prepareScreenGrab()
     static bool prepared = false;
     if (prepared || QGuiApplication::screens().isEmpty()) return;
     prepared = true;
-    platform::prepareDesktopGrab();
     grabScreen(0);
 }
 

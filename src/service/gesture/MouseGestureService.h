@@ -28,15 +28,14 @@ public:
     // The sampled path of the drag under way.
     const QList<QPoint>& points() const { return m_points; }
 
-    // The direction text of the step from `a` to `b`; empty below 8 pixels. The texts name
-    // the opposite of the physical direction, and the gesture table is written in them.
-    static QString sectorText(const QPoint& a, const QPoint& b);
-    static QString gestureText(const QList<QPoint>& points);
-
 Q_SIGNALS:
     void gestureDetected(const QString& action);
 
 private:
+    // The direction text of the step from `a` to `b`; empty below 8 pixels. The texts name
+    // the opposite of the physical direction, and the gesture table is written in them.
+    static QString sectorText(const QPoint& a, const QPoint& b);
+    static QString gestureText(const QList<QPoint>& points);
     void handle(unsigned message, const QPoint& point);
     void onMove(const QPoint& point);
     void onRelease();

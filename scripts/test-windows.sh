@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Builds the Windows edition with mingw-w64 against ../shared/toolchains, lays it out with
 # scripts/dist-windows.sh, and checks it under Wine in a private X session: zelmor-mcp.exe with
-# the official MCP client, and zelmor.exe --capture-fullscreen. Needs the Linux build too
-# (build/, for the marker window) and the test packages of tests/mcp.
+# the official MCP client, including the window, input, hotkey and hook paths on the window of
+# zelmor-win-probe.exe, and zelmor.exe --capture-fullscreen. Needs the Linux build too (build/,
+# for the marker window) and the test packages of tests/mcp.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
-packages=(g++-mingw-w64-x86-64-posix wine wine64 qt6-base-dev-tools)
+packages=(g++-mingw-w64-x86-64-posix wine wine64 qt6-base-dev-tools librsvg2-bin)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
@@ -31,12 +32,16 @@ scripts/dist-windows.sh "$build" "$toolchain" "$build/dist"
 work=$(mktemp -d /tmp/zelmor-wine.XXXXXX)
 trap 'WINEPREFIX=$work/prefix wineserver -k 2>/dev/null || true; rm -rf "$work"' EXIT
 export WINEPREFIX=$work/prefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
-app=$root/$build/dist/Zelmor
+# Unpacked as a user unpacks it, with the probe beside the programs for their libraries.
+cmake -E chdir "$work" cmake -E tar xf "$root/$build/dist/Zelmor-windows.zip"
+app=$work/Zelmor
+cp "$build/bin/zelmor-win-probe.exe" "$app/"
 cat >"$work/checks.sh" <<CHECKS
 set -euo pipefail
 # Made with the display at hand: a prefix made without one reads the screen as black.
 wineboot -i >/dev/null 2>&1
-node "$root/tests/mcp/sdk_wine.mjs" "$app/zelmor-mcp.exe" "$root/build/tests/zelmor-test-window"
+node "$root/tests/mcp/sdk_wine.mjs" "$app/zelmor-mcp.exe" "$root/build/tests/zelmor-test-window" \
+  "$app/zelmor-win-probe.exe"
 pictures=\$WINEPREFIX/drive_c/users/\$(id -un)/Pictures/Zelmor
 (cd "$app" && timeout 60 wine zelmor.exe --capture-fullscreen >/dev/null 2>&1 &)
 for _ in \$(seq 300); do

@@ -308,6 +308,10 @@
         <comment>tray.update.failed</comment>
         <translation>Update check failed</translation>
     </message>
+    <message>
+        <source>Restart as administrator was not granted.</source>
+        <translation>Restart as administrator was not granted.</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::manager::TaskManager</name>
@@ -2326,6 +2330,11 @@ See the documentation for details.</translation>
         <source>Open-source notice</source>
         <comment>settings.about.notice</comment>
         <translation>Open-source notice</translation>
+    </message>
+    <message>
+        <source>Restart with elevated privileges so Zelmor can capture UAC prompts.</source>
+        <comment>settings.general.runAsAdmin.desc</comment>
+        <translation>Restart with elevated privileges so Zelmor can capture UAC prompts.</translation>
     </message>
 </context>
 <context>

@@ -308,6 +308,10 @@
         <comment>tray.update.failed</comment>
         <translation>检查更新失败</translation>
     </message>
+    <message>
+        <source>Restart as administrator was not granted.</source>
+        <translation>未获准以管理员身份重新启动。</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::manager::TaskManager</name>
@@ -2326,6 +2330,11 @@
         <source>Open-source notice</source>
         <comment>settings.about.notice</comment>
         <translation>开源声明</translation>
+    </message>
+    <message>
+        <source>Restart with elevated privileges so Zelmor can capture UAC prompts.</source>
+        <comment>settings.general.runAsAdmin.desc</comment>
+        <translation>以提升的权限重新启动，以便 Zelmor 能截取 UAC 提示。</translation>
     </message>
 </context>
 <context>

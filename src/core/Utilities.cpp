@@ -76,6 +76,15 @@ void copyTextToClipboard(const QString& text)
     QGuiApplication::clipboard()->setText(text, QClipboard::Clipboard);
 }
 
+QString executableFileName(const QString& baseName)
+{
+#ifdef Q_OS_WIN
+    return baseName + QStringLiteral(".exe");
+#else
+    return baseName;
+#endif
+}
+
 #ifdef Q_OS_WIN
 bool showInFileManager(const QString& path)
 {

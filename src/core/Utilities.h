@@ -27,6 +27,10 @@ QByteArray imageToPng(const QImage& image);
 void copyPixmapToClipboard(const QPixmap& pixmap);
 void copyTextToClipboard(const QString& text);
 
+// The file name of one of the system's programs: "zelmor-mcp" becomes "zelmor-mcp.exe" on
+// Windows.
+QString executableFileName(const QString& baseName);
+
 // Opens the file manager on the file's folder with the file selected; without a file manager
 // that answers, opens the folder. False when neither could be asked.
 bool showInFileManager(const QString& path);

@@ -8,6 +8,7 @@
 #include "manager/PinManager.h"
 #include "manager/TaskManager.h"
 #include "manager/ThemeManager.h"
+#include "platform/Elevation.h"
 #include "service/ai/AiWorkflow.h"
 #include "service/capture/CaptureService.h"
 #include "service/capture/OutputFile.h"
@@ -528,15 +529,23 @@ void ActionManager::showLicense()
     dialog->show();
 }
 
-// Windows relaunches through the elevation prompt. An X11 desktop has no equivalent for a
-// graphical program: pkexec strips the display from the environment, and a root client of
-// the user's display would keep its settings and history in root's home.
 void ActionManager::restartAsAdmin()
 {
-    core::writeLogLine(
-        QStringLiteral("[actions] restart as administrator is not available on X11"));
+    const auto outcome =
+        platform::relaunchElevated(QCoreApplication::applicationFilePath().toStdString());
+    if (outcome == platform::Elevation::Started) {
+        QCoreApplication::quit();
+        return;
+    }
+    if (outcome == platform::Elevation::Unavailable) {
+        core::writeLogLine(
+            QStringLiteral("[actions] restart as administrator is not available on X11"));
+        toast(tr("Elevation canceled", "tray.elevation.canceled"),
+              tr("Running Zelmor as administrator is not supported on X11 desktops."));
+        return;
+    }
     toast(tr("Elevation canceled", "tray.elevation.canceled"),
-          tr("Running Zelmor as administrator is not supported on X11 desktops."));
+          tr("Restart as administrator was not granted."));
 }
 
 // Applied here at once; a changed setting makes the start-up wiring apply it once more.

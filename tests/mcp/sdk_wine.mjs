@@ -1,7 +1,8 @@
 // Drives the Windows zelmor-mcp.exe under Wine with the official MCP TypeScript client:
-// handshake, the tool list, ping, a GDI capture of a window of known colour, an annotation, and
-// the history in SQLite.
-//   node sdk_wine.mjs <path to zelmor-mcp.exe> <path to zelmor-test-window>
+// handshake, the tool list, ping, a GDI capture of a window of known colour, an annotation, the
+// history in SQLite, and the window, input, hotkey and hook paths on the window of
+// zelmor-win-probe.exe, a Windows program that reports what reaches it.
+//   node sdk_wine.mjs <zelmor-mcp.exe> <zelmor-test-window> <zelmor-win-probe.exe>
 // Needs WINEPREFIX set to a prefix made with `wineboot -i`, and an X display.
 import { Client } from "@modelcontextprotocol/sdk/client/index.js";
 import { StdioClientTransport } from "@modelcontextprotocol/sdk/client/stdio.js";
@@ -10,16 +11,18 @@ import { spawn } from "node:child_process";
 import { once } from "node:events";
 import { inflateSync } from "node:zlib";
 
-const [server, markerProgram] = process.argv.slice(2);
-if (!server || !markerProgram || !process.env.WINEPREFIX) {
-  console.error("usage: WINEPREFIX=... node sdk_wine.mjs <zelmor-mcp.exe> <zelmor-test-window>");
+const [server, markerProgram, probeProgram] = process.argv.slice(2);
+if (!server || !markerProgram || !probeProgram || !process.env.WINEPREFIX) {
+  console.error("usage: WINEPREFIX=... node sdk_wine.mjs <zelmor-mcp.exe> <zelmor-test-window> " +
+                "<zelmor-win-probe.exe>");
   process.exit(2);
 }
 
 const firstText = (result) => result.content.find((block) => block.type === "text")?.text;
+// The JSON a tool answers with: after the image where there is one.
 function toolData(result) {
   assert.equal(result.isError ?? false, false, firstText(result));
-  return JSON.parse(result.content[1].text);
+  return JSON.parse(result.content.filter((block) => block.type === "text").at(-1).text);
 }
 
 // The pixels of an 8-bit RGB or RGBA PNG without interlacing, as Qt writes them.
@@ -61,6 +64,34 @@ function decodePng(bytes) {
   return { width, height, channels, pixels };
 }
 
+// The probe's report lines, and a wait for the first line that matches.
+function startProbe() {
+  const probe = spawn("wine", [probeProgram], { stdio: ["ignore", "pipe", "inherit"] });
+  const lines = [];
+  let waiter = null;
+  let pending = "";
+  probe.stdout.on("data", (chunk) => {
+    pending += chunk.toString().replaceAll("\r", "");
+    const parts = pending.split("\n");
+    pending = parts.pop();
+    lines.push(...parts);
+    waiter?.();
+  });
+  const waitFor = (pattern, what) => new Promise((resolve, reject) => {
+    const timer = setTimeout(() => reject(new Error(`probe: no ${what} in ${JSON.stringify(lines)}`)),
+                             20000);
+    waiter = () => {
+      const line = lines.find((l) => pattern.test(l));
+      if (line === undefined) return;
+      clearTimeout(timer);
+      waiter = null;
+      resolve(line);
+    };
+    waiter();
+  });
+  return { probe, lines, waitFor };
+}
+
 // A white line edit of another (Linux) program at a known place.
 const marker = spawn(markerProgram, ["Wine marker", "200", "200", "400", "100"]);
 await once(marker.stdout, "data");
@@ -71,6 +102,7 @@ let stderr = "";
 transport.stderr.on("data", (chunk) => { stderr += chunk.toString(); });
 const client = new Client({ name: "zelmor-wine", version: "1.0.0" });
 let failed = false;
+let probe = null;
 try {
   await client.connect(transport);
   const call = (name, args = {}) => client.callTool({ name, arguments: args });
@@ -97,11 +129,35 @@ try {
   const found = await call("search_history", { query: "Zelmor" });
   assert.equal(found.isError ?? false, false, firstText(found));
   console.log("ok - zelmor-mcp.exe under Wine");
+
+  probe = startProbe();
+  await probe.waitFor(/^ready$/, "ready");
+  const icons = Number(probe.lines.find((l) => l.startsWith("icons "))?.slice(6));
+  assert.ok(icons >= 40 && !probe.lines.some((l) => /^(icon failed|hotkey not|hook not)/.test(l)),
+            probe.lines.join("\n"));
+  const windows = toolData(await call("list_windows")).windows;
+  assert.ok(windows.some((w) => w.title === "Zelmor Wine probe"), "EnumWindows finds the probe");
+  toolData(await call("focus_window", { title: "Zelmor Wine probe" }));
+  toolData(await call("type_text", { text: "wine42" }));
+  await probe.waitFor(/^text wine42$/, "typed text");
+  // Typed text goes in as Unicode packets, which the hook sees as VK_PACKET.
+  assert.equal(probe.lines.filter((l) => l === "hook 231").length, 6, probe.lines.join(","));
+  toolData(await call("send_hotkey", { hotkey: "ctrl+shift+k" }));
+  await probe.waitFor(/^hotkey 1$/, "hotkey");
+  await probe.waitFor(/^hook 75$/, "the hotkey's K in the hook");
+  console.log("ok - window, input, hotkey and hook paths on a Wine window");
+
+  for (const name of ["find_ui_elements", "inspect_ui_element"]) {
+    const answer = await call(name, { name: "Zelmor" });
+    assert.equal(answer.isError, true, `${name} without UI Automation`);
+    console.log(`ok - ${name} under Wine answers: ${firstText(answer)}`);
+  }
 } catch (error) {
   failed = true;
   console.log(`not ok - zelmor-mcp.exe under Wine\n${error.stack}\n--- server stderr ---\n${stderr}`);
 } finally {
   await client.close();
   marker.kill();
+  probe?.probe.kill();
 }
 process.exit(failed ? 1 : 0);

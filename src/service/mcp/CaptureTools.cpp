@@ -270,10 +270,11 @@ McpToolResult pinLastTool(const McpToolArgs& args)
     if (application && application->inherits("QApplication"))
         return {{key("text"), QStringLiteral("pinned")}};
     return {{key("text"), QStringLiteral("Image resolved (%1x%2) but pin window requires the "
-                                         "Zelmor GUI process to be running. Start zelmor and "
-                                         "try again.")
+                                         "Zelmor GUI process to be running. Start %3 and try "
+                                         "again.")
                               .arg(pixmap.width())
-                              .arg(pixmap.height())},
+                              .arg(pixmap.height())
+                              .arg(core::executableFileName(QStringLiteral("zelmor")))},
             {key("isError"), false}};
 }
 

@@ -1,6 +1,7 @@
 #include "ClientConfig.h"
 
 #include "core/ConfigManager.h"
+#include "core/Utilities.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -18,10 +19,19 @@ namespace {
 
 const QString kServersKey = QStringLiteral("mcpServers");
 
-// Where Windows keeps roaming application data, the XDG configuration folder keeps it here.
+// Where Windows keeps roaming application data, the XDG configuration folder keeps it on Linux.
 QString roamingBase()
 {
+#ifdef Q_OS_WIN
+    return QDir::fromNativeSeparators(qEnvironmentVariable("APPDATA"));
+#else
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+#endif
+}
+
+QString mcpFileName()
+{
+    return core::executableFileName(QStringLiteral("zelmor-mcp"));
 }
 
 McpClientEntry entry(const char* id, const char* name, const QString& base, const char* relative)
@@ -56,8 +66,8 @@ QString writeConfig(const QString& path, const QJsonObject& root)
 
 QString mcpExecutablePath()
 {
-    return QDir::toNativeSeparators(QCoreApplication::applicationDirPath() +
-                                    QStringLiteral("/zelmor-mcp"));
+    return QDir::toNativeSeparators(QCoreApplication::applicationDirPath() + QLatin1Char('/') +
+                                    mcpFileName());
 }
 
 QList<McpClientEntry> mcpClientEntries()
@@ -91,7 +101,7 @@ QList<McpClientEntry> mcpClientEntries()
 QString injectClientConfig(const QString& configPath, const QString& serverName)
 {
     if (!QFileInfo::exists(mcpExecutablePath()))
-        return QStringLiteral("zelmor-mcp not found next to the app");
+        return mcpFileName() + QStringLiteral(" not found next to the app");
     QJsonObject root;
     if (QFileInfo::exists(configPath)) {
         const QString failure = readConfig(configPath, &root);

@@ -3,6 +3,7 @@
 #include "GifEncoder.h"
 
 #include "core/Log.h"
+#include "core/Utilities.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -17,15 +18,6 @@
 namespace zelmor::service::record {
 
 namespace {
-
-QString gifskiFileName()
-{
-#ifdef Q_OS_WIN
-    return QStringLiteral("gifski.exe");
-#else
-    return QStringLiteral("gifski");
-#endif
-}
 
 // Floor division by 256, as an arithmetic shift does; written out because shifting a
 // negative int right is implementation-defined before C++20.
@@ -65,7 +57,7 @@ bool sendAll(QProcess& process, const QByteArray& data, int msecs)
 
 QString findGifski()
 {
-    const QString name = gifskiFileName();
+    const QString name = core::executableFileName(QStringLiteral("gifski"));
     QStringList candidates;
     if (QCoreApplication::instance()) {
         const QString d = QCoreApplication::applicationDirPath();
@@ -94,7 +86,7 @@ bool encodeWithGifski(QString& error, const QString& path, const QList<QImage>& 
         core::writeLogLine(
             QStringLiteral(
                 "[GifEncoder] %1 not found, using per-frame median-cut LCT fallback encoder.")
-                .arg(gifskiFileName()));
+                .arg(core::executableFileName(QStringLiteral("gifski"))));
         return false;
     }
     core::writeLogLine(QStringLiteral("[GifEncoder] Using gifski executable: ") + gifski);

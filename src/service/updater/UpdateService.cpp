@@ -164,8 +164,9 @@ void UpdateService::onDownloadFinished(QNetworkReply* reply, QFile* file)
     }
 #ifdef Q_OS_WIN
     // A running tool server would keep its executable locked against the installer.
-    QProcess::execute(QStringLiteral("taskkill"), {QStringLiteral("/F"), QStringLiteral("/IM"),
-                                                   QStringLiteral("zelmor-mcp.exe")});
+    QProcess::execute(QStringLiteral("taskkill"),
+                      {QStringLiteral("/F"), QStringLiteral("/IM"),
+                       core::executableFileName(QStringLiteral("zelmor-mcp"))});
     if (!QProcess::startDetached(path, {}, QString())) {
         QFile::remove(path);
         Q_EMIT downloadFailed(QStringLiteral("failed to launch installer"));

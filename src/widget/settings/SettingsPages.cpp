@@ -82,6 +82,31 @@ QString dataFolder()
 
 } // namespace
 
+namespace {
+
+// Linux has no elevation for Zelmor to ask for: the row is shown, and cannot be changed.
+bool elevationApplies()
+{
+#ifdef Q_OS_WIN
+    return true;
+#else
+    return false;
+#endif
+}
+
+QString runAsAdminDescription()
+{
+    if (elevationApplies())
+        return SettingsPages::tr(
+            "Restart with elevated privileges so Zelmor can capture UAC prompts.",
+            "settings.general.runAsAdmin.desc");
+    return SettingsPages::tr("Does not apply on Linux: Zelmor captures every window of your "
+                             "session without elevated rights.",
+                             "settings.general.runAsAdmin.desc");
+}
+
+} // namespace
+
 QWidget* SettingsPages::general()
 {
     const Page page =
@@ -120,11 +145,9 @@ QWidget* SettingsPages::general()
         tr("Ping the update server once when Zelmor starts.", "settings.general.checkUpdates.desc"),
         config().checkUpdatesOnStart(), [](bool on) { config().setCheckUpdatesOnStart(on); });
     addSettingRow(startup, tr("Run as administrator", "settings.general.runAsAdmin"),
-                  tr("Does not apply on Linux: Zelmor captures every window of your session "
-                     "without elevated rights.",
-                     "settings.general.runAsAdmin.desc"),
-                  config().runAsAdmin(), [](bool on) { config().setRunAsAdmin(on); })
-        ->setEnabled(false);
+                  runAsAdminDescription(), config().runAsAdmin(),
+                  [](bool on) { config().setRunAsAdmin(on); })
+        ->setEnabled(elevationApplies());
     page.body->addStretch(1);
     return page.scroll;
 }

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+namespace zelmor::platform {
+
+enum class Elevation { Started, Refused, Unavailable };
+
+// Starts the program once more with administrator rights, after the system has asked the
+// user. The caller quits when it was started.
+Elevation relaunchElevated(const std::string& programUtf8);
+
+} // namespace zelmor::platform

@@ -3,7 +3,7 @@
 # scripts/dist-windows.sh, and checks it under Wine in a private X session: zelmor-mcp.exe with
 # the official MCP client, including the window, input, hotkey and hook paths on the window of
 # zelmor-win-probe.exe, and zelmor.exe --capture-fullscreen. Needs the Linux build too (build/,
-# for the marker window) and the test packages of tests/mcp.
+# for the marker window; ZELMOR_LINUX_BUILD_DIR to change) and the test packages of tests/mcp.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
@@ -19,6 +19,7 @@ if [ ${#missing[@]} -gt 0 ]; then
 fi
 
 build=${ZELMOR_WIN_BUILD_DIR:-build-win}
+linux_build=$(cd "${ZELMOR_LINUX_BUILD_DIR:-build}" && pwd)
 toolchain=$build/toolchain/zelmor-win-toolchain
 if [ ! -f "$toolchain/mingw-w64.cmake" ]; then
   mkdir -p "$build/toolchain"
@@ -40,7 +41,7 @@ cat >"$work/checks.sh" <<CHECKS
 set -euo pipefail
 # Made with the display at hand: a prefix made without one reads the screen as black.
 wineboot -i >/dev/null 2>&1
-node "$root/tests/mcp/sdk_wine.mjs" "$app/zelmor-mcp.exe" "$root/build/tests/zelmor-test-window" \
+node "$root/tests/mcp/sdk_wine.mjs" "$app/zelmor-mcp.exe" "$linux_build/tests/zelmor-test-window" \
   "$app/zelmor-win-probe.exe"
 pictures=\$WINEPREFIX/drive_c/users/\$(id -un)/Pictures/Zelmor
 (cd "$app" && timeout 60 wine zelmor.exe --capture-fullscreen >/dev/null 2>&1 &)

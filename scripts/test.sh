@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs the whole test suite inside a private X test
-# session, with HOME and the XDG folders in a temporary folder.
+# session, with HOME and the XDG folders in a temporary folder; then builds the Windows
+# edition and checks it under Wine (ZELMOR_WINDOWS_CHECK=0 leaves that out).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install-deps.sh
@@ -16,3 +17,6 @@ sandbox=$(mktemp -d /tmp/zelmor-tests.XXXXXX)
 trap 'rm -rf "$sandbox"' EXIT
 export HOME=$sandbox XDG_CONFIG_HOME=$sandbox/config XDG_DATA_HOME=$sandbox/data XDG_CACHE_HOME=$sandbox/cache
 scripts/x-session.sh --timeout 1500 ctest --test-dir "$build" --output-on-failure -j "$(nproc)"
+if [ "${ZELMOR_WINDOWS_CHECK:-1}" != 0 ]; then
+  ZELMOR_LINUX_BUILD_DIR=$build scripts/test-windows.sh
+fi

@@ -147,11 +147,13 @@ try {
   await probe.waitFor(/^hook 75$/, "the hotkey's K in the hook");
   console.log("ok - window, input, hotkey and hook paths on a Wine window");
 
-  for (const name of ["find_ui_elements", "inspect_ui_element"]) {
-    const answer = await call(name, { name: "Zelmor" });
+  for (const name of ["inspect_ui_element", "find_ui_elements", "click_ui_element",
+                      "set_ui_element_text"]) {
+    const answer = await call(name, { name: "Zelmor", text: "x" });
     assert.equal(answer.isError, true, `${name} without UI Automation`);
-    console.log(`ok - ${name} under Wine answers: ${firstText(answer)}`);
+    assert.match(firstText(answer), /UIAutomation/);
   }
+  console.log("ok - the UI Automation tools under Wine answer: failed to initialize UIAutomation");
 } catch (error) {
   failed = true;
   console.log(`not ok - zelmor-mcp.exe under Wine\n${error.stack}\n--- server stderr ---\n${stderr}`);

@@ -15,6 +15,7 @@
 #include <QGuiApplication>
 #include <QMenu>
 #include <QMimeData>
+#include <QMoveEvent>
 #include <QPainter>
 #include <QSaveFile>
 #include <QScreen>
@@ -31,6 +32,7 @@ constexpr double kZoomOut = 0.9090909090909091;
 constexpr int kDragOutDistance = 10;
 constexpr int kToastMs = 3000;
 constexpr int kReleaseWaitMs = 500;
+constexpr int kPlacementWindowMs = 1000;
 constexpr int kShadowMargin = 12;
 constexpr QRgb kBorderColour = 0xFF2A2A30;
 
@@ -86,7 +88,7 @@ PinWindow::PinWindow(const QPixmap& pixmap, QWidget* parent)
         const QRect area = screen->availableGeometry();
         frame.moveCenter(area.isEmpty() ? screen->geometry().center() : area.center());
     }
-    move(frame.topLeft());
+    placeAt(frame.topLeft());
 }
 
 QRect PinWindow::imageRect() const
@@ -123,7 +125,7 @@ void PinWindow::relayout()
     fitToImage();
     QRect frame(QPoint(), m_windowSize);
     frame.moveCenter(centre);
-    move(frame.topLeft());
+    placeAt(frame.topLeft());
     update();
 }
 
@@ -152,7 +154,7 @@ void PinWindow::toggleClickThrough()
     flags.setFlag(Qt::WindowTransparentForInput, m_clickThrough);
     flags.setFlag(Qt::X11BypassWindowManagerHint, m_clickThrough);
     setWindowFlags(flags);
-    move(position);
+    placeAt(position);
     // Shown again before the manager has released it, the window would be taken back and
     // unmapped by the manager's late withdrawal.
     if (m_clickThrough) platform::waitUntilUnmanaged(winId(), kReleaseWaitMs);
@@ -233,6 +235,29 @@ void PinWindow::saveAs()
     file.commit();
 }
 
+void PinWindow::placeAt(const QPoint& topLeft)
+{
+    m_askedAt = topLeft; // first: a shown window hears of its own move at once
+    move(topLeft);
+}
+
+void PinWindow::showEvent(QShowEvent* event)
+{
+    m_sinceShown.start();
+    QWidget::showEvent(event);
+}
+
+// A window manager may place a new window by a policy of its own, ignoring the position the
+// pin asked for; the pin asks once more, and then leaves the window where it is put.
+void PinWindow::moveEvent(QMoveEvent* event)
+{
+    QWidget::moveEvent(event);
+    if (!m_sinceShown.isValid() || event->pos() == m_askedAt) return;
+    const bool justShown = m_sinceShown.elapsed() < kPlacementWindowMs;
+    m_sinceShown.invalidate();
+    if (justShown) move(m_askedAt);
+}
+
 void PinWindow::keyPressEvent(QKeyEvent* event)
 {
     switch (event->key()) {
@@ -301,7 +326,7 @@ void PinWindow::mouseMoveEvent(QMouseEvent* event)
         return;
     }
     if (m_dragging) {
-        move(global - m_dragOffset);
+        placeAt(global - m_dragOffset);
         return;
     }
     QWidget::mouseMoveEvent(event);

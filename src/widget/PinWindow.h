@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QPixmap>
 #include <QWidget>
 
@@ -38,6 +39,9 @@ public Q_SLOTS:
 protected:
     bool event(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void placeAt(const QPoint& topLeft);
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -64,6 +68,9 @@ private:
     QPixmap m_displayPixmap;
     QPoint m_dragOffset;
     bool m_dragging = false;
+    // Where the pin asked to be, held against the window manager for a moment after a show.
+    QPoint m_askedAt;
+    QElapsedTimer m_sinceShown;
     bool m_dragOutArmed = false;
     QPoint m_dragOutStart;
     double m_zoom = 1.0;

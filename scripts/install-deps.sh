@@ -12,10 +12,12 @@ packages=(
   libxcb1-dev libxcb-xtest0-dev libxcb-record0-dev libxcb-randr0-dev libxcb-xinput-dev
   libxcb-keysyms1-dev libxcb-shm0-dev libxcb-xfixes0-dev libxcb-xkb-dev libx11-dev libx11-xcb-dev
   libxkbcommon-dev libatspi2.0-dev
+  # local text recognition: the engine's header to build, the engine and its languages to run
+  libtesseract-dev tesseract-ocr-eng tesseract-ocr-chi-sim
   # the .deb and the checks of its desktop entry and metadata
   dpkg-dev desktop-file-utils appstream
   # run and test
-  fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji at-spi2-core dbus dbus-x11 xvfb xauth x11-utils openbox trayer
+  fonts-dejavu-core fonts-liberation2 fonts-noto-cjk fonts-noto-color-emoji at-spi2-core dbus dbus-x11 xvfb xauth x11-utils openbox trayer
   xdotool xclip xdg-utils xcompmgr
   # independent GIF readers for the encoder tests, and the benchmark's reference encoder
   gifsicle ffmpeg

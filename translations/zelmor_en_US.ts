@@ -502,6 +502,10 @@
         <source>Cancelled</source>
         <translation>Cancelled</translation>
     </message>
+    <message>
+        <source>Tesseract OCR (local) only recognises text. For translation, UI marking and chat, add a provider with a language model in Settings → AI and make it the default.</source>
+        <translation>Tesseract OCR (local) only recognises text. For translation, UI marking and chat, add a provider with a language model in Settings → AI and make it the default.</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::widget::AiChatPanel</name>
@@ -1022,6 +1026,16 @@
         <source>AI test failed</source>
         <comment>settings.ai.test.title.failed</comment>
         <translation>AI test failed</translation>
+    </message>
+    <message>
+        <source>Recognition languages joined by +, such as eng+chi_sim</source>
+        <comment>settings.ai.form.ocrLanguages</comment>
+        <translation>Recognition languages joined by +, such as eng+chi_sim</translation>
+    </message>
+    <message>
+        <source>AI test succeeded</source>
+        <comment>settings.ai.test.title.succeeded</comment>
+        <translation>AI test succeeded</translation>
     </message>
 </context>
 <context>

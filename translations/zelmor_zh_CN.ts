@@ -502,6 +502,10 @@
         <source>Cancelled</source>
         <translation>已取消</translation>
     </message>
+    <message>
+        <source>Tesseract OCR (local) only recognises text. For translation, UI marking and chat, add a provider with a language model in Settings → AI and make it the default.</source>
+        <translation>Tesseract OCR（本地）只能识别文字。如需翻译、界面标注和对话，请在 设置 → AI 中添加一个带语言模型的服务商，并设为默认。</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::widget::AiChatPanel</name>
@@ -1022,6 +1026,16 @@
         <source>AI test failed</source>
         <comment>settings.ai.test.title.failed</comment>
         <translation>AI 测试失败</translation>
+    </message>
+    <message>
+        <source>Recognition languages joined by +, such as eng+chi_sim</source>
+        <comment>settings.ai.form.ocrLanguages</comment>
+        <translation>识别语言，用 + 连接，例如 eng+chi_sim</translation>
+    </message>
+    <message>
+        <source>AI test succeeded</source>
+        <comment>settings.ai.test.title.succeeded</comment>
+        <translation>AI 测试成功</translation>
     </message>
 </context>
 <context>

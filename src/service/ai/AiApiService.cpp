@@ -4,6 +4,7 @@
 #include "AiProviderService.h"
 #include "core/Log.h"
 #include "service/mcp/McpTool.h"
+#include "service/ocr/LocalOcrJob.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -44,6 +45,12 @@ void AiApiService::chat(const ChatRequest& request)
 {
     m_cancelled = false;
     const AiProvider provider = AiProviderService::instance().active();
+    if (isLocalOcr(provider)) {
+        Q_EMIT chatFailed(tr("Tesseract OCR (local) only recognises text. For translation, UI "
+                             "marking and chat, add a provider with a language model in "
+                             "Settings → AI and make it the default."));
+        return;
+    }
     Step step;
     step.protocol = effectiveProtocol(provider.protocol);
     step.url = endpointUrl(step.protocol, provider.baseUrl);
@@ -157,8 +164,19 @@ bool AiApiService::failIfCancelled()
 }
 
 void AiApiService::testConnection(const AiProvider& provider,
-                                  std::function<void(bool ok, const QString& error)> done)
+                                  std::function<void(bool ok, const QString& message)> done)
 {
+    if (isLocalOcr(provider)) {
+        auto* job = new ocr::LocalOcrJob(this);
+        connect(job, &ocr::LocalOcrJob::finished, this,
+                [job, done](const ocr::LocalOcrResult& result) {
+                    job->deleteLater();
+                    const bool ok = result.error.isEmpty();
+                    done(ok, ok ? result.text : result.error);
+                });
+        job->describe(provider.model);
+        return;
+    }
     ChatRequest request;
     request.text = QStringLiteral("hi");
     request.maxTokens = 1;

@@ -30,10 +30,11 @@ public:
     // Ends the chat in chatFailed: the request in flight is aborted, a running tool is told to
     // stop, and no further request goes out.
     void cancel();
-    // Sends "hi" for one token to the given provider; any HTTP success counts. `done` runs
-    // once, unless this object is destroyed first.
+    // Sends "hi" for one token to the given provider; any HTTP success counts. A local OCR
+    // provider loads its engine instead, and succeeds with the engine's version and languages
+    // as the message. `done` runs once, unless this object is destroyed first.
     void testConnection(const AiProvider& provider,
-                        std::function<void(bool ok, const QString& error)> done);
+                        std::function<void(bool ok, const QString& message)> done);
 
 Q_SIGNALS:
     void chatFinished(const QString& text);

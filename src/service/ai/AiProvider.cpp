@@ -76,7 +76,22 @@ QList<AiProviderPreset> presets()
          QStringLiteral("http://localhost:1234/v1"),
          QStringLiteral("local-model"),
          {QStringLiteral("local-model")}},
+        {QStringLiteral("Tesseract OCR (local)"),
+         localOcrProtocol(),
+         QString(),
+         QStringLiteral("eng+chi_sim"),
+         {QStringLiteral("eng+chi_sim"), QStringLiteral("eng"), QStringLiteral("chi_sim")}},
     };
+}
+
+QString localOcrProtocol()
+{
+    return QStringLiteral("tesseract");
+}
+
+bool isLocalOcr(const AiProvider& provider)
+{
+    return provider.protocol == localOcrProtocol();
 }
 
 QStringList commonModels()

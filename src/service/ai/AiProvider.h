@@ -31,6 +31,11 @@ struct AiProviderPreset
 
 QList<AiProviderPreset> presets();
 
+// The provider that recognises text on this machine: it has no endpoint, no key and no
+// language model, and its model field holds the recognition languages.
+QString localOcrProtocol();
+bool isLocalOcr(const AiProvider& provider);
+
 // Suggestions for a model box that has no preset behind it.
 QStringList commonModels();
 

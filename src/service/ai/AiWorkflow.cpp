@@ -1,6 +1,8 @@
 #include "AiWorkflow.h"
 
 #include "AiApiService.h"
+#include "AiProviderService.h"
+#include "service/ocr/LocalOcrJob.h"
 
 namespace zelmor::service::ai {
 
@@ -28,6 +30,11 @@ QPixmap AiWorkflow::ocrImage(const QPixmap& pixmap)
 
 void AiWorkflow::ocr(const QPixmap& pixmap)
 {
+    const AiProvider provider = AiProviderService::instance().active();
+    if (isLocalOcr(provider)) {
+        recognizeLocally(pixmap.toImage(), provider.model);
+        return;
+    }
     AiApiService* service = startService();
     m_service = service;
     connect(service, &AiApiService::chatFinished, this, [this, service](const QString& text) {
@@ -40,6 +47,21 @@ void AiWorkflow::ocr(const QPixmap& pixmap)
     request.text = QStringLiteral("Extract text from this image exactly as written.");
     request.image = ocrImage(pixmap);
     service->chat(request);
+}
+
+// The picture unscaled: the engine prepares it in its own way.
+void AiWorkflow::recognizeLocally(const QImage& image, const QString& languages)
+{
+    auto* job = new ocr::LocalOcrJob(this);
+    m_localJob = job;
+    connect(job, &ocr::LocalOcrJob::finished, this, [this, job](const ocr::LocalOcrResult& result) {
+        job->deleteLater();
+        if (result.error.isEmpty())
+            Q_EMIT resultReady(QStringLiteral("ocr"), result.text);
+        else
+            Q_EMIT failed(result.error);
+    });
+    job->recognize(image, languages);
 }
 
 void AiWorkflow::translate(const QPixmap& pixmap, const QString& targetLanguage)
@@ -89,6 +111,7 @@ void AiWorkflow::annotate(const QPixmap& pixmap)
 void AiWorkflow::cancel()
 {
     if (m_service) m_service->cancel();
+    if (m_localJob) m_localJob->cancel();
 }
 
 } // namespace zelmor::service::ai

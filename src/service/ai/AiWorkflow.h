@@ -6,6 +6,10 @@
 #include <QPixmap>
 #include <QPointer>
 
+namespace zelmor::service::ocr {
+class LocalOcrJob;
+}
+
 namespace zelmor::service::ai {
 
 class AiApiService;
@@ -34,8 +38,10 @@ Q_SIGNALS:
 
 private:
     AiApiService* startService();
+    void recognizeLocally(const QImage& image, const QString& languages);
 
     QPointer<AiApiService> m_service;
+    QPointer<ocr::LocalOcrJob> m_localJob;
 };
 
 } // namespace zelmor::service::ai

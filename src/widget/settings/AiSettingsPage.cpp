@@ -301,8 +301,19 @@ void AiSettingsPage::loadForm(qint64 id)
                 presetRow = i + 1;
         fillModels(presetRow, provider.model);
     }
+    showProtocolFields(provider.protocol);
     m_preset->setCurrentIndex(presetRow);
     m_loading = false;
+}
+
+void AiSettingsPage::showProtocolFields(const QString& protocol)
+{
+    const bool local = protocol == service::ai::localOcrProtocol();
+    m_endpoint->setEnabled(!local);
+    m_key->setEnabled(!local);
+    m_model->setToolTip(local ? tr("Recognition languages joined by +, such as eng+chi_sim",
+                                   "settings.ai.form.ocrLanguages")
+                              : QString());
 }
 
 void AiSettingsPage::fillModels(int presetRow, const QString& model)
@@ -331,15 +342,22 @@ void AiSettingsPage::onPresetChanged(int index)
 {
     if (m_loading || index < 1) return;
     const service::ai::AiProviderPreset preset = service::ai::presets().value(index - 1);
+    const bool local = preset.protocol == service::ai::localOcrProtocol();
     m_loading = true;
     if (!preset.baseUrl.isEmpty()) m_endpoint->setText(preset.baseUrl);
+    if (local) {
+        m_endpoint->clear();
+        m_key->clear();
+    }
     fillModels(index, preset.defaultModel);
+    showProtocolFields(preset.protocol);
     m_loading = false;
     if (m_currentId <= 0) return;
     AiProvider provider = providers().get(m_currentId);
     if (provider.id == 0) return;
     provider.protocol = preset.protocol;
-    if (!preset.baseUrl.isEmpty()) provider.baseUrl = preset.baseUrl;
+    if (!preset.baseUrl.isEmpty() || local) provider.baseUrl = preset.baseUrl;
+    if (local) provider.apiKey.clear();
     provider.model = m_model->currentText();
     providers().update(provider);
 }
@@ -407,7 +425,8 @@ void AiSettingsPage::test()
     saveForm();
     const AiProvider provider = providers().get(m_currentId);
     const bool keyless = provider.protocol == QLatin1String("ollama") ||
-                         provider.protocol == QLatin1String("lmstudio");
+                         provider.protocol == QLatin1String("lmstudio") ||
+                         service::ai::isLocalOcr(provider);
     if (provider.apiKey.isEmpty() && !keyless) {
         QMessageBox::warning(this, tr("Test"), tr("API key is empty.", "settings.ai.test.noKey"));
         return;
@@ -418,7 +437,7 @@ void AiSettingsPage::test()
     m_test->setText(tr("Testing...", "settings.ai.form.testing"));
     // A child of the page: closing it during the test leaves no callback behind.
     auto* api = new service::ai::AiApiService(this);
-    api->testConnection(provider, [this, api](bool ok, const QString& error) {
+    api->testConnection(provider, [this, api](bool ok, const QString& message) {
         m_test->setEnabled(true);
         m_eye->setEnabled(true);
         m_test->setText(ok ? tr("Test Succeeded", "settings.ai.test.success")
@@ -426,7 +445,10 @@ void AiSettingsPage::test()
         m_test->setStyleSheet(
             kTestStyle.arg(ok ? QStringLiteral("#2ECC71") : QStringLiteral("#E74C3C")));
         if (!ok)
-            core::notifyUser(tr("AI test failed", "settings.ai.test.title.failed"), error,
+            core::notifyUser(tr("AI test failed", "settings.ai.test.title.failed"), message,
+                             kFailureToastMs);
+        else if (!message.isEmpty()) // a local engine tells what it loaded
+            core::notifyUser(tr("AI test succeeded", "settings.ai.test.title.succeeded"), message,
                              kFailureToastMs);
         QTimer::singleShot(kTestResultMs, this, [this] {
             m_test->setText(m_testText);

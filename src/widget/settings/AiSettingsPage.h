@@ -42,6 +42,8 @@ private:
     void refreshList();
     void loadForm(qint64 id);
     void fillModels(int presetRow, const QString& model);
+    // A local OCR provider has no endpoint and no key, and its model box holds languages.
+    void showProtocolFields(const QString& protocol);
     void saveForm();
     void onPresetChanged(int index);
     void addProvider();

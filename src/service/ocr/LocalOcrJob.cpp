@@ -1,0 +1,89 @@
+#include "LocalOcrJob.h"
+
+#include "platform/Memory.h"
+
+#include <QThreadPool>
+#include <QtConcurrent/QtConcurrentRun>
+
+namespace zelmor::service::ocr {
+
+namespace {
+
+// The engine's copies of the enlarged image, per prepared pixel, and its language data.
+constexpr quint64 kBytesPerPixel = 16;
+constexpr quint64 kEngineBytes = 256ull << 20;
+
+Q_GLOBAL_STATIC(QThreadPool, ocrWorker)
+
+LocalOcrEngine& engineFor(const QString& languages)
+{
+    thread_local std::unique_ptr<LocalOcrEngine> engine;
+    thread_local QString loaded;
+    const QString list = LocalOcrEngine::languageList(languages);
+    if (!engine || loaded != list || !engine->loadError().isEmpty()) {
+        engine.reset();
+        engine = std::make_unique<LocalOcrEngine>(list);
+        loaded = list;
+    }
+    return *engine;
+}
+
+QString memoryShortage(const QImage& image)
+{
+    const QSize prepared = LocalOcrEngine::preparedSize(image.size());
+    const quint64 needed =
+        quint64(prepared.width()) * quint64(prepared.height()) * kBytesPerPixel + kEngineBytes;
+    const quint64 available = platform::availableMemoryBytes();
+    if (available == 0 || available >= needed) return QString();
+    return QStringLiteral("Not enough free memory to recognise an image of %1x%2 pixels.")
+        .arg(image.width())
+        .arg(image.height());
+}
+
+} // namespace
+
+LocalOcrJob::LocalOcrJob(QObject* parent)
+    : QObject(parent), m_cancelled(std::make_shared<std::atomic_bool>(false))
+{
+    ocrWorker()->setMaxThreadCount(1);
+    connect(&m_watcher, &QFutureWatcher<LocalOcrResult>::finished, this,
+            [this] { Q_EMIT finished(m_watcher.result()); });
+}
+
+LocalOcrJob::~LocalOcrJob()
+{
+    cancel();
+}
+
+void LocalOcrJob::recognize(const QImage& image, const QString& languages)
+{
+    const QString shortage = memoryShortage(image);
+    if (!shortage.isEmpty()) {
+        run([shortage] { return LocalOcrResult{QString(), shortage}; });
+        return;
+    }
+    run([image, languages, cancelled = m_cancelled] {
+        return engineFor(languages).recognize(image, cancelled.get());
+    });
+}
+
+void LocalOcrJob::describe(const QString& languages)
+{
+    run([languages] {
+        const LocalOcrEngine& engine = engineFor(languages);
+        return engine.loadError().isEmpty() ? LocalOcrResult{engine.description(), QString()}
+                                            : LocalOcrResult{QString(), engine.loadError()};
+    });
+}
+
+void LocalOcrJob::cancel()
+{
+    m_cancelled->store(true);
+}
+
+void LocalOcrJob::run(std::function<LocalOcrResult()> work)
+{
+    m_watcher.setFuture(QtConcurrent::run(ocrWorker(), std::move(work)));
+}
+
+} // namespace zelmor::service::ocr

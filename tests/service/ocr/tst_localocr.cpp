@@ -1,0 +1,225 @@
+#include "TestMain.h"
+
+#include "manager/ActionManager.h"
+#include "service/ai/AiProviderService.h"
+#include "service/ai/AiWorkflow.h"
+#include "service/history/HistoryService.h"
+#include "service/ocr/LocalOcrEngine.h"
+#include "widget/MainWindow.h"
+#include "widget/OcrResultDialog.h"
+#include "widget/overlay/CaptureOverlay.h"
+#include "widget/overlay/OverlayPanels.h"
+
+#include <QFontMetrics>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLabel>
+#include <QPainter>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QToolButton>
+
+#include <algorithm>
+#include <numeric>
+
+using namespace zelmor;
+using service::ocr::LocalOcrEngine;
+
+namespace {
+
+const QStringList kEnglish{QStringLiteral("Save the capture to the output folder"),
+                           QStringLiteral("Settings: Language, Theme and Hotkeys"),
+                           QStringLiteral("Total 1,284.50 USD for 12 items"),
+                           QStringLiteral("Open recent file report_2026.pdf")};
+const QStringList kChinese{QStringLiteral("保存截图到输出文件夹"),
+                           QStringLiteral("设置语言、主题和快捷键"),
+                           QStringLiteral("历史记录中共有十二张图片")};
+
+QImage render(const QStringList& lines, const QString& family, int pixelSize, bool dark)
+{
+    QFont font(family);
+    font.setPixelSize(pixelSize);
+    const QFontMetrics metrics(font);
+    int width = 0;
+    for (const QString& line : lines)
+        width = std::max(width, metrics.horizontalAdvance(line));
+    const int step = metrics.height() * 3 / 2;
+    QImage image(width + 2 * pixelSize, step * int(lines.size()) + pixelSize, QImage::Format_RGB32);
+    image.fill(dark ? QColor(0x1E, 0x1E, 0x1E) : QColor(Qt::white));
+    QPainter painter(&image);
+    painter.setFont(font);
+    painter.setPen(dark ? QColor(0xE0, 0xE0, 0xE0) : QColor(0x20, 0x20, 0x20));
+    for (int i = 0; i < lines.size(); ++i)
+        painter.drawText(pixelSize, pixelSize / 2 + i * step + metrics.ascent(), lines[i]);
+    return image;
+}
+
+// Lines without blank ones, blanks collapsed; Chinese has no blanks at all.
+QString normalized(const QString& text, bool chinese)
+{
+    QStringList lines;
+    for (const QString& line : text.split(QLatin1Char('\n'))) {
+        QString l = line.simplified();
+        if (chinese) l.remove(QLatin1Char(' '));
+        if (!l.isEmpty()) lines << l;
+    }
+    return lines.join(QLatin1Char('\n'));
+}
+
+double errorRate(const QString& truth, const QString& read)
+{
+    QList<int> previous(read.size() + 1), current(read.size() + 1);
+    std::iota(previous.begin(), previous.end(), 0);
+    for (int i = 1; i <= truth.size(); ++i) {
+        current[0] = i;
+        for (int j = 1; j <= read.size(); ++j)
+            current[j] = std::min({previous[j] + 1, current[j - 1] + 1,
+                                   previous[j - 1] + (truth[i - 1] == read[j - 1] ? 0 : 1)});
+        std::swap(previous, current);
+    }
+    return double(previous[read.size()]) / std::max<qsizetype>(1, truth.size());
+}
+
+widget::OcrResultDialog* openDialog()
+{
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (auto* d = qobject_cast<widget::OcrResultDialog*>(w); d && d->isVisible()) return d;
+    return nullptr;
+}
+
+widget::CaptureOverlay* shownOverlay()
+{
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (auto* o = qobject_cast<widget::CaptureOverlay*>(w); o && o->isVisible()) return o;
+    return nullptr;
+}
+
+} // namespace
+
+// Text recognition on this machine. Run by ctest in a network namespace of its own, where one
+// exists, so that any use of the network fails.
+class TestLocalOcr : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<LocalOcrEngine> m_engine;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        if (qEnvironmentVariableIsSet("ZELMOR_NO_NETWORK")) {
+            QTcpServer server;
+            QVERIFY(server.listen(QHostAddress::LocalHost));
+            QTcpSocket socket;
+            socket.connectToHost(QHostAddress::LocalHost, server.serverPort());
+            QVERIFY2(!socket.waitForConnected(2000), "the network is reachable");
+        } else {
+            qInfo("no network namespace here: the network stays reachable");
+        }
+        service::ai::AiProvider local;
+        local.name = QStringLiteral("Tesseract OCR (local)");
+        local.protocol = QStringLiteral("tesseract");
+        local.isDefault = true;
+        service::history::HistoryService::instance(); // opens the database
+        QVERIFY(service::ai::AiProviderService::instance().insert(local) > 0);
+        m_engine = std::make_unique<LocalOcrEngine>(QString());
+        QCOMPARE(m_engine->loadError(), QString());
+    }
+
+    void characterErrorRate_data()
+    {
+        QTest::addColumn<QStringList>("lines");
+        QTest::addColumn<QString>("family");
+        QTest::addColumn<int>("pixelSize");
+        QTest::addColumn<bool>("dark");
+        QTest::addColumn<double>("limit");
+        for (const char* family : {"DejaVu Sans", "Liberation Sans"})
+            for (int size : {12, 14, 16, 20})
+                for (bool dark : {false, true})
+                    QTest::addRow("%s %dpx %s", family, size, dark ? "dark" : "light")
+                        << kEnglish << QString::fromLatin1(family) << size << dark << 0.02;
+        for (int size : {14, 16, 20})
+            for (bool dark : {false, true})
+                QTest::addRow("Noto Sans CJK SC %dpx %s", size, dark ? "dark" : "light")
+                    << kChinese << QStringLiteral("Noto Sans CJK SC") << size << dark << 0.10;
+    }
+    void characterErrorRate()
+    {
+        QFETCH(QStringList, lines);
+        QFETCH(QString, family);
+        QFETCH(int, pixelSize);
+        QFETCH(bool, dark);
+        QFETCH(double, limit);
+        const bool chinese = lines == kChinese;
+        const service::ocr::LocalOcrResult result =
+            m_engine->recognize(render(lines, family, pixelSize, dark));
+        QCOMPARE(result.error, QString());
+        const QString read = normalized(result.text, chinese);
+        const double rate = errorRate(normalized(lines.join('\n'), chinese), read);
+        qInfo("CER %.2f%%", rate * 100);
+        QVERIFY2(rate < limit, qPrintable(read));
+    }
+
+    // The result dialog shows what the engine read, and a job that needs a language model
+    // says at once what to configure instead.
+    void overlayOcrButtonWithTheLocalProvider()
+    {
+        QLabel sample(QStringLiteral("Invoice 2048 is paid"));
+        sample.setStyleSheet(QStringLiteral("background: white; color: black; font-size: 22px;"));
+        sample.setWindowFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+        sample.setGeometry(200, 200, 360, 60);
+        sample.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&sample));
+        QTest::qWait(200);
+
+        widget::MainWindow window;
+        manager::ActionManager actions(&window);
+        actions.captureRegion();
+        widget::CaptureOverlay* overlay = nullptr;
+        QTRY_VERIFY((overlay = shownOverlay()));
+        const QPoint from = overlay->mapFromGlobal(QPoint(190, 190));
+        const QPoint to = overlay->mapFromGlobal(QPoint(570, 270));
+        QTest::mousePress(overlay, Qt::LeftButton, Qt::NoModifier, from);
+        QMouseEvent move(QEvent::MouseMove, to, overlay->mapToGlobal(QPointF(to)), Qt::NoButton,
+                         Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(overlay, &move);
+        QTest::mouseRelease(overlay, Qt::LeftButton, Qt::NoModifier, to);
+        overlay->panels()->actionButton(widget::overlay::OverlayPanels::Ocr)->click();
+        QTRY_VERIFY_WITH_TIMEOUT(openDialog(), 30000);
+        QCOMPARE(openDialog()->text(), QStringLiteral("Invoice 2048 is paid"));
+        openDialog()->close();
+
+        service::ai::AiWorkflow workflow;
+        QSignalSpy failed(&workflow, &service::ai::AiWorkflow::failed);
+        workflow.translate(QPixmap(20, 20), QStringLiteral("English"));
+        QCOMPARE(failed.size(), 1);
+        QVERIFY(failed.first().first().toString().contains(QStringLiteral("Settings → AI")));
+    }
+
+    void mcpOcrTool()
+    {
+        const QString path = test::sandboxRoot().filePath(QStringLiteral("sample.png"));
+        QVERIFY(render({QStringLiteral("Local text 42")}, QStringLiteral("DejaVu Sans"), 18, false)
+                    .save(path));
+        QProcess mcp;
+        mcp.start(qEnvironmentVariable("ZELMOR_BIN_DIR") + QStringLiteral("/zelmor-mcp"), {});
+        const QJsonObject call{
+            {"jsonrpc", "2.0"},
+            {"id", 1},
+            {"method", "tools/call"},
+            {"params", QJsonObject{{"name", "ocr"}, {"arguments", QJsonObject{{"path", path}}}}}};
+        mcp.write(QJsonDocument(call).toJson(QJsonDocument::Compact) + '\n');
+        // Input stays open until the answer is in: its end would cut the recognition short.
+        QTRY_VERIFY_WITH_TIMEOUT(mcp.canReadLine(), 60000);
+        const QJsonObject reply = QJsonDocument::fromJson(mcp.readLine()).object();
+        mcp.closeWriteChannel();
+        QVERIFY(mcp.waitForFinished());
+        QCOMPARE(reply["result"]["content"][0]["text"].toString(), QStringLiteral("Local text 42"));
+    }
+};
+
+ZELMOR_TEST_MAIN(TestLocalOcr, QApplication)
+#include "tst_localocr.moc"

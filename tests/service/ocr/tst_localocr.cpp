@@ -141,7 +141,7 @@ private Q_SLOTS:
                 for (bool dark : {false, true})
                     QTest::addRow("%s %dpx %s", family, size, dark ? "dark" : "light")
                         << kEnglish << QString::fromLatin1(family) << size << dark << 0.02;
-        for (int size : {14, 16, 20})
+        for (int size : {12, 14, 16, 20})
             for (bool dark : {false, true})
                 QTest::addRow("Noto Sans CJK SC %dpx %s", size, dark ? "dark" : "light")
                     << kChinese << QStringLiteral("Noto Sans CJK SC") << size << dark << 0.10;

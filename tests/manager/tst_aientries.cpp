@@ -1,3 +1,4 @@
+#include "DesktopDriver.h"
 #include "FakeAiServer.h"
 #include "TestMain.h"
 
@@ -29,20 +30,6 @@ using manager::TaskManager;
 using service::history::HistoryService;
 
 namespace {
-
-widget::OcrResultDialog* openDialog()
-{
-    for (QWidget* w : QApplication::topLevelWidgets())
-        if (auto* d = qobject_cast<widget::OcrResultDialog*>(w); d && d->isVisible()) return d;
-    return nullptr;
-}
-
-widget::CaptureOverlay* shownOverlay()
-{
-    for (QWidget* w : QApplication::topLevelWidgets())
-        if (auto* o = qobject_cast<widget::CaptureOverlay*>(w); o && o->isVisible()) return o;
-    return nullptr;
-}
 
 QPixmap picture()
 {
@@ -97,7 +84,7 @@ private Q_SLOTS:
         m_server.enqueue(200, test::openAiReply(QStringLiteral("Total: 42")));
         m_actions->captureRegion();
         widget::CaptureOverlay* overlay = nullptr;
-        QTRY_VERIFY((overlay = shownOverlay()));
+        QTRY_VERIFY((overlay = test::shownTopLevel<widget::CaptureOverlay>()));
         QTest::mousePress(overlay, Qt::LeftButton, Qt::NoModifier, QPoint(100, 100));
         QMouseEvent move(QEvent::MouseMove, QPointF(300, 200),
                          overlay->mapToGlobal(QPointF(300, 200)), Qt::NoButton, Qt::LeftButton,
@@ -110,8 +97,8 @@ private Q_SLOTS:
         QTRY_COMPARE(lastTask().state, TaskItem::Finished);
         QCOMPARE(lastTask().result, QStringLiteral("Total: 42"));
         QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("Total: 42"));
-        QTRY_VERIFY(openDialog());
-        widget::OcrResultDialog* dialog = openDialog();
+        QTRY_VERIFY(test::shownTopLevel<widget::OcrResultDialog>());
+        widget::OcrResultDialog* dialog = test::shownTopLevel<widget::OcrResultDialog>();
         QCOMPARE(dialog->text(), QStringLiteral("Total: 42"));
         Q_EMIT dialog->chatRequested(QStringLiteral("note text"));
         QTRY_VERIFY(m_window.isVisible());
@@ -131,7 +118,7 @@ private Q_SLOTS:
         for (QPushButton* b : dialog->findChildren<QPushButton*>())
             if (b->text() == QStringLiteral("📌 钉在屏幕")) b->click();
         QCOMPARE(m_actions->pinManager()->pins().size(), pins + 1);
-        QTRY_VERIFY(!openDialog());
+        QTRY_VERIFY(!test::shownTopLevel<widget::OcrResultDialog>());
     }
 
     void failedOcrKeepsItsSourceAndTellsTheTask()

@@ -1,3 +1,4 @@
+#include "DesktopDriver.h"
 #include "FakeFileManager.h"
 #include "TestMain.h"
 #include "TestSupport.h"
@@ -54,15 +55,6 @@ template <typename T> void answerWhenShown(std::function<void(T*)> answer)
         }
     });
     poll->start(10);
-}
-
-widget::CaptureOverlay* shownOverlay()
-{
-    for (QWidget* w : QApplication::topLevelWidgets())
-        if (auto* overlay = qobject_cast<widget::CaptureOverlay*>(w);
-            overlay && overlay->isVisible())
-            return overlay;
-    return nullptr;
 }
 
 } // namespace
@@ -331,8 +323,8 @@ private Q_SLOTS:
             QCOMPARE(editedFrames, 2);
             return;
         }
-        QTRY_VERIFY(shownOverlay());
-        delete shownOverlay();
+        QTRY_VERIFY(test::shownTopLevel<widget::CaptureOverlay>());
+        delete test::shownTopLevel<widget::CaptureOverlay>();
     }
 };
 

@@ -1,3 +1,4 @@
+#include "DesktopDriver.h"
 #include "TestMain.h"
 
 #include "manager/ActionManager.h"
@@ -83,20 +84,6 @@ double errorRate(const QString& truth, const QString& read)
     return double(previous[read.size()]) / std::max<qsizetype>(1, truth.size());
 }
 
-widget::OcrResultDialog* openDialog()
-{
-    for (QWidget* w : QApplication::topLevelWidgets())
-        if (auto* d = qobject_cast<widget::OcrResultDialog*>(w); d && d->isVisible()) return d;
-    return nullptr;
-}
-
-widget::CaptureOverlay* shownOverlay()
-{
-    for (QWidget* w : QApplication::topLevelWidgets())
-        if (auto* o = qobject_cast<widget::CaptureOverlay*>(w); o && o->isVisible()) return o;
-    return nullptr;
-}
-
 } // namespace
 
 // Text recognition on this machine. Run by ctest in a network namespace of its own, where one
@@ -179,7 +166,7 @@ private Q_SLOTS:
         manager::ActionManager actions(&window);
         actions.captureRegion();
         widget::CaptureOverlay* overlay = nullptr;
-        QTRY_VERIFY((overlay = shownOverlay()));
+        QTRY_VERIFY((overlay = test::shownTopLevel<widget::CaptureOverlay>()));
         const QPoint from = overlay->mapFromGlobal(QPoint(190, 190));
         const QPoint to = overlay->mapFromGlobal(QPoint(570, 270));
         QTest::mousePress(overlay, Qt::LeftButton, Qt::NoModifier, from);
@@ -188,9 +175,10 @@ private Q_SLOTS:
         QApplication::sendEvent(overlay, &move);
         QTest::mouseRelease(overlay, Qt::LeftButton, Qt::NoModifier, to);
         overlay->panels()->actionButton(widget::overlay::OverlayPanels::Ocr)->click();
-        QTRY_VERIFY_WITH_TIMEOUT(openDialog(), 30000);
-        QCOMPARE(openDialog()->text(), QStringLiteral("Invoice 2048 is paid"));
-        openDialog()->close();
+        QTRY_VERIFY_WITH_TIMEOUT(test::shownTopLevel<widget::OcrResultDialog>(), 30000);
+        QCOMPARE(test::shownTopLevel<widget::OcrResultDialog>()->text(),
+                 QStringLiteral("Invoice 2048 is paid"));
+        test::shownTopLevel<widget::OcrResultDialog>()->close();
 
         service::ai::AiWorkflow workflow;
         QSignalSpy failed(&workflow, &service::ai::AiWorkflow::failed);

@@ -41,7 +41,6 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
     void showEvent(QShowEvent* event) override;
-    void placeAt(const QPoint& topLeft);
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -51,6 +50,7 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
+    void placeAt(const QPoint& topLeft);
     // Keeps the pin alive while a menu, dialog or drag of its own runs a nested event loop.
     class NestedLoop;
 

@@ -7,6 +7,7 @@
 #include <QObject>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 
 namespace zelmor::service::ocr {

@@ -8,6 +8,11 @@
 
 namespace zelmor::platform {
 
+bool elevationAvailable()
+{
+    return true;
+}
+
 Elevation relaunchElevated(const std::string& programUtf8)
 {
     const std::wstring program = win32::widen(programUtf8);

@@ -6,6 +6,11 @@
 
 namespace zelmor::platform {
 
+bool elevationAvailable()
+{
+    return false;
+}
+
 Elevation relaunchElevated(const std::string&)
 {
     return Elevation::Unavailable;

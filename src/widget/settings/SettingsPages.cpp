@@ -3,6 +3,7 @@
 #include "SettingsBlocks.h"
 #include "UpdateSection.h"
 #include "core/ConfigManager.h"
+#include "platform/Elevation.h"
 #include "service/history/HistoryService.h"
 #include "widget/LicenseDialog.h"
 
@@ -80,23 +81,10 @@ QString dataFolder()
     return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
 }
 
-} // namespace
-
-namespace {
-
-// Linux has no elevation for Zelmor to ask for: the row is shown, and cannot be changed.
-bool elevationApplies()
-{
-#ifdef Q_OS_WIN
-    return true;
-#else
-    return false;
-#endif
-}
-
+// Where there is no elevation to ask for, the row is shown and cannot be changed.
 QString runAsAdminDescription()
 {
-    if (elevationApplies())
+    if (platform::elevationAvailable())
         return SettingsPages::tr(
             "Restart with elevated privileges so Zelmor can capture UAC prompts.",
             "settings.general.runAsAdmin.desc");
@@ -147,7 +135,7 @@ QWidget* SettingsPages::general()
     addSettingRow(startup, tr("Run as administrator", "settings.general.runAsAdmin"),
                   runAsAdminDescription(), config().runAsAdmin(),
                   [](bool on) { config().setRunAsAdmin(on); })
-        ->setEnabled(elevationApplies());
+        ->setEnabled(platform::elevationAvailable());
     page.body->addStretch(1);
     return page.scroll;
 }

@@ -44,7 +44,7 @@ wineboot -i >/dev/null 2>&1
 node "$root/tests/mcp/sdk_wine.mjs" "$app/zelmor-mcp.exe" "$linux_build/tests/zelmor-test-window" \
   "$app/zelmor-win-probe.exe"
 pictures=\$WINEPREFIX/drive_c/users/\$(id -un)/Pictures/Zelmor
-(cd "$app" && timeout 60 wine zelmor.exe --capture-fullscreen >/dev/null 2>&1 &)
+(cd "$app" && timeout 60 wine zelmor.exe --capture-fullscreen >/dev/null 2>&1 &) 2>/dev/null
 for _ in \$(seq 300); do
   ls "\$pictures"/*.png >/dev/null 2>&1 && break
   sleep 0.1

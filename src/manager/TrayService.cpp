@@ -26,7 +26,9 @@ template <typename Slot>
 QAction* addItem(QMenu* menu, const QString& text, ActionManager* actions, Slot slot,
                  const QString& hotkey = QString())
 {
-    QAction* action = menu->addAction(text);
+    // The texts carry no mnemonics: an ampersand is shown as written.
+    QAction* action =
+        menu->addAction(QString(text).replace(QLatin1Char('&'), QStringLiteral("&&")));
     if (!hotkey.isNull()) {
         action->setShortcut(shownKey(hotkey));
         action->setShortcutContext(Qt::WidgetShortcut); // shown, never acted on

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QImage>
+#include <QList>
 #include <QString>
 
 #include <atomic>
@@ -34,9 +35,11 @@ public:
     // but language codes joined by "+".
     static QString languageList(const QString& model);
     // Grey, dark backgrounds turned light, and screen text enlarged to the size the engine
-    // reads best, within a bound on memory.
-    static QImage prepare(const QImage& image);
-    static QSize preparedSize(const QSize& size);
+    // reads best, in horizontal bands cut between lines that each fit a bound on memory.
+    static QList<QImage> prepareBands(const QImage& image);
+    static double readingScale(const QSize& size);
+    // The pixels of the largest prepared band.
+    static qint64 preparedPixels(const QSize& size);
     // Tesseract puts spaces between Chinese characters; a reader does not.
     static QString tidy(QString text);
 

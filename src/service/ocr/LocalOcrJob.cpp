@@ -30,9 +30,8 @@ LocalOcrEngine& engineFor(const QString& languages)
 
 QString memoryShortage(const QImage& image)
 {
-    const QSize prepared = LocalOcrEngine::preparedSize(image.size());
     const quint64 needed =
-        quint64(prepared.width()) * quint64(prepared.height()) * kBytesPerPixel + kEngineBytes;
+        quint64(LocalOcrEngine::preparedPixels(image.size())) * kBytesPerPixel + kEngineBytes;
     const quint64 available = platform::availableMemoryBytes();
     if (available == 0 || available >= needed) return QString();
     return QStringLiteral("Not enough free memory to recognise an image of %1x%2 pixels.")

@@ -3,15 +3,18 @@
 #include "LocalOcrEngine.h"
 
 #include <QLibrary>
+#include <QStringList>
 
 #include <tesseract/capi.h>
+
+#include <optional>
 
 namespace zelmor::service::ocr {
 
 namespace {
 
-// The prepared image is enlarged to about this many pixels per inch.
-constexpr int kPreparedPpi = 288;
+// A screen's resolution, which the enlargement multiplies.
+constexpr double kScreenPpi = 96;
 
 struct Tesseract
 {
@@ -75,6 +78,28 @@ bool stopRequested(void* flag, int)
     return static_cast<const std::atomic_bool*>(flag)->load();
 }
 
+std::optional<QString> readBand(TessBaseAPI* api, const QImage& band, int ppi,
+                                const std::atomic_bool* cancelled)
+{
+    const Tesseract& t = tesseract();
+    if (t.setMaxActiveLevels) t.setMaxActiveLevels(0); // for this thread's regions
+    t.setImage(api, band.constBits(), band.width(), band.height(), 1, int(band.bytesPerLine()));
+    t.setResolution(api, ppi);
+    ETEXT_DESC* monitor = t.createMonitor();
+    if (cancelled) {
+        t.setCancelFunc(monitor, &stopRequested);
+        t.setCancelThis(monitor, const_cast<std::atomic_bool*>(cancelled));
+    }
+    const bool recognised = t.recognize(api, monitor) == 0;
+    t.deleteMonitor(monitor);
+    char* text = recognised ? t.text(api) : nullptr;
+    t.clear(api);
+    if (!text) return std::nullopt;
+    const QString read = QString::fromUtf8(text);
+    t.deleteText(text);
+    return read;
+}
+
 } // namespace
 
 struct LocalOcrEngine::State
@@ -127,30 +152,17 @@ QString LocalOcrEngine::description() const
 LocalOcrResult LocalOcrEngine::recognize(const QImage& image, const std::atomic_bool* cancelled)
 {
     if (!m_state->error.isEmpty()) return {QString(), m_state->error};
-    const QImage prepared = prepare(image);
-    if (prepared.isNull()) return {QString(), QStringLiteral("The image is empty or too large.")};
-    const Tesseract& t = tesseract();
-    if (t.setMaxActiveLevels) t.setMaxActiveLevels(0); // for this thread's regions
-    t.setImage(m_state->api, prepared.constBits(), prepared.width(), prepared.height(), 1,
-               int(prepared.bytesPerLine()));
-    t.setResolution(m_state->api, kPreparedPpi);
-    ETEXT_DESC* monitor = t.createMonitor();
-    if (cancelled) {
-        t.setCancelFunc(monitor, &stopRequested);
-        t.setCancelThis(monitor, const_cast<std::atomic_bool*>(cancelled));
+    const QList<QImage> bands = prepareBands(image);
+    if (bands.isEmpty()) return {QString(), QStringLiteral("The image is empty or too large.")};
+    const int ppi = int(kScreenPpi * readingScale(image.size()));
+    QStringList texts;
+    for (const QImage& band : bands) {
+        const std::optional<QString> text = readBand(m_state->api, band, ppi, cancelled);
+        if (cancelled && cancelled->load()) return {QString(), QStringLiteral("OCR cancelled")};
+        if (!text) return {QString(), QStringLiteral("Tesseract could not read the image.")};
+        texts << *text;
     }
-    const bool recognised = t.recognize(m_state->api, monitor) == 0;
-    t.deleteMonitor(monitor);
-    char* text = recognised && !(cancelled && cancelled->load()) ? t.text(m_state->api) : nullptr;
-    t.clear(m_state->api);
-    if (cancelled && cancelled->load()) {
-        if (text) t.deleteText(text);
-        return {QString(), QStringLiteral("OCR cancelled")};
-    }
-    if (!text) return {QString(), QStringLiteral("Tesseract could not read the image.")};
-    const QString result = tidy(QString::fromUtf8(text));
-    t.deleteText(text);
-    return {result, QString()};
+    return {tidy(texts.join(QLatin1Char('\n'))), QString()};
 }
 
 } // namespace zelmor::service::ocr

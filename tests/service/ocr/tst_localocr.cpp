@@ -39,7 +39,8 @@ const QStringList kChinese{QStringLiteral("保存截图到输出文件夹"),
                            QStringLiteral("设置语言、主题和快捷键"),
                            QStringLiteral("历史记录中共有十二张图片")};
 
-QImage render(const QStringList& lines, const QString& family, int pixelSize, bool dark)
+QImage render(const QStringList& lines, const QString& family, int pixelSize, bool dark,
+              int lineStep = 0)
 {
     QFont font(family);
     font.setPixelSize(pixelSize);
@@ -47,7 +48,7 @@ QImage render(const QStringList& lines, const QString& family, int pixelSize, bo
     int width = 0;
     for (const QString& line : lines)
         width = std::max(width, metrics.horizontalAdvance(line));
-    const int step = metrics.height() * 3 / 2;
+    const int step = lineStep > 0 ? lineStep : metrics.height() * 3 / 2;
     QImage image(width + 2 * pixelSize, step * int(lines.size()) + pixelSize, QImage::Format_RGB32);
     image.fill(dark ? QColor(0x1E, 0x1E, 0x1E) : QColor(Qt::white));
     QPainter painter(&image);
@@ -122,16 +123,23 @@ private Q_SLOTS:
         QTest::addColumn<QString>("family");
         QTest::addColumn<int>("pixelSize");
         QTest::addColumn<bool>("dark");
+        QTest::addColumn<int>("lineStep");
         QTest::addColumn<double>("limit");
         for (const char* family : {"DejaVu Sans", "Liberation Sans"})
             for (int size : {12, 14, 16, 20})
                 for (bool dark : {false, true})
                     QTest::addRow("%s %dpx %s", family, size, dark ? "dark" : "light")
-                        << kEnglish << QString::fromLatin1(family) << size << dark << 0.02;
+                        << kEnglish << QString::fromLatin1(family) << size << dark << 0 << 0.02;
         for (int size : {12, 14, 16, 20})
             for (bool dark : {false, true})
                 QTest::addRow("Noto Sans CJK SC %dpx %s", size, dark ? "dark" : "light")
-                    << kChinese << QStringLiteral("Noto Sans CJK SC") << size << dark << 0.10;
+                    << kChinese << QStringLiteral("Noto Sans CJK SC") << size << dark << 0 << 0.10;
+        // Taller than one band of the engine's memory bound: read in bands cut between lines.
+        QStringList page;
+        for (int i = 0; i < 10; ++i)
+            page << kEnglish;
+        QTest::addRow("page of 40 lines, 16000 px tall")
+            << page << QStringLiteral("DejaVu Sans") << 14 << false << 400 << 0.02;
     }
     void characterErrorRate()
     {
@@ -139,10 +147,11 @@ private Q_SLOTS:
         QFETCH(QString, family);
         QFETCH(int, pixelSize);
         QFETCH(bool, dark);
+        QFETCH(int, lineStep);
         QFETCH(double, limit);
         const bool chinese = lines == kChinese;
         const service::ocr::LocalOcrResult result =
-            m_engine->recognize(render(lines, family, pixelSize, dark));
+            m_engine->recognize(render(lines, family, pixelSize, dark, lineStep));
         QCOMPARE(result.error, QString());
         const QString read = normalized(result.text, chinese);
         const double rate = errorRate(normalized(lines.join('\n'), chinese), read);

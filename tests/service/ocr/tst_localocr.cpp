@@ -2,6 +2,7 @@
 #include "TestMain.h"
 
 #include "manager/ActionManager.h"
+#include "service/ai/AiApiService.h"
 #include "service/ai/AiProviderService.h"
 #include "service/ai/AiWorkflow.h"
 #include "service/history/HistoryService.h"
@@ -115,6 +116,12 @@ private Q_SLOTS:
         QVERIFY(service::ai::AiProviderService::instance().insert(local) > 0);
         m_engine = std::make_unique<LocalOcrEngine>(QString());
         QCOMPARE(m_engine->loadError(), QString());
+        service::ai::AiApiService api; // the settings' connection test
+        QString described;
+        api.testConnection(local, [&](bool, const QString& message) { described = message; });
+        QTRY_VERIFY2(described.startsWith(QStringLiteral("Tesseract 5.")) &&
+                         described.endsWith(QStringLiteral(", languages: eng, chi_sim")),
+                     qPrintable(described));
     }
 
     void characterErrorRate_data()

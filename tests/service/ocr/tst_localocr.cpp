@@ -13,7 +13,6 @@
 #include "widget/overlay/OverlayPanels.h"
 
 #include <QFontMetrics>
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLabel>

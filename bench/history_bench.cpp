@@ -1,6 +1,8 @@
 // History store throughput and query latency at growing sizes.
 //   scripts/x-session.sh build/bench/zelmor-bench-history [rounds]
 
+#include "BenchSupport.h"
+
 #include "service/history/HistoryService.h"
 
 #include <QElapsedTimer>
@@ -16,23 +18,11 @@
 #include <functional>
 #include <vector>
 
+using zelmor::bench::medianMs;
 using zelmor::core::HistoryCategory;
 using zelmor::service::history::HistoryService;
 
 namespace {
-
-double medianMs(int rounds, const std::function<void()>& work)
-{
-    std::vector<double> times;
-    for (int i = 0; i < rounds; ++i) {
-        QElapsedTimer timer;
-        timer.start();
-        work();
-        times.push_back(timer.nsecsElapsed() / 1e6);
-    }
-    std::sort(times.begin(), times.end());
-    return times[times.size() / 2];
-}
 
 QString pathOf(int n)
 {

@@ -2,17 +2,18 @@
 // screenshot full of text and for a 400x100 crop of it, with the peak memory.
 //   build/bench/zelmor-bench-ocr [rounds] [languages, "eng+chi_sim" by default]
 
+#include "BenchSupport.h"
 #include "service/ocr/LocalOcrEngine.h"
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QGuiApplication>
 #include <QPainter>
 
 #include <algorithm>
 #include <cstdio>
-#include <vector>
 
+using zelmor::bench::medianMs;
+using zelmor::bench::peakResidentKiB;
 using zelmor::service::ocr::LocalOcrEngine;
 
 namespace {
@@ -36,28 +37,6 @@ QImage textScreen()
     return image;
 }
 
-double medianMs(LocalOcrEngine& engine, const QImage& image, int rounds, int* chars)
-{
-    std::vector<double> times;
-    for (int i = 0; i < rounds; ++i) {
-        QElapsedTimer timer;
-        timer.start();
-        *chars = int(engine.recognize(image).text.size());
-        times.push_back(timer.nsecsElapsed() / 1e6);
-    }
-    std::sort(times.begin(), times.end());
-    return times[times.size() / 2];
-}
-
-long peakResidentKiB()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly)) return -1;
-    for (const QByteArray& line : status.readAll().split('\n'))
-        if (line.startsWith("VmHWM:")) return line.mid(6).trimmed().split(' ').first().toLong();
-    return -1;
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -75,11 +54,14 @@ int main(int argc, char** argv)
                 load.nsecsElapsed() / 1e6);
     const QImage screen = textScreen();
     int chars = 0;
-    const double crop = medianMs(engine, screen.copy(0, 0, 400, 100), rounds, &chars);
+    const QImage cropped = screen.copy(0, 0, 400, 100);
+    const double crop =
+        medianMs(rounds, [&] { chars = int(engine.recognize(cropped).text.size()); });
     std::printf("400x100 crop: %.0f ms median of %d (%d characters)\n", crop, rounds, chars);
-    const double full = medianMs(engine, screen, rounds, &chars);
+    const double full =
+        medianMs(rounds, [&] { chars = int(engine.recognize(screen).text.size()); });
     std::printf("1920x1080 full of text: %.0f ms median of %d (%d characters)\n", full, rounds,
                 chars);
-    std::printf("peak resident memory: %ld MiB\n", peakResidentKiB() / 1024);
+    std::printf("peak resident memory: %lld MiB\n", qlonglong(peakResidentKiB() / 1024));
     return 0;
 }

@@ -3,6 +3,8 @@
 // time of 300 recorded frames through the own encoder, and how soon a cancel in a pause ends.
 //   scripts/x-session.sh build/bench/zelmor-bench-record [seconds of the long recording]
 
+#include "BenchSupport.h"
+
 #include "service/record/GifEncoder.h"
 #include "service/record/RecordingService.h"
 
@@ -11,7 +13,6 @@
 #include <QEventLoop>
 #include <QFile>
 #include <QPainter>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QWidget>
@@ -57,15 +58,6 @@ private:
     QTimer m_timer;
     int m_tick = 0;
 };
-
-qint64 peakResidentKiB()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly)) return 0;
-    const auto match =
-        QRegularExpression(QStringLiteral("VmHWM:\\s+(\\d+)")).match(status.readAll());
-    return match.captured(1).toLongLong();
-}
 
 QList<QImage> record(RecordingService& service, int seconds, int fps)
 {
@@ -116,10 +108,11 @@ int main(int argc, char** argv)
                     double(frames.size()) / seconds, qlonglong(frames.size()), seconds);
     }
 
-    const qint64 before = peakResidentKiB();
+    const qint64 before = zelmor::bench::peakResidentKiB();
     QList<QImage> frames = record(service, longSeconds, 15);
     std::printf("%d s at 15 fps: %lld frames, peak resident memory %lld MiB (%lld MiB before)\n",
-                longSeconds, qlonglong(frames.size()), peakResidentKiB() / 1024, before / 1024);
+                longSeconds, qlonglong(frames.size()), zelmor::bench::peakResidentKiB() / 1024,
+                before / 1024);
 
     frames = frames.mid(0, 300);
     QTemporaryDir dir;

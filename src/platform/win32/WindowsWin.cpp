@@ -92,30 +92,33 @@ bool activateWindow(WindowHandle window)
     return SetForegroundWindow(hwnd) != FALSE;
 }
 
-bool minimizeWindow(WindowHandle window)
+namespace {
+
+// A minimized window is left in the background; the other states bring it forward.
+bool showWindowAs(WindowHandle window, int command)
 {
     const HWND hwnd = toHwnd(window);
     if (!IsWindow(hwnd)) return false;
-    ShowWindow(hwnd, SW_MINIMIZE);
+    ShowWindow(hwnd, command);
+    if (command != SW_MINIMIZE) SetForegroundWindow(hwnd);
     return true;
+}
+
+} // namespace
+
+bool minimizeWindow(WindowHandle window)
+{
+    return showWindowAs(window, SW_MINIMIZE);
 }
 
 bool maximizeWindow(WindowHandle window)
 {
-    const HWND hwnd = toHwnd(window);
-    if (!IsWindow(hwnd)) return false;
-    ShowWindow(hwnd, SW_MAXIMIZE);
-    SetForegroundWindow(hwnd);
-    return true;
+    return showWindowAs(window, SW_MAXIMIZE);
 }
 
 bool restoreWindow(WindowHandle window)
 {
-    const HWND hwnd = toHwnd(window);
-    if (!IsWindow(hwnd)) return false;
-    ShowWindow(hwnd, SW_RESTORE);
-    SetForegroundWindow(hwnd);
-    return true;
+    return showWindowAs(window, SW_RESTORE);
 }
 
 bool closeWindow(WindowHandle window)

@@ -13,7 +13,13 @@ namespace {
 constexpr quint64 kBytesPerPixel = 16;
 constexpr quint64 kEngineBytes = 256ull << 20;
 
-Q_GLOBAL_STATIC(QThreadPool, ocrWorker)
+// One thread: recognitions queue up behind each other and share one loaded engine. At exit
+// the pool waits for a recognition still running, which its job's destruction has cancelled.
+struct OcrWorker : QThreadPool
+{
+    OcrWorker() { setMaxThreadCount(1); }
+};
+Q_GLOBAL_STATIC(OcrWorker, ocrWorker)
 
 LocalOcrEngine& engineFor(const QString& languages)
 {
@@ -44,7 +50,6 @@ QString memoryShortage(const QImage& image)
 LocalOcrJob::LocalOcrJob(QObject* parent)
     : QObject(parent), m_cancelled(std::make_shared<std::atomic_bool>(false))
 {
-    ocrWorker()->setMaxThreadCount(1);
     connect(&m_watcher, &QFutureWatcher<LocalOcrResult>::finished, this,
             [this] { Q_EMIT finished(m_watcher.result()); });
 }
@@ -82,7 +87,7 @@ void LocalOcrJob::cancel()
 
 void LocalOcrJob::run(std::function<LocalOcrResult()> work)
 {
-    m_watcher.setFuture(QtConcurrent::run(ocrWorker(), std::move(work)));
+    m_watcher.setFuture(QtConcurrent::run(static_cast<QThreadPool*>(ocrWorker()), std::move(work)));
 }
 
 } // namespace zelmor::service::ocr

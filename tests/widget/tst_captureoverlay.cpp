@@ -1,11 +1,14 @@
 #include "TestMain.h"
 #include "TestSupport.h"
 
+#include "manager/ThemeManager.h"
 #include "widget/overlay/CaptureOverlay.h"
 #include "widget/overlay/OverlayPanels.h"
 
 #include <QClipboard>
+#include <QScopeGuard>
 #include <QSignalSpy>
+#include <QSpinBox>
 #include <QTextEdit>
 #include <QToolButton>
 
@@ -159,31 +162,77 @@ private Q_SLOTS:
         QTRY_VERIFY(!m_overlay);
     }
 
-    void returnCopiesInRegionModeOnly_data()
+    // Return and Ctrl+C copy, Ctrl+S saves, Ctrl+Y redoes; in the recording mode, nothing.
+    void keys_data()
     {
         QTest::addColumn<int>("mode");
-        QTest::newRow("region") << int(CaptureOverlay::Region);
-        QTest::newRow("gif") << int(CaptureOverlay::Gif);
+        QTest::addColumn<QString>("keys");
+        QTest::addColumn<int>("copied");
+        QTest::addColumn<int>("saved");
+        QTest::addColumn<int>("shapes");
+        QTest::newRow("Return") << int(CaptureOverlay::Region) << "Return" << 1 << 0 << 0;
+        QTest::newRow("Ctrl+C") << int(CaptureOverlay::Region) << "Ctrl+C" << 1 << 0 << 0;
+        QTest::newRow("Ctrl+S") << int(CaptureOverlay::Region) << "Ctrl+S" << 0 << 1 << 0;
+        QTest::newRow("Ctrl+Y") << int(CaptureOverlay::Region) << "Ctrl+Y" << 0 << 0 << 1;
+        QTest::newRow("Return, gif") << int(CaptureOverlay::Gif) << "Return" << 0 << 0 << 0;
     }
-    void returnCopiesInRegionModeOnly()
+    void keys()
     {
         QFETCH(int, mode);
+        QFETCH(QString, keys);
+        QFETCH(int, copied);
+        QFETCH(int, saved);
+        QFETCH(int, shapes);
         CaptureOverlay* o = openWithSelection(QRect(100, 100, 300, 200), mode);
-        QSignalSpy copied(o, &CaptureOverlay::copyRequested);
-        QSignalSpy recording(o, &CaptureOverlay::recordStartRequested);
-        QTest::keyClick(o, Qt::Key_Return);
-        if (mode == CaptureOverlay::Region) {
-            QCOMPARE(copied.count(), 1);
-            const QPixmap cropped = copied.first().first().value<QPixmap>();
-            QCOMPARE(cropped.toImage(), m_picture.copy(100, 100, 300, 200).toImage());
-            QTRY_VERIFY(!m_overlay);
+        if (mode == CaptureOverlay::Region) { // a shape to redo
+            o->setTool(1);
+            drag(o, QPoint(150, 150), QPoint(200, 200));
+            QTest::keySequence(o, QKeySequence::Undo);
+        }
+        QSignalSpy copies(o, &CaptureOverlay::copyRequested);
+        QSignalSpy saves(o, &CaptureOverlay::saveRequested);
+        QTest::keySequence(o, QKeySequence(keys));
+        QCOMPARE(copies.count(), copied);
+        QCOMPARE(saves.count(), saved);
+        if (copied + saved == 0) {
+            QCOMPARE(o->annotations().size(), shapes);
             return;
         }
-        QCOMPARE(copied.count(), 0);
-        QVERIFY(m_overlay);
-        o->panels()->actionButton(OverlayPanels::Start)->click();
-        QCOMPARE(recording.count(), 1);
-        QCOMPARE(recording.first().at(0).toRect(), QRect(100, 100, 300, 200));
+        const QPixmap cropped = (copied ? copies : saves).first().first().value<QPixmap>();
+        QCOMPARE(cropped.toImage(), m_picture.copy(100, 100, 300, 200).toImage());
+        QTRY_VERIFY(!m_overlay);
+    }
+
+    // However small the selection, the side panel leaves the toolbars free.
+    void sidePanelClearsTheToolbars()
+    {
+        CaptureOverlay* o = openWithSelection(QRect(900, 300, 40, 30));
+        const QRect panel = o->panels()->sidePanel()->geometry();
+        QVERIFY(!panel.intersects(o->panels()->annotationBar()->geometry()));
+        QVERIFY(!panel.intersects(o->panels()->actionBar()->geometry()));
+    }
+
+    // The box that takes a text shows it at the size the shape is drawn with.
+    void textPreviewMatchesTheShape_data()
+    {
+        QTest::addColumn<int>("fontSize");
+        QTest::newRow("default size, under the application's style sheet") << 18;
+        QTest::newRow("large") << 60;
+    }
+    void textPreviewMatchesTheShape()
+    {
+        QFETCH(int, fontSize);
+        zelmor::manager::ThemeManager::instance().apply(QStringLiteral("dark"));
+        const auto plain = qScopeGuard([] { qApp->setStyleSheet(QString()); });
+        CaptureOverlay* o = openWithSelection(QRect(100, 100, 600, 400));
+        o->findChildren<QSpinBox*>().last()->setValue(fontSize);
+        o->setTool(9);
+        QTest::mouseClick(o, Qt::LeftButton, Qt::NoModifier, QPoint(150, 150));
+        QTest::keyClicks(o->inlineEdit(), QStringLiteral("Hi"));
+        const QPixmap cropped = o->croppedPixmap(); // the shape's font in points on its pixels
+        QCOMPARE(QFontInfo(o->inlineEdit()->font()).pixelSize(),
+                 qRound(fontSize * cropped.logicalDpiY() / 72.0));
+        QVERIFY(o->inlineEdit()->height() > QFontMetrics(o->inlineEdit()->font()).height());
     }
 
     void toolLettersAndPaletteDigits()

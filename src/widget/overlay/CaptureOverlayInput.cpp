@@ -269,8 +269,18 @@ void CaptureOverlay::keyPressEvent(QKeyEvent* event)
         undo();
         return;
     }
-    if (m_hasSelection && event->matches(QKeySequence::Redo)) {
+    // Ctrl+Y redoes on every system, besides the platform's own redo sequence.
+    const bool ctrlY = key == Qt::Key_Y && event->modifiers() == Qt::ControlModifier;
+    if (m_hasSelection && (event->matches(QKeySequence::Redo) || ctrlY)) {
         redo();
+        return;
+    }
+    if (m_hasSelection && m_mode == Region && event->matches(QKeySequence::Copy)) {
+        finishWith(&CaptureOverlay::copyRequested);
+        return;
+    }
+    if (m_hasSelection && m_mode == Region && event->matches(QKeySequence::Save)) {
+        finishWith(&CaptureOverlay::saveRequested);
         return;
     }
     if (!event->text().isEmpty() && m_hasSelection && m_panels->annotationBar()->isVisible() &&

@@ -8,7 +8,7 @@ namespace zelmor::widget::overlay {
 
 namespace {
 
-constexpr QSize kBoxSize(240, 90);
+constexpr QSize kMinimumBox(240, 90);
 
 } // namespace
 
@@ -16,9 +16,12 @@ InlineTextEdit::InlineTextEdit(QWidget* overlay) : QTextEdit(overlay)
 {
     setObjectName(QStringLiteral("inlineTextEdit"));
     setAcceptRichText(false);
+    // The shape is drawn without wrapping: the box grows with its lines instead.
+    setLineWrapMode(QTextEdit::NoWrap);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setFixedSize(kBoxSize);
+    setFixedSize(kMinimumBox);
+    connect(this, &QTextEdit::textChanged, this, &InlineTextEdit::fitToText);
     hide();
 }
 
@@ -26,16 +29,10 @@ void InlineTextEdit::open(const QPoint& pos, const QString& text, int tool, cons
                           int fontSize)
 {
     m_tool = tool;
-    setPlainText(text);
+    m_colour = colour;
+    m_anchor = pos;
     setFontSize(fontSize);
-    setStyleSheet(
-        QStringLiteral("QTextEdit { background: rgba(255,255,255,228); color: %1;"
-                       " border: 1px solid rgba(76,194,255,210); border-radius: 4px;"
-                       " padding: 4px 6px; selection-background-color: rgba(76,194,255,120); }")
-            .arg(colour.name()));
-    const QWidget* overlay = parentWidget();
-    move(qMax(0, qMin(pos.x(), overlay->width() - kBoxSize.width())),
-         qMax(0, qMin(pos.y(), overlay->height() - kBoxSize.height())));
+    setPlainText(text);
     if (tool == kStampTool) {
         selectAll();
     } else {
@@ -46,12 +43,31 @@ void InlineTextEdit::open(const QPoint& pos, const QString& text, int tool, cons
     setFocus();
 }
 
+// The size goes into the box's own style sheet: the application's sheet names a font size for
+// every widget, which would win over setFont() and show the text smaller than it is drawn.
 void InlineTextEdit::setFontSize(int fontSize)
 {
-    QFont f = font();
-    f.setPointSize(qBound(8, fontSize, 40));
-    f.setWeight(QFont::Bold);
-    setFont(f);
+    setStyleSheet(
+        QStringLiteral("QTextEdit { background: rgba(255,255,255,228); color: %1;"
+                       " border: 1px solid rgba(76,194,255,210); border-radius: 4px;"
+                       " padding: 4px 6px; selection-background-color: rgba(76,194,255,120);"
+                       " font-size: %2pt; font-weight: bold; }")
+            .arg(m_colour.name())
+            .arg(fontSize));
+    fitToText();
+}
+
+void InlineTextEdit::fitToText()
+{
+    const QWidget* overlay = parentWidget();
+    const QSize text = document()->size().toSize();
+    const QSize chrome = size() - viewport()->size();
+    const QSize box = QSize(qMax(kMinimumBox.width(), text.width() + chrome.width()),
+                            qMax(kMinimumBox.height(), text.height() + chrome.height()))
+                          .boundedTo(overlay->size());
+    setFixedSize(box);
+    move(qMax(0, qMin(m_anchor.x(), overlay->width() - box.width())),
+         qMax(0, qMin(m_anchor.y(), overlay->height() - box.height())));
 }
 
 void InlineTextEdit::finish(bool accept)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QTextEdit>
 
 namespace zelmor::widget::overlay {
@@ -15,6 +16,7 @@ public:
     // Shows the box at `pos`, kept inside the overlay, holding `text`: all of it selected for
     // a stamp, the cursor at its end otherwise.
     void open(const QPoint& pos, const QString& text, int tool, const QColor& colour, int fontSize);
+    // Shows the text at the size the shape will be drawn with.
     void setFontSize(int fontSize);
     // Hides the box and emits closed(); the text is empty unless accepted. Nothing when hidden.
     void finish(bool accept);
@@ -28,7 +30,11 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
 
 private:
+    void fitToText();
+
     int m_tool = 0;
+    QColor m_colour;
+    QPoint m_anchor;
 };
 
 } // namespace zelmor::widget::overlay

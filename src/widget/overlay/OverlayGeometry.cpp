@@ -168,13 +168,28 @@ ToolbarPlacement placeToolbars(const QRect& s, const QSize& overlay, const QSize
     return placement;
 }
 
-QPoint placeSidePanel(const QRect& s, const QSize& overlay, const QSize& panelSize)
+QPoint placeSidePanel(const QRect& s, const QSize& overlay, const QSize& panelSize,
+                      const QRect& toolbars)
 {
-    int left = s.right() + 10;
-    if (left + panelSize.width() > overlay.width() - kPanelMargin)
-        left = s.left() - 10 - panelSize.width();
-    const int top = clampTo(s.top(), 8, overlay.height() - panelSize.height() - 8);
-    return QPoint(left, top);
+    const int M = kPanelMargin;
+    const int w = panelSize.width();
+    const int h = panelSize.height();
+    const auto beside = [&](const QRect& r, int top) {
+        int left = r.right() + 10;
+        if (left + w > overlay.width() - M) left = r.left() - 10 - w;
+        return QRect(QPoint(left, clampTo(top, M, overlay.height() - h - M)), panelSize);
+    };
+    // Beside the selection at its top; else beside it, ending above the toolbars; else beside
+    // the toolbars. A small selection would otherwise have the panel over the toolbars.
+    const QRect first = beside(s, s.top());
+    if (toolbars.isNull()) return first.topLeft();
+    const QRect candidates[] = {first, beside(s, toolbars.top() - 10 - h),
+                                beside(toolbars, s.top())};
+    for (const QRect& r : candidates) {
+        const bool inside = r.left() >= 0 && r.right() < overlay.width();
+        if (inside && !r.intersects(toolbars)) return r.topLeft();
+    }
+    return first.topLeft();
 }
 
 QRect magnifierBox(const QPoint& p, const QSize& overlay)

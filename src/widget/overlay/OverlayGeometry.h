@@ -46,8 +46,10 @@ struct ToolbarPlacement
 ToolbarPlacement placeToolbars(const QRect& selection, const QSize& overlay,
                                const QSize& actionSize, const QSize& annotationSize);
 
-// Right of the selection, or left when it would leave the overlay.
-QPoint placeSidePanel(const QRect& selection, const QSize& overlay, const QSize& panelSize);
+// Right of the selection, or left when it would leave the overlay, and clear of the
+// `toolbars` (their bounding rectangle; null for none) where the overlay has room.
+QPoint placeSidePanel(const QRect& selection, const QSize& overlay, const QSize& panelSize,
+                      const QRect& toolbars = QRect());
 
 // The 140x140 magnifier box for the pointer, flipped near the right and bottom edges.
 QRect magnifierBox(const QPoint& pointer, const QSize& overlay);

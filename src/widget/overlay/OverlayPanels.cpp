@@ -362,8 +362,10 @@ void OverlayPanels::place(const QRect& selection, const QSize& overlaySize, bool
         m_annotationBar->move(placement.annotationBar);
         m_annotationBar->raise();
     }
+    QRect toolbars = m_actionBar->geometry();
+    if (withAnnotationBar) toolbars |= m_annotationBar->geometry();
     m_sidePanel->adjustSize();
-    m_sidePanel->move(placeSidePanel(selection, overlaySize, m_sidePanel->size()));
+    m_sidePanel->move(placeSidePanel(selection, overlaySize, m_sidePanel->size(), toolbars));
     m_sidePanel->show();
     m_sidePanel->raise();
 }

@@ -9,57 +9,17 @@
 #include <QJsonObject>
 #include <QSet>
 
+#include <fuzzer/FuzzedDataProvider.h>
+
 #include <cmath>
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
 
 namespace {
 
 using zelmor::service::mcp::McpTool;
 
-// The fuzz input read as a stream of choices; past its end every choice is 0.
-class Choices
+QStringList keysOf(const McpTool& tool)
 {
-public:
-    Choices(const std::uint8_t* data, std::size_t size) : m_data(data), m_size(size) {}
-
-    unsigned byte()
-    {
-        if (m_size == 0) return 0;
-        --m_size;
-        return *m_data++;
-    }
-    unsigned below(unsigned n) { return n ? byte() % n : 0; }
-    double number()
-    {
-        std::uint64_t bits = 0;
-        for (int i = 0; i < 8; ++i)
-            bits = bits << 8 | byte();
-        double value;
-        std::memcpy(&value, &bits, sizeof value);
-        return std::isfinite(value) ? value : double(qint64(bits)); // JSON has no NaN
-    }
-    QString text()
-    {
-        QByteArray bytes;
-        for (unsigned n = below(48); n > 0; --n)
-            bytes += char(byte());
-        return QString::fromUtf8(bytes);
-    }
-    template <typename List> const auto& pick(const List& list)
-    {
-        return list.at(int(below(unsigned(list.size()))));
-    }
-
-private:
-    const std::uint8_t* m_data;
-    std::size_t m_size;
-};
-
-QJsonObject properties(const McpTool& tool)
-{
-    return tool.schema ? tool.schema().value("properties").toObject() : QJsonObject();
+    return tool.schema ? tool.schema().value("properties").toObject().keys() : QStringList();
 }
 
 // The annotations' keys and kinds, the tools' argument names, and some awkward text.
@@ -71,11 +31,16 @@ const QStringList& vocabulary()
                           "blur",  "number", "stamp", "#00FF00",  "*",        "\"",
                           "NEAR(", "/tmp",   ".."};
         for (const McpTool& tool : zelmor::service::mcp::mcpTools())
-            for (const QString& key : properties(tool).keys())
+            for (const QString& key : keysOf(tool))
                 set.insert(key);
         return QStringList(set.cbegin(), set.cend());
     }();
     return words;
+}
+
+const QString& word(FuzzedDataProvider& in)
+{
+    return vocabulary().at(in.ConsumeIntegralInRange<int>(0, int(vocabulary().size()) - 1));
 }
 
 // Base64 of a small picture, so that the painting tools have something to paint on.
@@ -83,78 +48,79 @@ const QString smallPng = QStringLiteral("iVBORw0KGgoAAAANSUhEUgAAAAgAAAAGCAIAAAB
                                         "Ng6O7GjgZSAgAsxzQhqVxkcwAAAABJRU5ErkJggg==");
 
 // A coordinate or size: mostly on the picture, often of some power of ten, sometimes
-// anything a double can hold.
-QVariant measure(Choices& in)
+// anything a double can hold (JSON has no NaN or infinity).
+QVariant measure(FuzzedDataProvider& in)
 {
-    switch (in.below(3)) {
+    switch (in.ConsumeIntegralInRange(0, 2)) {
     case 0:
-        return int(qint8(in.byte())) * 3;
+        return in.ConsumeIntegral<qint8>() * 3;
     case 1:
-        return (in.byte() & 1 ? -1.0 : 1.0) * std::pow(10.0, in.below(16));
+        return (in.ConsumeBool() ? -1.0 : 1.0) * std::pow(10.0, in.ConsumeIntegralInRange(0, 15));
     default:
-        return in.number();
+        const double d = in.ConsumeFloatingPoint<double>();
+        return std::isfinite(d) ? d : 0.0;
     }
 }
 
-QVariant value(Choices& in, int depth)
+QVariant value(FuzzedDataProvider& in, int depth)
 {
-    switch (in.below(depth < 4 ? 9 : 6)) {
+    switch (in.ConsumeIntegralInRange(0, depth < 4 ? 8 : 5)) {
     case 0:
         return QVariant();
     case 1:
         return measure(in);
     case 2:
-        return in.text();
+        return QString::fromStdString(in.ConsumeRandomLengthString(48));
     case 3:
-        return in.pick(vocabulary());
+        return word(in);
     case 4:
         return smallPng;
     case 5:
-        return bool(in.byte() & 1);
+        return in.ConsumeBool();
     case 6: {
         QVariantList list;
-        for (unsigned n = in.below(5); n > 0; --n)
+        for (int n = in.ConsumeIntegralInRange(0, 4); n > 0; --n)
             list << value(in, depth + 1);
         return list;
     }
     default: {
         QVariantMap map;
-        for (unsigned n = in.below(6); n > 0; --n)
-            map.insert(in.pick(vocabulary()), value(in, depth + 1));
+        for (int n = in.ConsumeIntegralInRange(0, 5); n > 0; --n)
+            map.insert(word(in), value(in, depth + 1));
         return map;
     }
     }
 }
 
-QVariantMap annotation(Choices& in)
+QVariantMap annotation(FuzzedDataProvider& in)
 {
     QVariantMap shape;
     QVariantList points;
-    for (unsigned n = in.below(6); n > 0; --n)
+    for (int n = in.ConsumeIntegralInRange(0, 5); n > 0; --n)
         points << QVariant(QVariantList{measure(in), measure(in)});
-    if (in.below(4)) shape.insert("points", points);
+    if (in.ConsumeIntegralInRange(0, 3)) shape.insert("points", points);
     for (const char* key : {"kind", "color", "text"})
-        if (in.below(3) == 0) shape.insert(key, value(in, 3));
+        if (in.ConsumeIntegralInRange(0, 2) == 0) shape.insert(key, value(in, 3));
     for (const char* key : {"penWidth", "fontSize", "mosaicSize"})
-        if (in.below(3) == 0) shape.insert(key, measure(in));
+        if (in.ConsumeIntegralInRange(0, 2) == 0) shape.insert(key, measure(in));
     return shape;
 }
 
 // Mostly the tool's own arguments, each present or not, now and then a stranger.
-QVariantMap arguments(const McpTool& tool, Choices& in)
+QVariantMap arguments(const McpTool& tool, FuzzedDataProvider& in)
 {
-    QVariantMap args = in.below(8) ? QVariantMap() : value(in, 3).toMap();
-    for (const QString& key : properties(tool).keys()) {
-        if (in.below(4) == 0) continue;
+    QVariantMap args = in.ConsumeIntegralInRange(0, 7) ? QVariantMap() : value(in, 3).toMap();
+    for (const QString& key : keysOf(tool)) {
+        if (in.ConsumeIntegralInRange(0, 3) == 0) continue;
         if (key == QLatin1String("annotations")) {
             QVariantList shapes;
-            for (unsigned n = in.below(4); n > 0; --n)
+            for (int n = in.ConsumeIntegralInRange(0, 3); n > 0; --n)
                 shapes << annotation(in);
             args.insert(key, shapes);
         } else if (key == QLatin1String("image")) {
-            args.insert(key, in.below(4) ? QVariant(smallPng) : value(in, 1));
+            args.insert(key, in.ConsumeIntegralInRange(0, 3) ? QVariant(smallPng) : value(in, 1));
         } else {
-            args.insert(key, in.below(2) ? measure(in) : value(in, 1));
+            args.insert(key, in.ConsumeBool() ? measure(in) : value(in, 1));
         }
     }
     return args;
@@ -177,8 +143,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return fuzzed;
     }();
 
-    Choices in(data, size);
-    const McpTool& tool = in.pick(tools);
+    FuzzedDataProvider in(data, size);
+    const McpTool& tool = tools.at(in.ConsumeIntegralInRange<int>(0, int(tools.size()) - 1));
     zelmor::service::mcp::callMcpTool(tool.name, arguments(tool, in));
     return 0;
 }

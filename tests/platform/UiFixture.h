@@ -41,6 +41,17 @@ public:
         return 0;
     }
 
+    // The window once on screen and focused, as the program asks when it starts, else 0: a test
+    // that acts before that late request would see its own undone.
+    platform::WindowHandle focusedHandle()
+    {
+        platform::WindowHandle h = 0;
+        const auto focused = [&] {
+            return (h = handle()) && platform::foregroundWindow().handle == h;
+        };
+        return QTest::qWaitFor(focused, 10000) ? h : 0;
+    }
+
     const QStringList& lines()
     {
         while (m_process.canReadLine()) {
@@ -89,5 +100,12 @@ private:
     QStringList m_lines;
     QStringList m_shown;
 };
+
+// A tool's result on success: `fields` and success = true.
+inline QVariantMap succeeded(QVariantMap fields)
+{
+    fields.insert(QStringLiteral("success"), true);
+    return fields;
+}
 
 } // namespace zelmor::test

@@ -1,6 +1,6 @@
 // The mouse, keyboard and clipboard tools and the input calls under them, against real windows:
-// this suite's own for the mouse, another program's for keys and text (typing remaps keys that
-// the receiver must read while the sender waits), and xclip as the other side of the clipboard.
+// this suite's own for the mouse, another program's for keys, and xclip as the other side of the
+// clipboard. Typing into another program is checked by the SDK client (sdk_desktop.mjs).
 
 #include "TestMain.h"
 #include "UiFixture.h"
@@ -21,42 +21,40 @@ using zelmor::test::UiFixture;
 
 namespace {
 
+// What reaches this window, as lines with points from its centre: "press BUTTON X,Y",
+// "release X,Y", "wheel DELTA".
 class Recorder : public QWidget
 {
 public:
-    QList<Qt::MouseButton> presses;
-    QList<QPoint> pressedAt, releasedAt, wheels;
+    QStringList events;
+    QPoint centre;
 
 protected:
     void mousePressEvent(QMouseEvent* e) override
     {
-        presses << e->button();
-        pressedAt << e->globalPosition().toPoint();
+        events << QStringLiteral("press %1 %2").arg(e->button()).arg(at(e));
     }
     void mouseDoubleClickEvent(QMouseEvent* e) override { mousePressEvent(e); }
-    void mouseReleaseEvent(QMouseEvent* e) override { releasedAt << e->globalPosition().toPoint(); }
-    void wheelEvent(QWheelEvent* e) override { wheels << e->angleDelta(); }
+    void mouseReleaseEvent(QMouseEvent* e) override { events << "release " + at(e); }
+    void wheelEvent(QWheelEvent* e) override
+    {
+        events << QStringLiteral("wheel %1").arg(e->angleDelta().y());
+    }
+
+private:
+    QString at(QMouseEvent* e) const
+    {
+        const QPoint p = e->globalPosition().toPoint() - centre;
+        return QStringLiteral("%1,%2").arg(p.x()).arg(p.y());
+    }
 };
 
-std::unique_ptr<Recorder> shownRecorder()
+QStringList clicks(Qt::MouseButton button, int count, const QString& at = QStringLiteral("0,0"))
 {
-    auto r = std::make_unique<Recorder>();
-    r->setGeometry(300, 300, 300, 200);
-    r->show();
-    return QTest::qWaitForWindowExposed(r.get()) ? std::move(r) : nullptr;
-}
-
-// Where the recorder's centre is, the cursor moved there.
-QPoint centreOf(const QWidget& w)
-{
-    const QPoint c = w.mapToGlobal(w.rect().center());
-    return platform::setCursorPosition({c.x(), c.y()}) ? c : QPoint();
-}
-
-bool click()
-{
-    return platform::sendMouseButtons(
-        {{platform::MouseButton::Left, true}, {platform::MouseButton::Left, false}});
+    QStringList events;
+    while (count-- > 0)
+        events << QStringLiteral("press %1 %2").arg(button).arg(at) << "release " + at;
+    return events;
 }
 
 } // namespace
@@ -137,73 +135,58 @@ private Q_SLOTS:
         QCOMPARE(callMcpTool(tool, args), mcpToolError(message));
     }
 
-    void clicksAndButtons_data()
+    // Points of a drag are given from the window's centre, where the cursor is at first.
+    void mouseToolsReachTheWindow_data()
     {
+        QTest::addColumn<QString>("tool");
         QTest::addColumn<QVariantMap>("args");
-        QTest::addColumn<QList<Qt::MouseButton>>("presses");
+        QTest::addColumn<QStringList>("events");
         const Qt::MouseButton left = Qt::LeftButton;
-        QTest::newRow("0 clicks") << QVariantMap{{"clicks", 0}} << QList<Qt::MouseButton>{left};
-        QTest::newRow("9 clicks, at most 3")
-            << QVariantMap{{"clicks", 9}} << QList<Qt::MouseButton>{left, left, left};
-        QTest::newRow("RIGHT") << QVariantMap{{"button", "RIGHT"}}
-                               << QList<Qt::MouseButton>{Qt::RightButton};
-        QTest::newRow("middle") << QVariantMap{{"button", "middle"}}
-                                << QList<Qt::MouseButton>{Qt::MiddleButton};
+        QTest::newRow("9 clicks, at most 3; without y the cursor stays")
+            << "mouse_click" << QVariantMap{{"x", 5}, {"clicks", 9}} << clicks(left, 3);
+        QTest::newRow("0 clicks") << "mouse_click" << QVariantMap{{"clicks", 0}} << clicks(left, 1);
+        QTest::newRow("RIGHT") << "mouse_click" << QVariantMap{{"button", "RIGHT"}}
+                               << clicks(Qt::RightButton, 1);
+        QTest::newRow("middle") << "mouse_click" << QVariantMap{{"button", "middle"}}
+                                << clicks(Qt::MiddleButton, 1);
         QTest::newRow("x1 is left")
-            << QVariantMap{{"button", "x1"}} << QList<Qt::MouseButton>{left};
+            << "mouse_click" << QVariantMap{{"button", "x1"}} << clicks(left, 1);
+        QTest::newRow("scroll none is one notch down")
+            << "mouse_scroll" << QVariantMap{{"delta", 0}} << QStringList{"wheel -120"};
+        QTest::newRow("scroll two down") << "mouse_scroll" << QVariantMap{{"delta", -240}}
+                                         << QStringList{"wheel -120", "wheel -120"};
+        QTest::newRow("scroll part of a notch up")
+            << "mouse_scroll" << QVariantMap{{"delta", 30}} << QStringList{"wheel 120"};
+        QTest::newRow("drag across")
+            << "mouse_drag"
+            << QVariantMap{{"startX", 40}, {"startY", -40}, {"endX", -57}, {"endY", 13}}
+            << QStringList{"press 1 40,-40", "release -57,13"};
+        QTest::newRow("drag, start is end")
+            << "mouse_drag"
+            << QVariantMap{{"startX", 40}, {"startY", -40}, {"endX", 40}, {"endY", -40}}
+            << QStringList{"press 1 40,-40", "release 40,-40"};
     }
-    void clicksAndButtons()
+    void mouseToolsReachTheWindow()
     {
+        QFETCH(QString, tool);
         QFETCH(QVariantMap, args);
-        QFETCH(QList<Qt::MouseButton>, presses);
-        const auto recorder = shownRecorder();
-        QVERIFY(recorder);
-        const QPoint at = centreOf(*recorder);
-        args.insert("x", 5); // without y: the cursor stays where it is
-        const McpToolResult result = callMcpTool("mouse_click", args);
-        QCOMPARE(QPoint(result.value("x").toInt(), result.value("y").toInt()), at);
-        QTRY_COMPARE(recorder->presses, presses);
-        QCOMPARE(recorder->pressedAt.first(), at);
-    }
-
-    void scrollMovesWholeNotches_data()
-    {
-        QTest::addColumn<int>("delta");
-        QTest::addColumn<QList<QPoint>>("received");
-        QTest::newRow("none is one notch down") << 0 << QList<QPoint>{{0, -120}};
-        QTest::newRow("two down") << -240 << QList<QPoint>{{0, -120}, {0, -120}};
-        QTest::newRow("part of a notch up") << 30 << QList<QPoint>{{0, 120}};
-    }
-    void scrollMovesWholeNotches()
-    {
-        QFETCH(int, delta);
-        QFETCH(QList<QPoint>, received);
-        const auto recorder = shownRecorder();
-        QVERIFY(recorder && !centreOf(*recorder).isNull());
-        QVERIFY(callMcpTool("mouse_scroll", {{"delta", delta}}).value("success").toBool());
-        QVERIFY(click()); // a marker: every wheel event came before it
-        QTRY_COMPARE(recorder->presses.size(), 1);
-        QCOMPARE(recorder->wheels, received);
-    }
-
-    void dragPressesMovesAndReleases_data()
-    {
-        QTest::addColumn<QPoint>("offset"); // of the end from the start
-        QTest::newRow("across") << QPoint(-97, 53);
-        QTest::newRow("start is end") << QPoint(0, 0);
-    }
-    void dragPressesMovesAndReleases()
-    {
-        QFETCH(QPoint, offset);
-        const auto recorder = shownRecorder();
-        QVERIFY(recorder);
-        const QPoint start = centreOf(*recorder) + QPoint(40, -40);
-        const QPoint end = start + offset;
-        McpToolArgs args{
-            {"startX", start.x()}, {"startY", start.y()}, {"endX", end.x()}, {"endY", end.y()}};
-        QVERIFY(callMcpTool("mouse_drag", args).value("success").toBool());
-        QTRY_COMPARE(recorder->releasedAt, QList<QPoint>{end});
-        QCOMPARE(recorder->pressedAt, QList<QPoint>{start});
+        QFETCH(QStringList, events);
+        Recorder recorder;
+        recorder.setGeometry(300, 300, 300, 200);
+        recorder.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&recorder));
+        recorder.centre = recorder.mapToGlobal(recorder.rect().center());
+        QVERIFY(platform::setCursorPosition({recorder.centre.x(), recorder.centre.y()}));
+        for (const char* key : {"startX", "endX"})
+            if (args.contains(key)) args[key] = args[key].toInt() + recorder.centre.x();
+        for (const char* key : {"startY", "endY"})
+            if (args.contains(key)) args[key] = args[key].toInt() + recorder.centre.y();
+        QVERIFY(callMcpTool(tool, args).value("success").toBool());
+        // A click of its own after the tool: all the tool sent has arrived once it is in.
+        QVERIFY(platform::sendMouseButtons(
+            {{platform::MouseButton::Left, true}, {platform::MouseButton::Left, false}}));
+        QTRY_COMPARE(recorder.events.size(), events.size() + 2);
+        QCOMPARE(recorder.events.mid(0, events.size()), events);
     }
 
     void hotkeyPressesInOrderAndReleasesInReverse()
@@ -239,18 +222,6 @@ private Q_SLOTS:
         QTRY_VERIFY(fixture.saw(QStringLiteral("key %1").arg(Qt::Key_Home)));
         QCOMPARE(fixture.lines().filter(QStringLiteral("key ")).first(),
                  QStringLiteral("key %1").arg(qtKey));
-    }
-
-    void typesExactlyIntoAnotherProgram()
-    {
-        UiFixture& fixture = focusedFixture();
-        const QString text = QStringLiteral("Hello 中文 é 😀");
-        QCOMPARE(callMcpTool("type_text", {{"text", text}}),
-                 (McpToolResult{{"length", 13}, {"success", true}}));
-        QTRY_COMPARE(fixture.lastText(), text);
-        // Return changes no line edit's text; a lone surrogate is skipped.
-        callMcpTool("type_text", {{"text", QStringView(u"\n\xD800!").toString()}});
-        QTRY_COMPARE(fixture.lastText(), text + QLatin1Char('!'));
     }
 
     void clipboardBothWays()

@@ -14,15 +14,10 @@
 
 using namespace zelmor::platform;
 using namespace zelmor::service::mcp;
+using zelmor::test::succeeded;
 using zelmor::test::UiFixture;
 
 namespace {
-
-McpToolResult succeeded(McpToolResult fields)
-{
-    fields.insert("success", true);
-    return fields;
-}
 
 QVariantMap record(const QString& name, const QString& type, const QRect& r)
 {

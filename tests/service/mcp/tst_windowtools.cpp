@@ -17,25 +17,10 @@
 
 using namespace zelmor::service::mcp;
 using namespace zelmor::platform;
+using zelmor::test::succeeded;
 using zelmor::test::UiFixture;
 
 namespace {
-
-McpToolResult succeeded(McpToolResult fields)
-{
-    fields.insert("success", true);
-    return fields;
-}
-
-// The program has shown its window and asked for the focus, as it does once when it starts, and
-// has it: a test that acts before that late request would see its own request undone.
-WindowHandle focusedWindow(UiFixture& fixture)
-{
-    WindowHandle handle = 0;
-    const bool focused = QTest::qWaitFor(
-        [&] { return (handle = fixture.handle()) && foregroundWindow().handle == handle; }, 10000);
-    return focused ? handle : 0;
-}
 
 // Collects what the desktop would have opened.
 class UrlCatcher : public QObject
@@ -83,11 +68,11 @@ private Q_SLOTS:
     void listsAndFocusesOtherPrograms()
     {
         UiFixture notepad("Untitled - Notepad", QRect(100, 100, 320, 180));
-        const WindowHandle target = focusedWindow(notepad);
+        const WindowHandle target = notepad.focusedHandle();
         QVERIFY(target);
         const QString hwnd = QString::number(target, 16);
         UiFixture other("Other window", QRect(150, 150, 300, 120));
-        QVERIFY(focusedWindow(other));
+        QVERIFY(other.focusedHandle());
         const Rect frame = recordOf(target).frame;
         QVERIFY(frame.width >= 320 && frame.height >= 180);
         const QVariantMap listed{{"title", "Untitled - Notepad"},
@@ -109,7 +94,7 @@ private Q_SLOTS:
     void windowActionsChangeTheWindow()
     {
         UiFixture other("Action target", QRect(300, 200, 400, 300));
-        const WindowHandle h = focusedWindow(other);
+        const WindowHandle h = other.focusedHandle();
         QVERIFY(h);
         const QRect normal = qRect(recordOf(h).frame);
         const Point inside{normal.center().x(), normal.center().y()};
@@ -158,9 +143,9 @@ private Q_SLOTS:
     void activatesSendsHotkeyAndPastes()
     {
         UiFixture fixture("Paste target", QRect(150, 150, 400, 400));
-        QVERIFY(focusedWindow(fixture));
+        QVERIFY(fixture.focusedHandle());
         UiFixture other("Paste bystander", QRect(600, 150, 300, 120));
-        const WindowHandle bystander = focusedWindow(other);
+        const WindowHandle bystander = other.focusedHandle();
         QVERIFY(bystander);
         const auto paste = [](const QString& text) {
             return callMcpTool("activate_window_and_paste",

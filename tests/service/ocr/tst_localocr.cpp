@@ -1,27 +1,17 @@
-#include "DesktopDriver.h"
 #include "TestMain.h"
 
-#include "manager/ActionManager.h"
 #include "service/ai/AiApiService.h"
 #include "service/ai/AiProviderService.h"
 #include "service/ai/AiWorkflow.h"
 #include "service/history/HistoryService.h"
+#include "service/mcp/McpTool.h"
 #include "service/ocr/LocalOcrEngine.h"
-#include "widget/MainWindow.h"
-#include "widget/OcrResultDialog.h"
-#include "widget/overlay/CaptureOverlay.h"
-#include "widget/overlay/OverlayPanels.h"
 
 #include <QFontMetrics>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QLabel>
 #include <QPainter>
-#include <QProcess>
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <QToolButton>
 
 #include <algorithm>
 #include <numeric>
@@ -165,62 +155,21 @@ private Q_SLOTS:
         QVERIFY2(rate < limit, qPrintable(read));
     }
 
-    // The result dialog shows what the engine read, and a job that needs a language model
-    // says at once what to configure instead.
-    void overlayOcrButtonWithTheLocalProvider()
+    // The OCR entries and the ocr tool share one workflow: it reads with the engine, and a job
+    // that needs a language model says at once what to configure instead.
+    void toolAndWorkflowWithTheLocalProvider()
     {
-        QLabel sample(QStringLiteral("Invoice 2048 is paid"));
-        sample.setStyleSheet(QStringLiteral("background: white; color: black; font-size: 22px;"));
-        sample.setWindowFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
-        sample.setGeometry(200, 200, 360, 60);
-        sample.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&sample));
-        QTest::qWait(200);
-
-        widget::MainWindow window;
-        manager::ActionManager actions(&window);
-        actions.captureRegion();
-        widget::CaptureOverlay* overlay = nullptr;
-        QTRY_VERIFY((overlay = test::shownTopLevel<widget::CaptureOverlay>()));
-        const QPoint from = overlay->mapFromGlobal(QPoint(190, 190));
-        const QPoint to = overlay->mapFromGlobal(QPoint(570, 270));
-        QTest::mousePress(overlay, Qt::LeftButton, Qt::NoModifier, from);
-        QMouseEvent move(QEvent::MouseMove, to, overlay->mapToGlobal(QPointF(to)), Qt::NoButton,
-                         Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(overlay, &move);
-        QTest::mouseRelease(overlay, Qt::LeftButton, Qt::NoModifier, to);
-        overlay->panels()->actionButton(widget::overlay::OverlayPanels::Ocr)->click();
-        QTRY_VERIFY_WITH_TIMEOUT(test::shownTopLevel<widget::OcrResultDialog>(), 30000);
-        QCOMPARE(test::shownTopLevel<widget::OcrResultDialog>()->text(),
-                 QStringLiteral("Invoice 2048 is paid"));
-        test::shownTopLevel<widget::OcrResultDialog>()->close();
+        const QString path = test::sandboxRoot().filePath(QStringLiteral("sample.png"));
+        QVERIFY(render({QStringLiteral("Local text 42")}, QStringLiteral("DejaVu Sans"), 18, false)
+                    .save(path));
+        QCOMPARE(service::mcp::callMcpTool(QStringLiteral("ocr"), {{QStringLiteral("path"), path}}),
+                 (service::mcp::McpToolResult{{QStringLiteral("text"), "Local text 42"}}));
 
         service::ai::AiWorkflow workflow;
         QSignalSpy failed(&workflow, &service::ai::AiWorkflow::failed);
         workflow.translate(QPixmap(20, 20), QStringLiteral("English"));
         QCOMPARE(failed.size(), 1);
         QVERIFY(failed.first().first().toString().contains(QStringLiteral("Settings → AI")));
-    }
-
-    void mcpOcrTool()
-    {
-        const QString path = test::sandboxRoot().filePath(QStringLiteral("sample.png"));
-        QVERIFY(render({QStringLiteral("Local text 42")}, QStringLiteral("DejaVu Sans"), 18, false)
-                    .save(path));
-        QProcess mcp;
-        mcp.start(qEnvironmentVariable("ZELMOR_BIN_DIR") + QStringLiteral("/zelmor-mcp"), {});
-        const QJsonObject call{
-            {"jsonrpc", "2.0"},
-            {"id", 1},
-            {"method", "tools/call"},
-            {"params", QJsonObject{{"name", "ocr"}, {"arguments", QJsonObject{{"path", path}}}}}};
-        mcp.write(QJsonDocument(call).toJson(QJsonDocument::Compact) + '\n');
-        // Input stays open until the answer is in: its end would cut the recognition short.
-        QTRY_VERIFY_WITH_TIMEOUT(mcp.canReadLine(), 60000);
-        const QJsonObject reply = QJsonDocument::fromJson(mcp.readLine()).object();
-        mcp.closeWriteChannel();
-        QVERIFY(mcp.waitForFinished());
-        QCOMPARE(reply["result"]["content"][0]["text"].toString(), QStringLiteral("Local text 42"));
     }
 };
 

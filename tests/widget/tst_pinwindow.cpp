@@ -1,3 +1,4 @@
+#include "DesktopDriver.h"
 #include "TestMain.h"
 #include "TestSupport.h"
 
@@ -67,11 +68,6 @@ QRect underThePin()
     QRect area(QPoint(), QSize(600, 400));
     area.moveCenter(QGuiApplication::primaryScreen()->availableGeometry().center());
     return area;
-}
-
-bool xdotool(const QStringList& args)
-{
-    return QProcess::execute(QStringLiteral("xdotool"), args) == 0;
 }
 
 // "wheel+" and "wheel-" turn the wheel; anything else is a key sequence.
@@ -258,7 +254,7 @@ private Q_SLOTS:
         // The pin's red corner is on screen over the button, so a click there must pass through.
         const QPoint red = p->mapToGlobal(p->imageRect().topLeft() + QPoint(20, 20));
         QTRY_COMPARE(pixelOnScreen(red), qRgb(255, 0, 0));
-        QVERIFY(xdotool({"mousemove", QString::number(red.x()), QString::number(red.y())}));
+        QVERIFY(zelmor::test::moveTo(red));
 
         m_manager->toggleClickThroughAtCursor();
         QVERIFY(p->clickThrough());
@@ -266,7 +262,7 @@ private Q_SLOTS:
         QTRY_VERIFY(!managed(p));
         QTRY_COMPARE(p->frameGeometry(), before);
         QTRY_COMPARE(pixelOnScreen(red), qRgb(255, 0, 0)); // still shown
-        QVERIFY(xdotool({"click", "1"}));
+        QVERIFY(zelmor::test::click(red));
         QTRY_COMPARE(clicked.count(), 1);
 
         // The pointer alone finds a pin that takes no clicks.

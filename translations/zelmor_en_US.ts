@@ -256,11 +256,6 @@
         <translation>Scroll failed</translation>
     </message>
     <message>
-        <source>Scroll capture stopped</source>
-        <comment>record.scroll.memoryLimit.title</comment>
-        <translation>Scroll capture stopped</translation>
-    </message>
-    <message>
         <source>The stitched image reached its memory limit of %1 MB; what was stitched so far is saved.</source>
         <comment>record.scroll.memoryLimit.body</comment>
         <translation>The stitched image reached its memory limit of %1 MB; what was stitched so far is saved.</translation>
@@ -1868,6 +1863,11 @@ See the documentation for details.</translation>
         <source>Stitched %1 px</source>
         <comment>scroll.hud.height.fmt</comment>
         <translation>Stitched %1 px</translation>
+    </message>
+    <message>
+        <source>Saving…</source>
+        <comment>scroll.hud.saving</comment>
+        <translation>Saving…</translation>
     </message>
 </context>
 <context>

@@ -256,11 +256,6 @@
         <translation>滚动截图失败</translation>
     </message>
     <message>
-        <source>Scroll capture stopped</source>
-        <comment>record.scroll.memoryLimit.title</comment>
-        <translation>滚动截图已停止</translation>
-    </message>
-    <message>
         <source>The stitched image reached its memory limit of %1 MB; what was stitched so far is saved.</source>
         <comment>record.scroll.memoryLimit.body</comment>
         <translation>拼接图已达到 %1 MB 的内存上限；已拼接的部分已保存。</translation>
@@ -1868,6 +1863,11 @@
         <source>Stitched %1 px</source>
         <comment>scroll.hud.height.fmt</comment>
         <translation>已拼接 %1 像素</translation>
+    </message>
+    <message>
+        <source>Saving…</source>
+        <comment>scroll.hud.saving</comment>
+        <translation>正在保存…</translation>
     </message>
 </context>
 <context>

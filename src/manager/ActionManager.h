@@ -128,6 +128,7 @@ private:
     widget::RecordHud* m_recordHud = nullptr;
     widget::RecordRegionFrame* m_regionFrame = nullptr;
     widget::ScrollHud* m_scrollHud = nullptr;
+    qint64 m_scrollLimitBytes = 0; // the budget the running scroll capture reached, else 0
     bool m_regionCaptureActive = false;
     // Built while nobody waits, so that a hotkey costs only the grab and the first frame.
     QPointer<widget::CaptureOverlay> m_preparedOverlay;

@@ -123,10 +123,16 @@ void ActionManager::connectScrolling()
     connect(capture, &CaptureService::scrollCaptureCompleted, this,
             [this](const core::CaptureResult& result) {
                 endScroll();
-                core::notifyUser(
-                    tr("Scroll capture", "record.scroll.saved"),
-                    tr("Stitched image saved (%1x%2)").arg(result.width).arg(result.height),
-                    kToastMs);
+                QString body =
+                    tr("Stitched image saved (%1x%2)").arg(result.width).arg(result.height);
+                // One toast says both: a second would replace the first at once.
+                if (m_scrollLimitBytes > 0)
+                    body += QLatin1Char('\n') +
+                            tr("The stitched image reached its memory limit of %1 MB; what was "
+                               "stitched so far is saved.",
+                               "record.scroll.memoryLimit.body")
+                                .arg(m_scrollLimitBytes / kMebibyte);
+                core::notifyUser(tr("Scroll capture", "record.scroll.saved"), body, kToastMs);
             });
     connect(capture, &CaptureService::scrollCaptureFailed, this, [this](const QString& reason) {
         endScroll();
@@ -136,13 +142,10 @@ void ActionManager::connectScrolling()
     connect(capture, &CaptureService::scrollProgressChanged, this, [this](int height) {
         if (m_scrollHud) m_scrollHud->setStitchedHeight(height);
     });
-    connect(capture, &CaptureService::scrollMemoryLimitReached, this, [](qint64 budget) {
-        core::notifyUser(tr("Scroll capture stopped", "record.scroll.memoryLimit.title"),
-                         tr("The stitched image reached its memory limit of %1 MB; what was "
-                            "stitched so far is saved.",
-                            "record.scroll.memoryLimit.body")
-                             .arg(budget / kMebibyte),
-                         kToastMs);
+    connect(capture, &CaptureService::scrollMemoryLimitReached, this,
+            [this](qint64 budget) { m_scrollLimitBytes = budget; });
+    connect(capture, &CaptureService::scrollSaving, this, [this] {
+        if (m_scrollHud) m_scrollHud->setSaving(true);
     });
 }
 
@@ -166,11 +169,15 @@ void ActionManager::startScroll(const QRect& rect)
         using service::capture::CaptureService;
         connect(m_scrollHud, &widget::ScrollHud::stopRequested, m_captureService,
                 &CaptureService::stopScrollCapture);
+        connect(m_scrollHud, &widget::ScrollHud::stopRequested, m_scrollHud,
+                [hud = m_scrollHud] { hud->setSaving(true); });
         connect(m_scrollHud, &widget::ScrollHud::cancelRequested, m_captureService,
                 &CaptureService::cancelScrollCapture);
     }
-    placeAtTopCentre(m_scrollHud);
+    m_scrollLimitBytes = 0;
+    m_scrollHud->setSaving(false);
     m_scrollHud->setStitchedHeight(0);
+    placeAtTopCentre(m_scrollHud);
     m_scrollHud->show();
     m_scrollHud->raise();
     QTimer::singleShot(kOverlayGoneMs, m_captureService,

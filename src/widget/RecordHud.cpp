@@ -12,6 +12,7 @@ namespace zelmor::widget {
 namespace {
 
 constexpr int kFrameMargin = 4; // the frame stands this far outside the region
+constexpr int kKeyChipCount = 6;
 
 } // namespace
 
@@ -83,9 +84,13 @@ RecordHud::RecordHud(QWidget* parent) : QWidget(parent, recordOverlayFlags())
     m_keysLabel->setStyleSheet(QStringLiteral(
         "color:#c8c8d0; font-family:'Cascadia Mono','Consolas',monospace;font-size:12px;"));
     m_keysLabel->setAccessibleName(tr("Keys pressed", "record.hud.keys"));
+    // Room for six chips of common keys from the start, so that the strip never changes size;
+    // the strip itself is always as wide as its contents, in every language.
+    m_keysLabel->ensurePolished();
+    const QString sample = QStringList(kKeyChipCount, QStringLiteral("[Shift]")).join(' ');
+    m_keysLabel->setFixedWidth(m_keysLabel->fontMetrics().horizontalAdvance(sample));
     layout->addWidget(m_keysLabel);
-    adjustSize();
-    setMinimumWidth(280);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
     connect(&Translucency::instance(), &Translucency::availableChanged, this,
             qOverload<>(&QWidget::update));
 }
@@ -109,7 +114,9 @@ void RecordHud::setKeyChips(const QStringList& labels)
     QStringList chips;
     for (const QString& label : labels)
         chips << QStringLiteral("[%1]").arg(label);
-    m_keysLabel->setText(chips.join(QLatin1Char(' ')));
+    // Longer names give way at the oldest end.
+    m_keysLabel->setText(m_keysLabel->fontMetrics().elidedText(
+        chips.join(QLatin1Char(' ')), Qt::ElideLeft, m_keysLabel->width()));
 }
 
 void RecordHud::paintEvent(QPaintEvent*)

@@ -7,6 +7,8 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include <algorithm>
+
 namespace zelmor::widget {
 
 ScrollHud::ScrollHud(QWidget* parent) : QWidget(parent, recordOverlayFlags())
@@ -23,26 +25,49 @@ ScrollHud::ScrollHud(QWidget* parent) : QWidget(parent, recordOverlayFlags())
     m_heightLabel->setStyleSheet(QStringLiteral(
         "color:#ffffff; font-family:'Cascadia Mono','Consolas',monospace;font-size:13px;"));
     m_heightLabel->setAccessibleName(tr("Stitched height", "scroll.hud.heightName"));
+    // Wide enough for a height of seven digits and for the saving notice, in either language.
+    m_heightLabel->ensurePolished();
+    const QFontMetrics metrics = m_heightLabel->fontMetrics();
+    m_heightLabel->setMinimumWidth(std::max(metrics.horizontalAdvance(heightText(9999999)),
+                                            metrics.horizontalAdvance(savingText())));
     layout->addWidget(m_heightLabel);
-    QPushButton* stop =
+    m_stopButton =
         makeHudButton(this, tr("Stop", "scroll.hud.stop"), QStringLiteral("rgba(80,200,120,70)"),
                       QStringLiteral("rgba(80,200,120,120)"));
-    QPushButton* cancel =
+    m_cancelButton =
         makeHudButton(this, tr("Cancel", "scroll.hud.cancel"), QStringLiteral("rgba(255,90,90,70)"),
                       QStringLiteral("rgba(255,90,90,120)"));
-    layout->addWidget(stop);
-    layout->addWidget(cancel);
-    connect(stop, &QPushButton::clicked, this, &ScrollHud::stopRequested);
-    connect(cancel, &QPushButton::clicked, this, &ScrollHud::cancelRequested);
-    adjustSize();
-    setMinimumWidth(280);
+    layout->addWidget(m_stopButton);
+    layout->addWidget(m_cancelButton);
+    connect(m_stopButton, &QPushButton::clicked, this, &ScrollHud::stopRequested);
+    connect(m_cancelButton, &QPushButton::clicked, this, &ScrollHud::cancelRequested);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
     connect(&Translucency::instance(), &Translucency::availableChanged, this,
             qOverload<>(&QWidget::update));
 }
 
+QString ScrollHud::heightText(int px)
+{
+    return tr("Stitched %1 px", "scroll.hud.height.fmt").arg(px);
+}
+
+QString ScrollHud::savingText()
+{
+    return tr("Saving…", "scroll.hud.saving");
+}
+
 void ScrollHud::setStitchedHeight(int px)
 {
-    m_heightLabel->setText(tr("Stitched %1 px", "scroll.hud.height.fmt").arg(px));
+    if (!m_saving) m_heightLabel->setText(heightText(px));
+}
+
+void ScrollHud::setSaving(bool saving)
+{
+    m_saving = saving;
+    m_stopButton->setEnabled(!saving);
+    m_cancelButton->setEnabled(!saving);
+    setCursor(saving ? Qt::BusyCursor : Qt::ArrowCursor);
+    if (saving) m_heightLabel->setText(savingText());
 }
 
 void ScrollHud::paintEvent(QPaintEvent*)

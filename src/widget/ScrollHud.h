@@ -3,6 +3,7 @@
 #include <QWidget>
 
 class QLabel;
+class QPushButton;
 
 namespace zelmor::widget {
 
@@ -15,6 +16,8 @@ public:
 
 public slots:
     void setStitchedHeight(int px);
+    // While the image is written the strip says so and takes no more clicks.
+    void setSaving(bool saving);
 
 signals:
     void stopRequested();
@@ -24,7 +27,13 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    static QString heightText(int px);
+    static QString savingText();
+
     QLabel* m_heightLabel = nullptr;
+    QPushButton* m_stopButton = nullptr;
+    QPushButton* m_cancelButton = nullptr;
+    bool m_saving = false;
 };
 
 } // namespace zelmor::widget

@@ -112,8 +112,12 @@ private slots:
         auto* hud = shownTopLevel<widget::RecordHud>();
         const QPoint clickAt = region.center();
         QVERIFY(click(clickAt));
-        QVERIFY(platform::sendKeys({{'A', true}, {'A', false}, {'B', true}, {'B', false}}));
-        QTRY_VERIFY(hud->findChildren<QLabel*>().last()->text().endsWith("[A] [B]"));
+        std::vector<platform::KeyEvent> keys; // eight keys: the strip shows the newest six
+        for (unsigned key = 'A'; key <= 'H'; ++key)
+            keys.insert(keys.end(), {{key, true}, {key, false}});
+        QVERIFY(platform::sendKeys(keys));
+        QLabel* chips = hud->findChildren<QLabel*>().last();
+        QTRY_COMPARE(chips->text(), QString("[C] [D] [E] [F] [G] [H]"));
         QVERIFY(clickButton(hud, "Pause")); // the recorded program keeps the focus
         QTRY_VERIFY(hud->findChildren<QAbstractButton*>().first()->text() == "Resume");
         QCOMPARE(service::capture::foregroundWindow().title, QString("Recorded program"));
@@ -158,6 +162,13 @@ private slots:
                                       .arg(frames.first().width())
                                       .arg(frames.first().height())
                                       .arg(frames.size()));
+
+        // The next recording starts without the keys of this one.
+        QSignalSpy ticked(recording, &service::record::RecordingService::elapsedChanged);
+        recording->recordGif(region, 0, 10);
+        QVERIFY(ticked.wait());
+        QCOMPARE(chips->text(), QString());
+        recording->cancel();
         program->kill();
         program->waitForFinished();
     }

@@ -15,7 +15,9 @@
 #include "widget/overlay/CaptureOverlay.h"
 
 #include <QDir>
+#include <QLabel>
 #include <QProcess>
+#include <QPushButton>
 #include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -103,8 +105,12 @@ private slots:
             QVERIFY(platform::sendMouseWheel(-120));
             QTRY_COMPARE_WITH_TIMEOUT(lastHeight(progress), first + step * kStep, 10000);
         }
-        QVERIFY(clickButton(shownTopLevel<widget::ScrollHud>(), "Stop"));
+        auto* hud = shownTopLevel<widget::ScrollHud>();
+        QVERIFY(clickButton(hud, "Stop"));
         QVERIFY(completed.wait(20000));
+        // Till the image was written, the strip said so and took no more clicks.
+        QVERIFY(hud->findChildren<QLabel*>().first()->text().startsWith("Saving"));
+        QVERIFY(!hud->findChildren<QPushButton*>().first()->isEnabled());
 
         const auto result = completed.first().first().value<core::CaptureResult>();
         const QImage saved(result.filePath);
@@ -118,6 +124,22 @@ private slots:
         QCOMPARE(core::tool::Toast::current()->body(),
                  QString("Stitched image saved (%1x%2)").arg(saved.width()).arg(saved.height()));
         QTRY_VERIFY(!shownTopLevel<widget::ScrollHud>());
+    }
+
+    // The memory limit is told in the toast of the saved image, which would replace a toast
+    // of its own at once.
+    void memoryLimitIsToldWithTheResult()
+    {
+        widget::MainWindow mainWindow;
+        manager::ActionManager actions(&mainWindow);
+        CaptureService* capture = actions.captureService();
+        emit capture->scrollMemoryLimitReached(64 * 1024 * 1024);
+        core::CaptureResult result;
+        result.width = 600;
+        result.height = 90000;
+        emit capture->scrollCaptureCompleted(result);
+        const QString body = core::tool::Toast::current()->body();
+        QVERIFY2(body.contains("(600x90000)") && body.contains("64 MB"), qPrintable(body));
     }
 
     // A second start is ignored; a cancel leaves nothing behind, and a failed save lets the

@@ -38,6 +38,8 @@ signals:
     void scrollCaptureFailed(QString reason);
     void scrollCaptureCancelled();
     void scrollProgressChanged(int canvasHeight);
+    // From the pool thread: the sampling has ended and the image is being written.
+    void scrollSaving();
     // Comes before scrollCaptureCompleted when the image reached the memory budget.
     void scrollMemoryLimitReached(qint64 budgetBytes);
 

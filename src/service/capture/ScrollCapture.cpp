@@ -1,5 +1,5 @@
 // The scroll capture of CaptureService: a pool job samples the region, a stitcher grows the
-// image, and the GUI thread saves it.
+// image, and the same job saves it, so that a tall image doesn't stall the GUI thread.
 #include "CaptureService.h"
 
 #include "OutputFile.h"
@@ -27,6 +27,7 @@ struct CaptureService::ScrollOutcome
 {
     core::CaptureResult result;
     bool memoryLimitReached = false;
+    bool saveFailed = false;
     qint64 budget = 0;
 };
 
@@ -50,6 +51,9 @@ void CaptureService::captureScrolling(const QRect& region)
             : qint64(double(platform::availableMemoryBytes()) * kAvailableMemoryShare);
     auto* stitcher = new ScrollStitcher(config.scrollOverlapPx(), config.scrollSadThreshold(),
                                         config.scrollIdleFrames(), nullptr, budget);
+    // Read here: the settings belong to the GUI thread.
+    const QString outputDir = config.outputDir();
+    const QString naming = config.fileNaming();
     auto* watcher = new QFutureWatcher<ScrollOutcome>(this);
     m_scrollJob = watcher;
     connect(watcher, &QFutureWatcher<ScrollOutcome>::finished, this, [this, watcher] {
@@ -60,6 +64,12 @@ void CaptureService::captureScrolling(const QRect& region)
     watcher->setFuture(QtConcurrent::run(QThreadPool::globalInstance(), [=] {
         ScrollOutcome outcome = runScroll(region, intervalMs, stitcher);
         outcome.budget = budget;
+        if (!outcome.result.pixmap.isNull()) {
+            emit scrollSaving();
+            const QString path = makeOutputPath(outputDir, naming, QStringLiteral("png"));
+            outcome.saveFailed = !savePixmapFile(outcome.result.pixmap, path);
+            if (!outcome.saveFailed) outcome.result.filePath = path;
+        }
         return outcome;
     }));
 }
@@ -106,22 +116,18 @@ CaptureService::ScrollOutcome CaptureService::runScroll(const QRect& region, int
 
 void CaptureService::finishScroll(const ScrollOutcome& outcome)
 {
-    core::CaptureResult result = outcome.result;
+    const core::CaptureResult& result = outcome.result;
     m_scrollBusy = false;
-    if (m_cancelRequested || result.pixmap.isNull()) {
+    if (result.pixmap.isNull()) {
         emit scrollCaptureCancelled();
         return;
     }
-    const core::ConfigManager& config = core::ConfigManager::instance();
-    const QString path =
-        makeOutputPath(config.outputDir(), config.fileNaming(), QStringLiteral("png"));
-    if (!savePixmapFile(result.pixmap, path)) {
+    if (outcome.saveFailed) {
         emit scrollCaptureFailed(QStringLiteral("scroll: save failed"));
         return;
     }
-    history::HistoryService::instance().insert(result.pixmap, path,
+    history::HistoryService::instance().insert(result.pixmap, result.filePath,
                                                core::HistoryCategory::Screenshot, QString());
-    result.filePath = path;
     if (outcome.memoryLimitReached) emit scrollMemoryLimitReached(outcome.budget);
     emit scrollCaptureCompleted(result);
 }

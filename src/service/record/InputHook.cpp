@@ -38,6 +38,12 @@ InputHook::~InputHook()
 void InputHook::install()
 {
     if (m_observation) return;
+    {
+        // A new observation is a new recording: the keys of the last one are not its own.
+        QMutexLocker lock(&m_mutex);
+        m_clicks.clear();
+        m_keys.clear();
+    }
     m_observation = std::make_unique<Observation>();
     const unsigned kinds = platform::ButtonPresses | platform::KeyPresses;
     m_observation->observer =

@@ -32,7 +32,7 @@ public:
     explicit InputHook(QObject* parent = nullptr);
     ~InputHook() override;
 
-    // A second call leaves the first observation in place. The lists are not cleared.
+    // Starts a new observation with empty lists; a second call leaves the running one in place.
     void install();
     void uninstall();
 

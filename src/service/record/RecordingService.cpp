@@ -211,9 +211,11 @@ void RecordingService::onTick()
     const qint64 runningPause = m_pauseStartedMs > 0 ? now - m_pauseStartedMs : 0;
     emit elapsedChanged(int((now - m_pausedTotalMs - m_startedAtMs - runningPause) / 1000));
     QStringList labels;
-    if (m_inputHook)
-        for (const KeyEvent& key : m_inputHook->recentKeys().mid(-kChipsOnHud))
+    if (m_inputHook) {
+        const QList<KeyEvent> keys = m_inputHook->recentKeys();
+        for (const KeyEvent& key : keys.mid(std::max<qsizetype>(keys.size() - kChipsOnHud, 0)))
             labels << key.label;
+    }
     emit keyChipsChanged(labels);
 }
 

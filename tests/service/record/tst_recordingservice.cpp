@@ -2,11 +2,13 @@
 
 #include "service/record/RecordingService.h"
 #include "widget/RecordHud.h"
+#include "widget/ScrollHud.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QSignalSpy>
+#include <QTranslator>
 
 #include <algorithm>
 
@@ -119,6 +121,48 @@ private slots:
         const QList<QLabel*> labels = hud.findChildren<QLabel*>();
         QVERIFY(std::any_of(labels.cbegin(), labels.cend(),
                             [&](const QLabel* l) { return l->text() == text; }));
+    }
+
+    // Whatever they show, in either language, the strips show it whole: nothing is squeezed
+    // under its neighbour.
+    void stripsShowEverything_data()
+    {
+        QTest::addColumn<QString>("language");
+        QTest::addColumn<bool>("scroll");
+        for (const char* language : {"en_US", "zh_CN"}) {
+            QTest::addRow("recording, %s", language) << QString(language) << false;
+            QTest::addRow("scroll, %s", language) << QString(language) << true;
+        }
+    }
+    void stripsShowEverything()
+    {
+        QFETCH(QString, language);
+        QFETCH(bool, scroll);
+        QTranslator translator;
+        QVERIFY(translator.load("zelmor_" + language, qEnvironmentVariable("ZELMOR_BIN_DIR")));
+        QCoreApplication::installTranslator(&translator);
+        std::unique_ptr<QWidget> strip;
+        if (scroll) {
+            auto* hud = new zelmor::widget::ScrollHud;
+            hud->setStitchedHeight(1234567);
+            strip.reset(hud);
+        } else {
+            auto* hud = new zelmor::widget::RecordHud;
+            hud->setPaused(true);
+            hud->setKeyChips({"Ctrl", "Shift", "Enter", "Space", "PgDn", "Caps"});
+            strip.reset(hud);
+        }
+        strip->show();
+        QVERIFY(QTest::qWaitForWindowExposed(strip.get()));
+        QCoreApplication::removeTranslator(&translator);
+        QWidget* previous = nullptr;
+        for (QWidget* part : strip->findChildren<QWidget*>()) {
+            const QString what =
+                part->metaObject()->className() + QString(" ") + part->property("text").toString();
+            QVERIFY2(part->width() >= part->sizeHint().width(), qPrintable(what));
+            QVERIFY2(!previous || previous->geometry().right() < part->x(), qPrintable(what));
+            previous = part;
+        }
     }
 
     // A pause does not count against the duration; the frames come before the completion.

@@ -54,6 +54,8 @@ public:
     {
         m_replies.enqueue(response(status, body, contentType));
     }
+    // A whole response as it goes on the wire, whatever it says.
+    void enqueueRaw(const QByteArray& response) { m_replies.enqueue(response); }
     // Not answered until answerHeld: the client has to wait, give up or cancel.
     void enqueueHold() { m_replies.enqueue(QByteArray()); }
     void answerHeld(int status, const QByteArray& body)

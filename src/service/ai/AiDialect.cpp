@@ -111,6 +111,9 @@ QNetworkRequest makeRequest(const QString& url, const QString& effectiveProtocol
 {
     QNetworkRequest request{QUrl(url)};
     request.setHeader(QNetworkRequest::ContentTypeHeader, QByteArrayLiteral("application/json"));
+    // Uncompressed, so that an answer broken off short of its length fails: a body that the
+    // network layer unpacks itself loses its length, and its cut reads as a shorter answer.
+    request.setRawHeader(QByteArrayLiteral("Accept-Encoding"), QByteArrayLiteral("identity"));
     if (effectiveProtocol == kAnthropic) {
         request.setRawHeader(QByteArrayLiteral("anthropic-version"),
                              QByteArrayLiteral("2023-06-01"));

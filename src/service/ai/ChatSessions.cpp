@@ -107,8 +107,10 @@ bool saveChatSessions(const QString& path, const QList<ChatSession>& sessions,
                                  {key("updatedAt"), session.updatedAt.toString(Qt::ISODateWithMs)},
                                  {key("messages"), messages}});
     }
+    // Conversations and their pictures are the user's alone, as the history is.
     QSaveFile file(path);
     return file.open(QIODevice::WriteOnly) &&
+           file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner) &&
            file.write(QJsonDocument(array).toJson(QJsonDocument::Compact)) >= 0 && file.commit();
 }
 

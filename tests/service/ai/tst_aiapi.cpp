@@ -269,6 +269,31 @@ private Q_SLOTS:
         }
     }
 
+    // A body broken off before its end is a failure, not a shorter answer.
+    void cutShortReplyFails_data()
+    {
+        QTest::addColumn<QByteArray>("sent");
+        const QByteArray whole = openAiReply(QString(5000, 'x'));
+        const QByteArray packed = qCompress(whole).mid(4); // a zlib stream: "deflate"
+        const QByteArray ok = "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n";
+        QTest::newRow("fewer bytes than announced")
+            << FakeAiServer::head(200, whole.size(), "application/json") + whole.left(30);
+        QTest::newRow("compressed, fewer bytes than announced")
+            << ok + "Content-Encoding: deflate\r\nContent-Length: " +
+                   QByteArray::number(packed.size()) + "\r\n\r\n" + packed.left(packed.size() / 2);
+        QTest::newRow("chunked, broken inside a chunk")
+            << ok + "Transfer-Encoding: chunked\r\n\r\n400\r\n" + whole.left(30);
+    }
+    void cutShortReplyFails()
+    {
+        QFETCH(QByteArray, sent);
+        useProvider("openai");
+        m_server.enqueueRaw(sent);
+        const Outcome outcome = chat();
+        QVERIFY2(!outcome.finished, qPrintable(outcome.text));
+        QCOMPARE(outcome.text, "Connection closed");
+    }
+
     void keyStaysOutOfTheLog()
     {
         const QByteArray key = "sk-live-0123456789abcdef";

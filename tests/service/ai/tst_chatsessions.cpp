@@ -54,7 +54,8 @@ private slots:
         QCOMPARE(renderChatMarkdown(text), html);
     }
 
-    // Drafts never reach the disk; what does comes back whole, its picture too.
+    // Drafts never reach the disk; what does comes back whole, its picture too, from a file
+    // that only its owner reads.
     void saveAndLoad()
     {
         const QString path = m_dir.filePath("sessions.json");
@@ -65,6 +66,7 @@ private slots:
             {"1", "New Chat", now, {}},
             {"2", "Kept", now, {{"user", "hi", QPixmap::fromImage(picture), now}}}};
         QVERIFY(saveChatSessions(path, sessions, "New Chat"));
+        QVERIFY(!(QFile::permissions(path) & (QFile::ReadGroup | QFile::ReadOther)));
         QList<ChatSession> loaded;
         QVERIFY(loadChatSessions(path, &loaded));
         QCOMPARE(loaded.size(), 1);

@@ -22,6 +22,11 @@
 <context>
     <name>zelmor::manager::ActionManager</name>
     <message>
+        <source>Open AI Settings</source>
+        <comment>ai.notConfigured.open</comment>
+        <translation>Open AI Settings</translation>
+    </message>
+    <message>
         <source>Capture failed</source>
         <comment>capture.failed.title</comment>
         <translation>Capture failed</translation>

@@ -22,6 +22,11 @@
 <context>
     <name>zelmor::manager::ActionManager</name>
     <message>
+        <source>Open AI Settings</source>
+        <comment>ai.notConfigured.open</comment>
+        <translation>打开 AI 设置</translation>
+    </message>
+    <message>
         <source>Capture failed</source>
         <comment>capture.failed.title</comment>
         <translation>截图失败</translation>

@@ -246,7 +246,7 @@ ActionManager::AiJob ActionManager::startAiJob(const QPixmap& pixmap, const QStr
 
 void ActionManager::ocrWithPixmap(const QPixmap& pixmap)
 {
-    if (pixmap.isNull()) return;
+    if (pixmap.isNull() || !aiProviderReady(true)) return;
     toast(tr("OCR", "tray.ocr"), tr("🔍 正在提取文字，请稍候...", "ai.ocr.processing"));
     const AiJob job =
         startAiJob(pixmap, tr("文字识别 (OCR)", "ai.ocr.title"),
@@ -266,7 +266,7 @@ void ActionManager::ocrWithPixmap(const QPixmap& pixmap)
 
 void ActionManager::translateWithPixmap(const QPixmap& pixmap)
 {
-    if (pixmap.isNull()) return;
+    if (pixmap.isNull() || !aiProviderReady(false)) return;
     toast(tr("Translation", "tray.translate"),
           tr("🌐 正在翻译图片内容，请稍候...", "ai.translate.processing"));
     const AiJob job = startAiJob(pixmap, tr("截图翻译", "ai.translate.title"),
@@ -313,7 +313,7 @@ void ActionManager::showTextResult(const QString& text, bool translation)
 
 void ActionManager::aiAnnotateWithPixmap(const QPixmap& pixmap)
 {
-    if (pixmap.isNull()) return;
+    if (pixmap.isNull() || !aiProviderReady(false)) return;
     toast(tr("AI 自动标注", "ai.annotate.processing.title"),
           tr("✏️ AI 正在智能识别并标注 UI 控件，请稍候...",
              "ai.annotate.processing.body"));

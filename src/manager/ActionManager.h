@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QPointer>
 
+class QMessageBox;
 class QPixmap;
 
 namespace zelmor::manager {
@@ -98,6 +99,8 @@ private:
     };
     AiJob startAiJob(const QPixmap& pixmap, const QString& title, const QString& message,
                      const QString& failedMessage);
+    // False, and one message that leads to the AI settings, when no provider can do the job.
+    bool aiProviderReady(bool recognitionOnly);
     void saveAiSource(const QPixmap& pixmap);
     void showTextResult(const QString& text, bool translation);
     void reopenChat();
@@ -132,6 +135,7 @@ private:
     bool m_regionCaptureActive = false;
     // Built while nobody waits, so that a hotkey costs only the grab and the first frame.
     QPointer<widget::CaptureOverlay> m_preparedOverlay;
+    QPointer<QMessageBox> m_aiSetupPrompt;
 };
 
 } // namespace zelmor::manager

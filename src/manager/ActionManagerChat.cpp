@@ -3,12 +3,15 @@
 #include "ActionManager.h"
 
 #include "core/Toast.h"
+#include "service/ai/AiApiService.h"
 #include "service/ai/AiProviderService.h"
 #include "service/capture/CaptureService.h"
 #include "widget/MainWindow.h"
 #include "widget/chat/AiChatPanel.h"
 #include "widget/overlay/CaptureOverlay.h"
 
+#include <QMessageBox>
+#include <QPushButton>
 #include <QTimer>
 
 namespace zelmor::manager {
@@ -65,6 +68,27 @@ void ActionManager::aiChat()
                         "ai.notConfigured.body"),
                      3000);
     showAiSettings();
+}
+
+bool ActionManager::aiProviderReady(bool recognitionOnly)
+{
+    const QString reason = service::ai::AiApiService::unusableReason(
+        service::ai::AiProviderService::instance().active(), recognitionOnly);
+    if (reason.isEmpty()) return true;
+    if (!m_aiSetupPrompt) {
+        m_aiSetupPrompt = new QMessageBox(QMessageBox::Information,
+                                          tr("AI not configured", "ai.notConfigured.title"), reason,
+                                          QMessageBox::Close, m_mainWindow);
+        m_aiSetupPrompt->setAttribute(Qt::WA_DeleteOnClose);
+        QPushButton* open = m_aiSetupPrompt->addButton(
+            tr("Open AI Settings", "ai.notConfigured.open"), QMessageBox::AcceptRole);
+        connect(open, &QPushButton::clicked, this, &ActionManager::showAiSettings);
+    }
+    m_aiSetupPrompt->setText(reason);
+    m_aiSetupPrompt->show();
+    m_aiSetupPrompt->raise();
+    m_aiSetupPrompt->activateWindow();
+    return false;
 }
 
 // Recognised text goes into the conversation as a message the user may answer.

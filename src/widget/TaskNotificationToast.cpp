@@ -21,6 +21,9 @@ using manager::TaskManager;
 namespace {
 
 constexpr int kHideAfterMs = 4000;
+constexpr int kCardWidth = 380;
+constexpr int kCardMargin = 12;
+constexpr int kRowHeight = 56;
 
 struct StateLook
 {
@@ -82,6 +85,8 @@ TaskItemRow::TaskItemRow(const TaskItem& item, QWidget* parent) : QWidget(parent
     m_title->setFont(pointFont(this, 9, true));
     m_message = new QLabel(this);
     m_message->setFont(pointFont(this, 8, false));
+    m_message->setWordWrap(true); // a failure's reason is read in full
+    m_message->setTextFormat(Qt::PlainText);
     m_message->setStyleSheet(QStringLiteral("color: #888888;"));
     texts->addWidget(m_title);
     texts->addWidget(m_message);
@@ -105,7 +110,9 @@ TaskItemRow::TaskItemRow(const TaskItem& item, QWidget* parent) : QWidget(parent
 void TaskItemRow::update(const TaskItem& item)
 {
     m_title->setText(item.title);
-    m_message->setText(item.message);
+    const bool why = item.state == TaskItem::Failed && !item.result.isEmpty();
+    m_message->setText(why ? QStringLiteral("%1: %2").arg(item.message, item.result)
+                           : item.message);
     if (!item.thumbnail.isNull())
         m_thumbnail->setPixmap(item.thumbnail.scaled(36, 36, Qt::KeepAspectRatioByExpanding,
                                                      Qt::SmoothTransformation));
@@ -145,7 +152,7 @@ TaskNotificationToast::TaskNotificationToast() : QWidget(nullptr)
     outer->addWidget(card);
 
     auto* column = new QVBoxLayout(card);
-    column->setContentsMargins(12, 10, 12, 10);
+    column->setContentsMargins(kCardMargin, 10, kCardMargin, 10);
     column->setSpacing(8);
     auto* header = new QHBoxLayout;
     m_header = new QLabel(tr("⚡ AI 后台任务管理器", "task.manager.title"), card);
@@ -236,6 +243,7 @@ void TaskNotificationToast::onTaskUpdated(const TaskItem& item)
 {
     if (TaskItemRow* row = m_rows.value(item.id)) {
         row->update(item);
+        place(); // the new text may take more lines
     } else {
         onTaskAdded(item);
     }
@@ -294,7 +302,13 @@ void TaskNotificationToast::showSynced()
 
 void TaskNotificationToast::place()
 {
-    setFixedSize(380, qBound(80, 48 + 56 * int(m_rows.size()), 320));
+    // Each row as tall as its wrapped text needs, so that a long reason shows whole.
+    const int rowWidth = kCardWidth - 2 * kCardMargin - m_list->contentsMargins().left() -
+                         m_list->contentsMargins().right();
+    int rows = 0;
+    for (const TaskItemRow* row : std::as_const(m_rows))
+        rows += std::max(kRowHeight, row->heightForWidth(rowWidth)) + m_list->spacing();
+    setFixedSize(kCardWidth, qBound(80, 48 + rows, 320));
     const QScreen* screen = QGuiApplication::primaryScreen();
     const QRect area = screen ? screen->availableGeometry() : QRect();
     if (!area.isValid()) return;

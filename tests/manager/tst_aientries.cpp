@@ -18,6 +18,7 @@
 
 #include <QClipboard>
 #include <QLabel>
+#include <QMessageBox>
 #include <QProcess>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -124,12 +125,75 @@ private Q_SLOTS:
     void failedOcrKeepsItsSourceAndTellsTheTask()
     {
         const qsizetype before = aiRows();
-        m_server.enqueue(401, R"({"error":{"message":"bad key"}})");
+        const QString reason = QStringLiteral("Incorrect API key provided: sk-0123. You can find "
+                                              "your API key at https://example.com/account/keys.");
+        m_server.enqueue(401, R"({"error":{"message":")" + reason.toUtf8() + R"("}})");
         m_actions->ocrWithPixmap(picture());
         QTRY_COMPARE(lastTask().state, TaskItem::Failed);
         QCOMPARE(core::tool::Toast::current()->title(), QStringLiteral("OCR")); // none of its own
-        QCOMPARE(lastTask().result, QStringLiteral("bad key"));
+        QCOMPARE(lastTask().result, reason);
         QCOMPARE(aiRows(), before + 1);
+        // The card tells why, in full, inside its row.
+        widget::TaskItemRow* row = card().row(lastTask().id);
+        QTRY_VERIFY(row->isVisible());
+        QLabel* why = nullptr;
+        for (QLabel* label : row->findChildren<QLabel*>())
+            if (label->text().contains(reason)) why = label;
+        QVERIFY(why);
+        QVERIFY(row->rect().contains(QRect(why->mapTo(row, QPoint()), why->size())));
+        QVERIFY(why->height() >= why->heightForWidth(why->width()));
+        QVERIFY(row->parentWidget()->rect().contains(row->geometry()));
+    }
+
+    // Without a provider that can do the job, one message leads to the AI settings, and
+    // nothing is kept, started or sent.
+    void noUsableProviderLeadsToSettings_data()
+    {
+        QTest::addColumn<int>("job"); // 0 recognition, 1 translation, 2 annotation
+        QTest::addColumn<QString>("protocol");
+        QTest::addColumn<QString>("reason"); // how it starts
+        QTest::newRow("recognition, no base URL") << 0 << "openai"
+                                                  << "AI Base URL is not";
+        QTest::newRow("translation, no base URL") << 1 << "openai"
+                                                  << "AI Base URL is not";
+        QTest::newRow("annotation, local recogniser") << 2 << "tesseract"
+                                                      << "Tesseract OCR";
+    }
+    void noUsableProviderLeadsToSettings()
+    {
+        QFETCH(int, job);
+        QFETCH(QString, protocol);
+        QFETCH(QString, reason);
+        auto& providers = service::ai::AiProviderService::instance();
+        const service::ai::AiProvider usable = providers.active();
+        service::ai::AiProvider unusable = usable;
+        unusable.protocol = protocol;
+        unusable.baseUrl.clear();
+        QVERIFY(providers.update(unusable));
+        const qsizetype rows = aiRows(), jobs = tasks().tasks().size();
+        const qsizetype requests = m_server.requests().size();
+        using Start = void (manager::ActionManager::*)(const QPixmap&);
+        const Start starts[] = {&manager::ActionManager::ocrWithPixmap,
+                                &manager::ActionManager::translateWithPixmap,
+                                &manager::ActionManager::aiAnnotateWithPixmap};
+        (m_actions.get()->*starts[job])(picture());
+        (m_actions.get()->*starts[job])(picture());
+        QVERIFY(providers.update(usable));
+        QCOMPARE(tasks().tasks().size(), jobs);
+        QCOMPARE(aiRows(), rows);
+        QTest::qWait(100);
+        QCOMPARE(m_server.requests().size(), requests);
+        QList<QMessageBox*> prompts;
+        for (QWidget* w : QApplication::topLevelWidgets())
+            if (auto* box = qobject_cast<QMessageBox*>(w); box && box->isVisible()) prompts << box;
+        QCOMPARE(prompts.size(), 1);
+        QVERIFY2(prompts[0]->text().startsWith(reason), qPrintable(prompts[0]->text()));
+        for (QAbstractButton* button : prompts[0]->buttons())
+            if (button->text() == QStringLiteral("Open AI Settings")) button->click();
+        QTRY_VERIFY(m_window.isVisible());
+        QCOMPARE(m_window.currentPage(), int(widget::MainWindow::SettingsPage));
+        QTRY_VERIFY(!test::shownTopLevel<QMessageBox>());
+        m_window.hide();
     }
 
     // The abort that a cancel causes is no failure of its own: list and card say cancelled.

@@ -45,24 +45,31 @@ void AiApiService::chat(const ChatRequest& request)
 {
     m_cancelled = false;
     const AiProvider provider = AiProviderService::instance().active();
-    if (isLocalOcr(provider)) {
-        Q_EMIT chatFailed(tr("Tesseract OCR (local) only recognises text. For translation, UI "
-                             "marking and chat, add a provider with a language model in "
-                             "Settings → AI and make it the default."));
+    if (const QString reason = unusableReason(provider); !reason.isEmpty()) {
+        Q_EMIT chatFailed(reason);
         return;
     }
     Step step;
     step.protocol = effectiveProtocol(provider.protocol);
     step.url = endpointUrl(step.protocol, provider.baseUrl);
-    if (step.url.isEmpty()) {
-        Q_EMIT chatFailed(tr("AI Base URL is not configured. Please open Zelmor Settings -> AI "
-                             "to set API Base URL & Key."));
-        return;
-    }
     step.apiKey = provider.apiKey;
     step.body = requestBody(request, step.protocol, provider.model, {},
                             request.enableTools ? toolDefinitions() : QJsonArray());
     send(step);
+}
+
+QString AiApiService::unusableReason(const AiProvider& provider, bool recognitionOnly)
+{
+    if (isLocalOcr(provider))
+        return recognitionOnly
+                   ? QString()
+                   : tr("Tesseract OCR (local) only recognises text. For translation, UI "
+                        "marking and chat, add a provider with a language model in "
+                        "Settings → AI and make it the default.");
+    if (endpointUrl(effectiveProtocol(provider.protocol), provider.baseUrl).isEmpty())
+        return tr("AI Base URL is not configured. Please open Zelmor Settings -> AI to set API "
+                  "Base URL & Key.");
+    return QString();
 }
 
 void AiApiService::send(const Step& step)

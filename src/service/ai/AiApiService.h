@@ -36,6 +36,10 @@ public:
     void testConnection(const AiProvider& provider,
                         std::function<void(bool ok, const QString& message)> done);
 
+    // Why `provider` cannot answer a request, in words for the user; empty when it can.
+    // `recognitionOnly`: the job is text recognition, which the local recogniser also does.
+    static QString unusableReason(const AiProvider& provider, bool recognitionOnly = false);
+
 Q_SIGNALS:
     void chatFinished(const QString& text);
     void chatFailed(const QString& reason);

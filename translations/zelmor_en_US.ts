@@ -1210,6 +1210,16 @@
         <comment>gif.editor.frameCount</comment>
         <translation>Frame %1 / %2</translation>
     </message>
+    <message>
+        <source>Discard recording?</source>
+        <comment>gif.editor.discardTitle</comment>
+        <translation>Discard recording?</translation>
+    </message>
+    <message>
+        <source>This recording of %1 s has not been saved. Discard it?</source>
+        <comment>gif.editor.discardBody</comment>
+        <translation>This recording of %1 s has not been saved. Discard it?</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::widget::HistoryDetailPanel</name>

@@ -1210,6 +1210,16 @@
         <comment>gif.editor.frameCount</comment>
         <translation>第 %1 / %2 帧</translation>
     </message>
+    <message>
+        <source>Discard recording?</source>
+        <comment>gif.editor.discardTitle</comment>
+        <translation>放弃录制？</translation>
+    </message>
+    <message>
+        <source>This recording of %1 s has not been saved. Discard it?</source>
+        <comment>gif.editor.discardBody</comment>
+        <translation>这段 %1 秒的录制尚未保存。要放弃它吗？</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::widget::HistoryDetailPanel</name>

@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QFutureWatcher>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -37,6 +38,8 @@ namespace {
 constexpr int kDefaultIntervalMs = 100;
 // The recorder holds the same floor: most viewers slow faster GIFs down to 10 fps.
 constexpr int kMinIntervalMs = 20;
+// A recording at least this long is not dropped without asking.
+constexpr int kAskBeforeDropMs = 10000;
 
 QString playText(bool playing)
 {
@@ -140,9 +143,37 @@ GifEditorDialog::GifEditorDialog(const QList<QImage>& frames, int intervalMs, co
 
 GifEditorDialog::~GifEditorDialog()
 {
+    cancelExport();
+}
+
+void GifEditorDialog::cancelExport()
+{
     if (!m_exportWatcher) return;
+    *m_exportCancel = true;
     m_exportWatcher->disconnect(this);
-    m_exportWatcher->waitForFinished();
+    m_exportWatcher->deleteLater();
+    m_exportWatcher = nullptr;
+}
+
+void GifEditorDialog::reject()
+{
+    if (!discardConfirmed()) return;
+    cancelExport();
+    QDialog::reject();
+}
+
+bool GifEditorDialog::discardConfirmed()
+{
+    const qint64 lengthMs = qint64(m_originalFrames.size()) * m_intervalMs;
+    // A stored GIF stays on disk: only a recording that was never written is lost.
+    if (m_exported || lengthMs < kAskBeforeDropMs || QFileInfo::exists(m_path)) return true;
+    const auto answer = QMessageBox::question(
+        this, tr("Discard recording?", "gif.editor.discardTitle"),
+        tr("This recording of %1 s has not been saved. Discard it?", "gif.editor.discardBody")
+            .arg(lengthMs / 1000),
+        QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Cancel);
+    // An export may have ended while the question was open.
+    return answer == QMessageBox::Discard && !m_exported;
 }
 
 QWidget* GifEditorDialog::buildHeader()
@@ -188,6 +219,9 @@ QWidget* GifEditorDialog::buildContent()
     m_preview->setMinimumHeight(320);
     // The scaled frame follows the label's size and must not push it.
     m_preview->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
+    // The frame is scaled to the label whenever the label changes size, also when the layout
+    // first gives it its size after the dialog is shown.
+    m_preview->installEventFilter(this);
     column->addWidget(m_preview, 1);
     column->addLayout(buildTransportRow(content));
     column->addWidget(buildThumbnailStrip(content));
@@ -467,10 +501,10 @@ void GifEditorDialog::keyPressEvent(QKeyEvent* event)
     event->accept();
 }
 
-void GifEditorDialog::resizeEvent(QResizeEvent* event)
+bool GifEditorDialog::eventFilter(QObject* watched, QEvent* event)
 {
-    QDialog::resizeEvent(event);
-    showPreview();
+    if (watched == m_preview && event->type() == QEvent::Resize) showPreview();
+    return QDialog::eventFilter(watched, event);
 }
 
 void GifEditorDialog::onExport()
@@ -502,14 +536,15 @@ void GifEditorDialog::doExport(const QString& target)
     const QList<QImage> frames = m_frames;
     const int interval = m_intervalMs;
     const QSize size = frames.first().size();
+    m_exportCancel = std::make_shared<std::atomic_bool>(false);
     m_exportWatcher = new QFutureWatcher<bool>(this);
     connect(m_exportWatcher, &QFutureWatcher<bool>::finished, this,
             [this, target] { finishExport(target); });
-    m_exportWatcher->setFuture(
-        QtConcurrent::run(QThreadPool::globalInstance(), [target, frames, interval, size] {
+    m_exportWatcher->setFuture(QtConcurrent::run(
+        QThreadPool::globalInstance(), [target, frames, interval, size, cancel = m_exportCancel] {
             QString error;
             return service::record::encodeGif(error, target, frames, interval, size.width(),
-                                              size.height());
+                                              size.height(), cancel.get());
         }));
 }
 

@@ -4,6 +4,9 @@
 #include <QImage>
 #include <QList>
 
+#include <atomic>
+#include <memory>
+
 template <typename T> class QFutureWatcher;
 class QLabel;
 class QListView;
@@ -24,7 +27,7 @@ class GifEditorDialog : public QDialog
 public:
     GifEditorDialog(const QList<QImage>& frames, int intervalMs, const QString& path,
                     QWidget* parent = nullptr);
-    // Waits for a running export, so that no job outlives the dialog that started it.
+    // Cancels a running export; the job holds copies of all it uses.
     ~GifEditorDialog() override;
 
     const QList<QImage>& frames() const { return m_frames; }
@@ -49,9 +52,14 @@ public Q_SLOTS:
     void onExport();
     void onSaveAs();
 
+public Q_SLOTS:
+    // Escape, the close button and Cancel: asks first before a long recording that was never
+    // saved is dropped, and cancels a running export.
+    void reject() override;
+
 protected:
     void keyPressEvent(QKeyEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     QWidget* buildHeader();
@@ -73,6 +81,8 @@ private:
     void doExport(const QString& target);
     void finishExport(const QString& target);
     void setEditingEnabled(bool enabled);
+    void cancelExport();
+    bool discardConfirmed();
     bool exporting() const { return m_exportWatcher != nullptr; }
 
     void refreshModel();
@@ -91,6 +101,7 @@ private:
 
     FrameListModel* m_model;
     QFutureWatcher<bool>* m_exportWatcher = nullptr;
+    std::shared_ptr<std::atomic_bool> m_exportCancel; // shared with the running job
     QLabel* m_preview = nullptr;
     QPushButton* m_playButton = nullptr;
     QSlider* m_slider = nullptr;

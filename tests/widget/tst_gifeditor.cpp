@@ -1,4 +1,5 @@
 #include "TestMain.h"
+#include "TestSupport.h"
 
 #include "core/Toast.h"
 #include "service/history/HistoryService.h"
@@ -7,13 +8,14 @@
 #include <QAccessible>
 #include <QLabel>
 #include <QListView>
+#include <QMessageBox>
 #include <QPushButton>
-#include <QScopeGuard>
 #include <QSemaphore>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QSpinBox>
 #include <QThreadPool>
+#include <QTimer>
 
 using zelmor::service::history::HistoryService;
 using zelmor::widget::GifEditorDialog;
@@ -159,22 +161,19 @@ private Q_SLOTS:
         }
     }
 
-    // Escape is not held back while the encoder runs, and the caller deletes the dialog: the
-    // job must be done by then. The only pool thread is kept busy, so it cannot be done sooner.
-    void closingDuringAnExportWaitsForTheJob()
+    // Escape during an export closes the dialog at once and cancels the job: the file that
+    // stood at the target stays as it was. The only pool thread is kept busy meanwhile, so the
+    // job cannot have ended before.
+    void escapeDuringAnExportCancelsIt()
     {
         const QString target = m_dir.filePath(QStringLiteral("closed.gif"));
+        QVERIFY(zelmor::test::writeFile(target, "old"));
         const qsizetype rowsBefore = HistoryService::instance().recent(100).size();
         QThreadPool* pool = QThreadPool::globalInstance();
         const int threads = pool->maxThreadCount();
         pool->setMaxThreadCount(1);
         QSemaphore gate;
         pool->start([&gate] { gate.acquire(); });
-        const auto reopen = qScopeGuard([&] {
-            gate.release();
-            pool->waitForDone(); // the blocker must be gone before the gate is
-            pool->setMaxThreadCount(threads);
-        });
         {
             GifEditorDialog d(numberedFrames(), 50, target);
             button(d, QStringLiteral("💾 导出保存"))->click();
@@ -182,9 +181,44 @@ private Q_SLOTS:
             QTest::keyClick(&d, Qt::Key_Escape);
             QCOMPARE(rejected.count(), 1);
         }
-        QVERIFY(QFileInfo::exists(target));
+        gate.release();
+        pool->waitForDone();
+        pool->setMaxThreadCount(threads);
         QCoreApplication::sendPostedEvents();
+        QCOMPARE(zelmor::test::readFile(target), QByteArray("old"));
         QCOMPARE(HistoryService::instance().recent(100).size(), rowsBefore);
+    }
+
+    // The first frame is drawn as large as the preview, not at the label's size before the
+    // dialog was laid out.
+    void theFirstFrameFillsThePreview()
+    {
+        QList<QImage> frames = numberedFrames();
+        frames.first() = frames.first().scaled(400, 300);
+        GifEditorDialog d(frames, 100, QString());
+        d.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        const QLabel* preview = d.findChild<QLabel*>(QStringLiteral("gifEditorPreview"));
+        const QSize shown = preview->pixmap().size();
+        QVERIFY2(shown.width() == preview->width() || shown.height() == preview->height(),
+                 qPrintable(QStringLiteral("%1x%2").arg(shown.width()).arg(shown.height())));
+    }
+
+    // A recording of 10 s or more that was never saved is dropped only when the user says so.
+    void cancelAsksBeforeDroppingALongRecording()
+    {
+        GifEditorDialog d(QList<QImage>(100, numberedFrames().first()), 100,
+                          m_dir.filePath(QStringLiteral("unsaved.gif")));
+        QSignalSpy rejected(&d, &QDialog::rejected);
+        for (const QMessageBox::StandardButton answer :
+             {QMessageBox::Cancel, QMessageBox::Discard}) {
+            QTimer::singleShot(0, this, [answer] {
+                if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
+                    box->button(answer)->click();
+            });
+            button(d, QStringLiteral("取消"))->click();
+            QCOMPARE(rejected.count(), answer == QMessageBox::Discard ? 1 : 0);
+        }
     }
 };
 

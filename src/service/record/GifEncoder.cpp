@@ -4,7 +4,7 @@
 #include "GifPalette.h"
 #include "LzwWriter.h"
 
-#include <QFile>
+#include <QSaveFile>
 
 #include <algorithm>
 #include <cstring>
@@ -12,6 +12,11 @@
 namespace zelmor::service::record {
 
 namespace {
+
+bool cancelled(const std::atomic_bool* cancel)
+{
+    return cancel && cancel->load();
+}
 
 void appendLe16(QByteArray& bytes, int value)
 {
@@ -47,7 +52,7 @@ QImage fitFrame(const QImage& frame, int width, int height)
 }
 
 bool encodeGif(QString& error, const QString& path, const QList<QImage>& frames, int intervalMs,
-               int width, int height)
+               int width, int height, const std::atomic_bool* cancel)
 {
     if (frames.isEmpty()) {
         error = QStringLiteral("no frames");
@@ -60,15 +65,16 @@ bool encodeGif(QString& error, const QString& path, const QList<QImage>& frames,
         error = QStringLiteral("invalid dimensions");
         return false;
     }
-    if (encodeWithGifski(error, path, frames, intervalMs, w, h)) return true;
-    return writeGifMedianCut(error, path, frames, intervalMs, w, h);
+    if (encodeWithGifski(error, path, frames, intervalMs, w, h, cancel)) return true;
+    if (cancelled(cancel)) return false;
+    return writeGifMedianCut(error, path, frames, intervalMs, w, h, cancel);
 }
 
 bool writeGifMedianCut(QString& error, const QString& path, const QList<QImage>& frames,
-                       int intervalMs, int width, int height)
+                       int intervalMs, int width, int height, const std::atomic_bool* cancel)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) {
         error = QStringLiteral("cannot open output: %1").arg(path);
         return false;
     }
@@ -88,6 +94,10 @@ bool writeGifMedianCut(QString& error, const QString& path, const QList<QImage>&
     ImageDataWriter imageData;
     QByteArray indices, block;
     for (const QImage& frame : frames) {
+        if (cancelled(cancel)) {
+            error = QStringLiteral("cancelled");
+            return false;
+        }
         const QImage image = fitFrame(frame, width, height);
         if (image.isNull()) { // out of memory
             error = QStringLiteral("write failed");
@@ -117,8 +127,8 @@ bool writeGifMedianCut(QString& error, const QString& path, const QList<QImage>&
         file.write(block);
     }
     file.write("\x3B", 1);
-    file.flush();
-    if (file.error() != QFileDevice::NoError) {
+    // Any failed write above makes the commit fail and drops the new file.
+    if (!file.commit()) {
         error = QStringLiteral("write failed");
         return false;
     }

@@ -5,6 +5,8 @@
 #include <QList>
 #include <QString>
 
+#include <atomic>
+
 class QIODevice;
 
 // Animated GIF output for recordings. Plain functions without shared state: safe to call on a
@@ -15,17 +17,21 @@ namespace zelmor::service::record {
 // rounded down to even numbers, at least 2; frames of another size are scaled to it.
 // Tries gifski first and falls back to the own encoder. True means a file stands at `path`;
 // `error` holds the reason of the last failure, which may be a gifski failure even on success.
+// The file is replaced only once it is complete: a failure, or `cancel` set from another
+// thread, leaves whatever stood at `path` as it was.
 bool encodeGif(QString& error, const QString& path, const QList<QImage>& frames, int intervalMs,
-               int width, int height);
+               int width, int height, const std::atomic_bool* cancel = nullptr);
 
 // Streams the frames to gifski as YUV4MPEG2 on its standard input. False without touching
 // `error` when no gifski is found.
 bool encodeWithGifski(QString& error, const QString& path, const QList<QImage>& frames,
-                      int intervalMs, int width, int height);
+                      int intervalMs, int width, int height,
+                      const std::atomic_bool* cancel = nullptr);
 
 // The own encoder: GIF89a with a median-cut 256-colour local table per frame.
 bool writeGifMedianCut(QString& error, const QString& path, const QList<QImage>& frames,
-                       int intervalMs, int width, int height);
+                       int intervalMs, int width, int height,
+                       const std::atomic_bool* cancel = nullptr);
 
 // The first gifski executable beside the program, in the working folder or on PATH; empty
 // when there is none.

@@ -7,9 +7,12 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QProcess>
+#include <QSaveFile>
 #include <QStandardPaths>
+#include <QTemporaryFile>
 
 #include <algorithm>
 #include <cmath>
@@ -42,6 +45,35 @@ void stop(QProcess& process)
 {
     process.kill();
     process.waitForFinished(5000);
+}
+
+bool cancelled(const std::atomic_bool* cancel)
+{
+    return cancel && cancel->load();
+}
+
+// Waits for the end of the process, looking at `cancel` in between.
+bool waitForEnd(QProcess& process, int msecs, const std::atomic_bool* cancel)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (process.state() != QProcess::NotRunning) {
+        if (cancelled(cancel) || clock.elapsed() > msecs) return false;
+        process.waitForFinished(200);
+    }
+    return true;
+}
+
+// Copies what gifski wrote to `path` through a file of its own, so that the old file is
+// replaced only by a complete one.
+bool replaceWith(const QString& produced, const QString& path)
+{
+    QFile in(produced);
+    QSaveFile out(path);
+    if (!in.open(QIODevice::ReadOnly) || !out.open(QIODevice::WriteOnly)) return false;
+    while (!in.atEnd())
+        if (out.write(in.read(1 << 20)) < 0) return false;
+    return in.error() == QFileDevice::NoError && out.commit();
 }
 
 // Waits until the pipe has taken everything, so that at most one frame is ever buffered.
@@ -79,7 +111,7 @@ QString findGifski()
 }
 
 bool encodeWithGifski(QString& error, const QString& path, const QList<QImage>& frames,
-                      int intervalMs, int width, int height)
+                      int intervalMs, int width, int height, const std::atomic_bool* cancel)
 {
     const QString gifski = findGifski();
     if (gifski.isEmpty()) {
@@ -97,13 +129,18 @@ bool encodeWithGifski(QString& error, const QString& path, const QList<QImage>& 
         return false;
     };
 
+    // gifski writes the file itself: into a temporary one beside the target.
+    QTemporaryFile output(QFileInfo(path).absolutePath() + QStringLiteral("/.gifski-XXXXXX.gif"));
+    if (!output.open()) return fail(QStringLiteral("gifski output not writable"));
+    output.close();
+
     const int interval = std::clamp(intervalMs, 1, 65535);
     const int fps = std::clamp(int(std::lround(1000.0 / interval)), 1, 60);
     const QStringList arguments{
         QStringLiteral("--fps"),   QString::number(fps),  QStringLiteral("-W"),
         QString::number(width),    QStringLiteral("-H"),  QString::number(height),
         QStringLiteral("-Q"),      QStringLiteral("100"), QStringLiteral("--no-sort"),
-        QStringLiteral("--quiet"), QStringLiteral("-o"),  path,
+        QStringLiteral("--quiet"), QStringLiteral("-o"),  output.fileName(),
         QStringLiteral("-")};
 
     QProcess process;
@@ -123,22 +160,26 @@ bool encodeWithGifski(QString& error, const QString& path, const QList<QImage>& 
         return fail(QStringLiteral("gifski Y4M header write failed"));
     }
     for (const QImage& frame : frames) {
+        if (cancelled(cancel)) {
+            stop(process);
+            return fail(QStringLiteral("cancelled"));
+        }
         if (!sendAll(process, y4mFrame(frame, width, height), 30000)) {
             stop(process);
             return fail(QStringLiteral("gifski Y4M frame write failed"));
         }
     }
     process.closeWriteChannel();
-    // A process that ended during the writes is already finished, and waiting would say no.
-    if (process.state() != QProcess::NotRunning && !process.waitForFinished(300000)) {
+    if (!waitForEnd(process, 300000, cancel)) {
         stop(process);
-        return fail(QStringLiteral("gifski timed out"));
+        return fail(cancelled(cancel) ? QStringLiteral("cancelled")
+                                      : QStringLiteral("gifski timed out"));
     }
     if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
         return fail(QStringLiteral("gifski exit %1").arg(process.exitCode()));
-    const QFileInfo output(path);
-    if (!output.exists() || output.size() == 0)
+    if (QFileInfo(output.fileName()).size() == 0)
         return fail(QStringLiteral("gifski produced no output"));
+    if (!replaceWith(output.fileName(), path)) return fail(QStringLiteral("write failed"));
     return true;
 }
 

@@ -1308,6 +1308,11 @@
         <comment>history.detail.noImage</comment>
         <translation>(no image)</translation>
     </message>
+    <message>
+        <source>%1×%2 px is too large to open with the memory of this computer.</source>
+        <comment>history.tooLarge</comment>
+        <translation>%1×%2 px is too large to open with the memory of this computer.</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::widget::HistoryPanel</name>
@@ -1530,6 +1535,11 @@
         <source>Delete this record? File on disk will be kept.</source>
         <comment>history.del.confirm</comment>
         <translation>Delete this record? File on disk will be kept.</translation>
+    </message>
+    <message>
+        <source>Picture too large</source>
+        <comment>history.tooLarge.title</comment>
+        <translation>Picture too large</translation>
     </message>
 </context>
 <context>

@@ -1308,6 +1308,11 @@
         <comment>history.detail.noImage</comment>
         <translation>(无图片)</translation>
     </message>
+    <message>
+        <source>%1×%2 px is too large to open with the memory of this computer.</source>
+        <comment>history.tooLarge</comment>
+        <translation>%1×%2 像素的图片太大，本机内存无法打开。</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::widget::HistoryPanel</name>
@@ -1530,6 +1535,11 @@
         <source>Delete this record? File on disk will be kept.</source>
         <comment>history.del.confirm</comment>
         <translation>删除这条记录？磁盘上的文件会保留。</translation>
+    </message>
+    <message>
+        <source>Picture too large</source>
+        <comment>history.tooLarge.title</comment>
+        <translation>图片过大</translation>
     </message>
 </context>
 <context>

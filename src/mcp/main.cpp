@@ -1,5 +1,6 @@
 #include "core/DisplaySession.h"
 #include "core/Log.h"
+#include "core/Resources.h"
 #include "platform/Session.h"
 #include "platform/StandardStreams.h"
 #include "service/mcp/McpServer.h"
@@ -65,6 +66,7 @@ int main(int argc, char** argv)
 
     const bool display = findDisplay();
     QGuiApplication application(argc, argv);
+    core::initResources();
     application.setQuitOnLastWindowClosed(false);
     core::writeLogLine(QStringLiteral("[mcp] tools ready on the %1 platform%2")
                            .arg(QGuiApplication::platformName(),

@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QHBoxLayout>
+#include <QImageReader>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
@@ -22,6 +23,16 @@ namespace {
 constexpr int kDebounceMs = 500;
 const QSize kPreviewSize(288, 160);
 const QString kFavourite = QStringLiteral("★");
+
+// The tags of a tag line: comma-separated, trimmed. Blank parts stay as empty texts, which the
+// store skips.
+QStringList parseTags(const QString& line)
+{
+    QStringList tags;
+    for (const QString& part : line.split(QLatin1Char(','), Qt::SkipEmptyParts))
+        tags << part.trimmed();
+    return tags;
+}
 
 QHash<QString, QString>& shaCache()
 {
@@ -94,7 +105,9 @@ void HistoryDetailPanel::addRow(QVBoxLayout* layout, Row row, const QString& key
     QLabel* keyLabel = makeLabel(key, "detailKey", this);
     keyLabel->setFixedWidth(80);
     QLabel* value = makeLabel(QString(), "detailValue", this);
-    value->setWordWrap(true);
+    // The file name is elided to the column instead: a long name has nowhere to wrap.
+    value->setWordWrap(row != File);
+    if (row == File) value->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     value->setAccessibleName(key);
     line->addWidget(keyLabel);
     line->addWidget(value, 1);
@@ -138,10 +151,11 @@ void HistoryDetailPanel::showItem(const core::HistoryItem* item)
         clear();
         return;
     }
+    const bool again = item->id == m_item.id;
     m_item = *item;
     showPreview(m_item.path);
     const QFileInfo file(m_item.path);
-    m_values[File]->setText(file.fileName());
+    elideFileName();
     m_values[Size]->setText(QStringLiteral("%1×%2 px").arg(m_item.width).arg(m_item.height));
     m_values[Bytes]->setText(core::formatFileSize(file.size()));
     m_values[Created]->setText(m_item.createdAt.toString(QStringLiteral("yyyy-MM-dd HH:mm")));
@@ -154,7 +168,11 @@ void HistoryDetailPanel::showItem(const core::HistoryItem* item)
     const QSignalBlocker ocrQuiet(m_ocr);
     QStringList shown = m_item.tags;
     shown.removeAll(kFavourite);
-    m_tags->setText(shown.join(QStringLiteral(", ")));
+    QStringList typed = parseTags(m_tags->text());
+    typed.removeAll(QString());
+    // Shown again after its own save, the line keeps what the user is typing, such as a
+    // trailing comma.
+    if (!again || typed != shown) m_tags->setText(shown.join(QStringLiteral(", ")));
     m_ocr->setText(m_item.ocrText);
 }
 
@@ -183,17 +201,47 @@ void HistoryDetailPanel::clear()
     m_preview->clear();
     for (QLabel* value : m_values)
         value->clear();
+    m_values[File]->setToolTip(QString());
     const QSignalBlocker tagsQuiet(m_tags);
     const QSignalBlocker ocrQuiet(m_ocr);
     m_tags->clear();
     m_ocr->clear();
 }
 
-void HistoryDetailPanel::showPreview(const QString& path)
+QPixmap HistoryDetailPanel::loadPicture(const QString& path, QString* tooLarge)
 {
     const QPixmap pixmap(path);
+    const QSize size = pixmap.isNull() ? QImageReader(path).size() : QSize();
+    if (tooLarge && size.isValid())
+        *tooLarge = tr("%1×%2 px is too large to open with the memory of this computer.",
+                       "history.tooLarge")
+                        .arg(size.width())
+                        .arg(size.height());
+    return pixmap;
+}
+
+void HistoryDetailPanel::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    elideFileName();
+}
+
+void HistoryDetailPanel::elideFileName()
+{
+    QLabel* label = m_values[File];
+    const QString name = m_item.id == 0 ? QString() : QFileInfo(m_item.path).fileName();
+    label->setText(label->fontMetrics().elidedText(name, Qt::ElideMiddle, label->width()));
+    label->setToolTip(name);
+}
+
+void HistoryDetailPanel::showPreview(const QString& path)
+{
+    QString tooLarge;
+    const QPixmap pixmap = loadPicture(path, &tooLarge);
     if (pixmap.isNull()) {
-        m_preview->setText(tr("(no image)", "history.detail.noImage"));
+        m_preview->setWordWrap(true);
+        m_preview->setText(tooLarge.isEmpty() ? tr("(no image)", "history.detail.noImage")
+                                              : tooLarge);
         return;
     }
     QPixmap canvas(kPreviewSize);
@@ -209,9 +257,7 @@ void HistoryDetailPanel::showPreview(const QString& path)
 
 void HistoryDetailPanel::saveTags(const char* how)
 {
-    QStringList tags;
-    for (const QString& part : m_tags->text().split(QLatin1Char(','), Qt::SkipEmptyParts))
-        tags << part.trimmed();
+    const QStringList tags = parseTags(m_tags->text());
     core::writeLogLine(QStringLiteral("[tag] %1 id=%2 tags=%3")
                            .arg(QLatin1String(how))
                            .arg(m_item.id)

@@ -29,6 +29,9 @@ public:
     // Lower-case hexadecimal SHA-256 of the file, computed once per path and process; empty
     // when the file cannot be read.
     static QString fileSha256(const QString& path);
+    // The picture at `path`; when it is readable but too large to decode here, `tooLarge`
+    // says so with its size.
+    static QPixmap loadPicture(const QString& path, QString* tooLarge = nullptr);
 
 signals:
     void copyRequested(const QString& path);
@@ -39,6 +42,9 @@ signals:
     void tagsEdited(qint64 id, const QStringList& tags);
     void ocrEdited(qint64 id, const QString& ocr);
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     enum Row { File, Size, Bytes, Created, Sha, RowCount };
     void addRow(QVBoxLayout* layout, Row row, const QString& key);
@@ -47,6 +53,7 @@ private:
     void showPreview(const QString& path);
     void saveTags(const char* how);
     void flush();
+    void elideFileName();
 
     core::HistoryItem m_item; // id 0: nothing shown
     QLabel* m_preview = nullptr;

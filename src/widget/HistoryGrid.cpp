@@ -29,7 +29,7 @@ QColor g_colours[6] = {QColor(255, 255, 255), QColor(218, 218, 218), QColor(187,
 QString metaLine(const core::HistoryItem& item, qint64 bytes)
 {
     return QStringLiteral("%1 · %2×%3 · %4")
-        .arg(item.createdAt.toString(QStringLiteral("HH:mm")))
+        .arg(item.createdAt.toString(QStringLiteral("yyyy-MM-dd HH:mm")))
         .arg(item.width)
         .arg(item.height)
         .arg(core::formatFileSize(bytes));
@@ -178,8 +178,10 @@ void HistoryGridDelegate::paintGrid(QPainter* painter, const QRect& card,
     const QRect metaRect(nameRect.left(), nameRect.bottom() + 1, kGridIcon.width(), 16);
     painter->setFont(sizedFont(painter->font(), 8));
     painter->setPen(g_colours[MetaText]);
-    painter->drawText(metaRect, Qt::AlignLeft | Qt::AlignVCenter,
-                      metaLine(item, model->fileSize(index.row())));
+    painter->drawText(
+        metaRect, Qt::AlignLeft | Qt::AlignVCenter,
+        painter->fontMetrics().elidedText(metaLine(item, model->fileSize(index.row())),
+                                          Qt::ElideRight, metaRect.width()));
 }
 
 void HistoryGridDelegate::paintList(QPainter* painter, const QRect& card,

@@ -5,6 +5,7 @@
 #include "HistoryDetailPanel.h"
 #include "HistoryGrid.h"
 #include "core/Log.h"
+#include "core/Toast.h"
 #include "core/Utilities.h"
 #include "manager/ThemeManager.h"
 #include "service/history/HistoryService.h"
@@ -37,7 +38,8 @@ namespace {
 using service::history::HistoryService;
 
 constexpr int kListLimit = 500;
-constexpr int kDetailsWidth = 300;
+// The details' 288 px preview and their margins of 16 px.
+constexpr int kDetailsWidth = 320;
 // A stored GIF is read whole for the frame editor; a huge one stops here instead of
 // taking all memory.
 constexpr qint64 kGifFrameBudgetBytes = qint64(1) << 30;
@@ -50,6 +52,17 @@ bool isAnimation(const QString& path)
 qint64 sizeOnDisk(const QString& path)
 {
     return QFileInfo(path).size(); // 0 for a file that has gone
+}
+
+// The picture for copy, pin and re-edit; one too large to decode is told, not skipped.
+QPixmap openPicture(const QString& path)
+{
+    QString tooLarge;
+    const QPixmap pixmap = HistoryDetailPanel::loadPicture(path, &tooLarge);
+    if (!tooLarge.isEmpty())
+        core::notifyUser(HistoryPanel::tr("Picture too large", "history.tooLarge.title"), tooLarge,
+                         3000);
+    return pixmap;
 }
 
 void openWithViewer(const QString& path)
@@ -364,7 +377,7 @@ void HistoryPanel::activate(const core::HistoryItem& item)
         editGif(item.path);
         return;
     }
-    const QPixmap pixmap(item.path);
+    const QPixmap pixmap = openPicture(item.path);
     if (!pixmap.isNull()) emit reeditRequested(pixmap);
 }
 
@@ -408,7 +421,7 @@ void HistoryPanel::showContextMenu(const QPoint& position)
     else
         menu.addAction(tr("Re-edit", "history.ctx.reedit"), this, [this, item] { activate(item); });
     menu.addAction(tr("Pin to screen", "history.ctx.pin"), this, [this, path = item.path] {
-        const QPixmap pixmap(path);
+        const QPixmap pixmap = openPicture(path);
         if (!pixmap.isNull()) emit pinRequested(pixmap);
     });
     menu.addAction(tr("Copy to clipboard", "history.ctx.copyImage"), this,
@@ -438,7 +451,7 @@ void HistoryPanel::showContextMenu(const QPoint& position)
 
 void HistoryPanel::copyImage(const QString& path)
 {
-    const QPixmap pixmap(path);
+    const QPixmap pixmap = openPicture(path);
     if (!pixmap.isNull()) emit copyRequested(pixmap);
 }
 

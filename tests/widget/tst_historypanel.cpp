@@ -5,6 +5,7 @@
 #include "UrlCatcher.h"
 
 #include "core/Log.h"
+#include "core/Toast.h"
 #include "manager/ActionManager.h"
 #include "service/history/HistoryService.h"
 #include "service/record/GifEncoder.h"
@@ -26,6 +27,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRandomGenerator>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QSqlQuery>
 #include <QTimer>
@@ -240,6 +242,93 @@ private Q_SLOTS:
             test::readFile(core::logFilePath())
                 .contains(
                     QStringLiteral("[tag] %1 id=%2").arg(logged).arg(m_ids["alpha.png"]).toUtf8()));
+    }
+
+    // A pause in typing saves the tags, and the line keeps what was typed: here, the comma.
+    void pausingWhileTypingTagsKeepsTheLine()
+    {
+        clickItem(QStringLiteral("alpha.png"));
+        QSignalSpy saved(m_panel->findChild<widget::HistoryDetailPanel*>(),
+                         &widget::HistoryDetailPanel::tagsEdited);
+        tagLine()->setFocus();
+        tagLine()->end(false);
+        QTest::keyClicks(tagLine(), QStringLiteral(", blue,"));
+        QTRY_COMPARE(saved.count(), 1); // the pause
+        QTest::keyClicks(tagLine(), QStringLiteral(" green"));
+        QCOMPARE(tagLine()->text(), QStringLiteral("red, blue, green"));
+    }
+
+    // The column shows its whole preview and a long file name elided to fit; the cards tell
+    // captures of different days apart.
+    void detailsAndCardsShowWhatTheyHold()
+    {
+        const QString longName = QString(80, 'n') + QStringLiteral(".png");
+        addItem(longName, 30, 1);
+        addItem(QStringLiteral("same-a.png"), 30, 2); // the same picture a day earlier
+        clickItem(longName);
+        for (const char* name : {"detailPreview", "detailValue"}) {
+            const QLabel* label = m_panel->findChild<QLabel*>(name);
+            QCOMPARE(label->visibleRegion().boundingRect(), label->rect());
+            QVERIFY(label->fontMetrics().horizontalAdvance(label->text()) <= label->width());
+        }
+        QVERIFY(m_panel->findChild<QLabel*>("detailValue")->text().contains(QChar(0x2026)));
+
+        // The meta line under the thumbnail and the name: 189 px down each card.
+        const auto metaLine = [this](const QString& name) {
+            const QRect card = view()->visualRect(indexOf(name));
+            return view()
+                ->viewport()
+                ->grab(QRect(card.left() + 5, card.top() + 190, 256, 14))
+                .toImage();
+        };
+        QVERIFY(metaLine(longName) != metaLine(QStringLiteral("same-a.png")));
+    }
+
+    // Pictures past Qt's default decoding limit open; one past what the computer's memory
+    // allows, here a smaller limit, says so.
+    void largePictures_data()
+    {
+        QTest::addColumn<int>("limitMiB"); // 0: the program's own
+        QTest::newRow("6000x6000, 137 MiB decoded") << 0;
+        QTest::newRow("past the limit") << 64;
+    }
+    void largePictures()
+    {
+        QFETCH(int, limitMiB);
+        const bool opens = limitMiB == 0;
+        const int programLimit = QImageReader::allocationLimit();
+        const auto restore = qScopeGuard([=] { QImageReader::setAllocationLimit(programLimit); });
+        if (limitMiB) QImageReader::setAllocationLimit(limitMiB);
+        const QSize size(6000, 6000);
+        const QString path = m_files.filePath(QStringLiteral("large.bmp"));
+        // A 24-bit BMP header; the decoder reads the size before it asks for the memory.
+        QByteArray bmp("BM");
+        const auto le32 = [&bmp](quint32 v) {
+            for (int i = 0; i < 4; ++i)
+                bmp.append(char(v >> (8 * i)));
+        };
+        const quint32 row = (quint32(size.width()) * 3 + 3) & ~3u;
+        const quint64 pixels = quint64(row) * quint32(size.height());
+        le32(quint32(qMin<quint64>(54 + pixels, 0xFFFFFFFF))), le32(0), le32(54), le32(40);
+        le32(quint32(size.width())), le32(quint32(size.height()));
+        bmp.append("\x01\x00\x18\x00", 4);
+        le32(0), le32(quint32(qMin<quint64>(pixels, 0xFFFFFFFF))), le32(2835), le32(2835);
+        le32(0), le32(0);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bmp) == 54);
+        QVERIFY(file.resize(qint64(54 + pixels)));
+        file.close();
+        addItem(QStringLiteral("large.bmp"), 0, 0);
+        QSignalSpy copied(m_panel, &HistoryPanel::copyRequested);
+        clickItem(QStringLiteral("large.bmp"));
+        QTest::mouseClick(detailButton(QStringLiteral("Copy to clipboard")), Qt::LeftButton);
+        QCOMPARE(copied.count(), int(opens));
+        const QLabel* preview = m_panel->findChild<QLabel*>("detailPreview");
+        QCOMPARE(!preview->pixmap().isNull(), opens);
+        if (!opens) {
+            QVERIFY2(preview->text().contains("too large"), qPrintable(preview->text()));
+            QVERIFY(core::tool::Toast::current()->body().contains("too large"));
+        }
     }
 
     void deleteAsksAndKeepsTheFile_data()

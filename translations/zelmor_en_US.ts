@@ -510,6 +510,21 @@
 <context>
     <name>zelmor::widget::AiChatPanel</name>
     <message>
+        <source>Show all (%1 characters)</source>
+        <comment>ai.bubble.showAll</comment>
+        <translation>Show all (%1 characters)</translation>
+    </message>
+    <message>
+        <source>No AI provider for chat: set one up in Settings → AI</source>
+        <comment>ai.provider.none</comment>
+        <translation>No AI provider for chat: set one up in Settings → AI</translation>
+    </message>
+    <message>
+        <source>(No screenshot attached) Use 📷 Add Screenshot first, then ask AI</source>
+        <comment>ai.attach.emptyHintNoKey</comment>
+        <translation>(No screenshot attached) Use 📷 Add Screenshot first, then ask AI</translation>
+    </message>
+    <message>
         <source>+ New Chat</source>
         <comment>ai.btn.newChat</comment>
         <translation>+ New Chat</translation>
@@ -523,16 +538,6 @@
         <source>Chat sessions</source>
         <comment>ai.sessions.name</comment>
         <translation>Chat sessions</translation>
-    </message>
-    <message>
-        <source>Screenshot Analysis: Web Content</source>
-        <comment>ai.history.stub1</comment>
-        <translation>Screenshot Analysis: Web Content</translation>
-    </message>
-    <message>
-        <source>Text OCR Recognition</source>
-        <comment>ai.history.stub2</comment>
-        <translation>Text OCR Recognition</translation>
     </message>
     <message>
         <source>ℹ 当前是 OpenAI 模型 (Chat Completions 路径)，不会调用 Zelmor 的截图/历史/标注工具。如需工具能力，可：
@@ -709,9 +714,9 @@
         <translation>No Image</translation>
     </message>
     <message>
-        <source>(No screenshot attached) Press Ctrl+Alt+A to capture screenshot first, then ask AI</source>
+        <source>(No screenshot attached) Press %1 to capture screenshot first, then ask AI</source>
         <comment>ai.attach.emptyHint</comment>
-        <translation>(No screenshot attached) Press Ctrl+Alt+A to capture screenshot first, then ask AI</translation>
+        <translation>(No screenshot attached) Press %1 to capture screenshot first, then ask AI</translation>
     </message>
     <message>
         <source>点击放大预览截图</source>
@@ -2787,6 +2792,24 @@ See the documentation for details.</translation>
         <source>Installer launched: %1. Zelmor will now quit.</source>
         <comment>settings.about.installerLaunched</comment>
         <translation>Installer launched: %1. Zelmor will now quit.</translation>
+    </message>
+</context>
+<context>
+    <name>zelmor::widget::ChatTextViewer</name>
+    <message>
+        <source>Close</source>
+        <comment>ai.viewer.close</comment>
+        <translation>Close</translation>
+    </message>
+    <message>
+        <source>Copy all</source>
+        <comment>ai.viewer.copy</comment>
+        <translation>Copy all</translation>
+    </message>
+    <message>
+        <source>Whole message</source>
+        <comment>ai.viewer.title</comment>
+        <translation>Whole message</translation>
     </message>
 </context>
 </TS>

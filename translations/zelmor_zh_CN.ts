@@ -510,6 +510,21 @@
 <context>
     <name>zelmor::widget::AiChatPanel</name>
     <message>
+        <source>Show all (%1 characters)</source>
+        <comment>ai.bubble.showAll</comment>
+        <translation>显示全部（%1 个字符）</translation>
+    </message>
+    <message>
+        <source>No AI provider for chat: set one up in Settings → AI</source>
+        <comment>ai.provider.none</comment>
+        <translation>没有可用于对话的 AI 服务：请在「设置 → AI」中添加</translation>
+    </message>
+    <message>
+        <source>(No screenshot attached) Use 📷 Add Screenshot first, then ask AI</source>
+        <comment>ai.attach.emptyHintNoKey</comment>
+        <translation>(未附加截图) 先用「📷 添加截图」截图，再向 AI 提问</translation>
+    </message>
+    <message>
         <source>+ New Chat</source>
         <comment>ai.btn.newChat</comment>
         <translation>+ 新建对话</translation>
@@ -523,16 +538,6 @@
         <source>Chat sessions</source>
         <comment>ai.sessions.name</comment>
         <translation>对话列表</translation>
-    </message>
-    <message>
-        <source>Screenshot Analysis: Web Content</source>
-        <comment>ai.history.stub1</comment>
-        <translation>截图分析：网页内容</translation>
-    </message>
-    <message>
-        <source>Text OCR Recognition</source>
-        <comment>ai.history.stub2</comment>
-        <translation>OCR 文字识别</translation>
     </message>
     <message>
         <source>ℹ 当前是 OpenAI 模型 (Chat Completions 路径)，不会调用 Zelmor 的截图/历史/标注工具。如需工具能力，可：
@@ -709,9 +714,9 @@
         <translation>无图片</translation>
     </message>
     <message>
-        <source>(No screenshot attached) Press Ctrl+Alt+A to capture screenshot first, then ask AI</source>
+        <source>(No screenshot attached) Press %1 to capture screenshot first, then ask AI</source>
         <comment>ai.attach.emptyHint</comment>
-        <translation>(未附加截图) 先按 Ctrl+Alt+A 截图，再向 AI 提问</translation>
+        <translation>(未附加截图) 先按 %1 截图，再向 AI 提问</translation>
     </message>
     <message>
         <source>点击放大预览截图</source>
@@ -2787,6 +2792,24 @@
         <source>Installer launched: %1. Zelmor will now quit.</source>
         <comment>settings.about.installerLaunched</comment>
         <translation>安装程序已启动: %1。Zelmor 即将退出。</translation>
+    </message>
+</context>
+<context>
+    <name>zelmor::widget::ChatTextViewer</name>
+    <message>
+        <source>Close</source>
+        <comment>ai.viewer.close</comment>
+        <translation>关闭</translation>
+    </message>
+    <message>
+        <source>Copy all</source>
+        <comment>ai.viewer.copy</comment>
+        <translation>全部复制</translation>
+    </message>
+    <message>
+        <source>Whole message</source>
+        <comment>ai.viewer.title</comment>
+        <translation>完整消息</translation>
     </message>
 </context>
 </TS>

@@ -15,9 +15,13 @@
 #include "widget/overlay/CaptureOverlay.h"
 
 #include <QClipboard>
+#include <QComboBox>
 #include <QDir>
 #include <QLabel>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QStackedWidget>
 #include <QTimer>
 
@@ -78,6 +82,7 @@ class TestAiChat : public QObject
 
     AiChatPanel* panel() { return m_window.aiChatPanel(); }
     QWidget* child(const char* name) { return panel()->findChild<QWidget*>(QLatin1String(name)); }
+    QString label(const char* name) { return static_cast<QLabel*>(child(name))->text(); }
 
     // Typed through Qt: the display's keyboard map changes back before this process reads
     // the keys of typeText. Enter, paste and clicks come through the display.
@@ -103,14 +108,18 @@ private Q_SLOTS:
         m_actions = std::make_unique<manager::ActionManager>(&m_window);
     }
 
-    void firstRunShowsTheSamplesAndAMalformedFileIsKept()
+    // A first run has only the new chat, and names the endpoint, the model and the hotkey
+    // that are really in use.
+    void firstRunNamesWhatIsInUseAndAMalformedFileIsKept()
     {
         m_actions->aiChat();
         QVERIFY(QTest::qWaitForWindowExposed(&m_window));
-        QCOMPARE(panel()->sessions().size(), 2);
-        QCOMPARE(panel()->sessions().first().id, QStringLiteral("stub1"));
-        QCOMPARE(child("sessionList")->findChildren<widget::SessionItemWidget*>().size(), 2);
+        QCOMPARE(panel()->sessions().size(), 1);
+        QVERIFY(current(panel())->messages.isEmpty());
         QCOMPARE(panel()->findChild<QStackedWidget*>()->currentIndex(), 0);
+        QVERIFY(label("providerInfoLabel").endsWith(m_server.baseUrl() + "/v1/chat/completions"));
+        QCOMPARE(static_cast<QComboBox*>(child("modelSelect"))->currentText(), QStringLiteral("m"));
+        QVERIFY(label("attachInfo").contains(core::ConfigManager::instance().hotkeyRegion()));
 
         const QString path = service::ai::chatSessionsPath();
         QVERIFY(test::writeFile(path, "[{\"id\": broken"));
@@ -123,6 +132,9 @@ private Q_SLOTS:
         QVERIFY(QFile::remove(QFileInfo(path).dir().filePath(kept.first())));
         QVERIFY(QFile::remove(path));
     }
+
+    // Typing on the freshly opened page writes a message.
+    void messageBoxHasTheFocus() { QTRY_COMPARE(QApplication::focusWidget(), child("chatInput")); }
 
     void pastedPictureIsSentAndTheAnswerRendered()
     {
@@ -217,6 +229,42 @@ private Q_SLOTS:
         QCOMPARE(bubbleTexts(panel(), "bubbleSystem").mid(before), systemLines);
         QCOMPARE(current(panel())->messages.size(), kept + 1 + keptMessages);
         QCOMPARE(current(panel())->messages.at(kept).role, QStringLiteral("user"));
+    }
+
+    void answerGoesToTheSessionItWasAskedIn()
+    {
+        m_server.clear();
+        m_server.enqueueHold();
+        type(QStringLiteral("asked here"));
+        QVERIFY(pressEnter());
+        QTRY_COMPARE(m_server.requests().size(), 1);
+        const QString asked = panel()->currentSessionId();
+        QVERIFY(test::clickButton(panel(), QStringLiteral("btnNewChat")));
+        QTRY_VERIFY(panel()->currentSessionId() != asked);
+        m_server.answerHeld(200, test::openAiReply(QStringLiteral("for the first")));
+        QTRY_VERIFY(!panel()->thinking());
+        QVERIFY(current(panel())->messages.isEmpty());
+        QVERIFY(bubbles(panel()).isEmpty());
+        for (const ChatSession& s : panel()->sessions())
+            if (s.id == asked) QCOMPARE(s.messages.last().text, QStringLiteral("for the first"));
+    }
+
+    // A long answer shows its start in the bubble, is kept whole, and opens whole.
+    void longAnswerOpensWholeInAViewer()
+    {
+        const QString answer = QStringLiteral("a line of a long answer\n").repeated(4000).trimmed();
+        m_server.enqueue(200, test::openAiReply(answer));
+        type(QStringLiteral("long"));
+        QVERIFY(pressEnter());
+        QTRY_VERIFY(child("btnShowAll"));
+        QVERIFY(bubbles(panel()).last().size() < answer.size() / 4);
+        QCOMPARE(current(panel())->messages.last().text, answer);
+        static_cast<QPushButton*>(child("btnShowAll"))->click();
+        widget::ChatTextViewer* viewer = nullptr;
+        QTRY_VERIFY((viewer = test::shownTopLevel<widget::ChatTextViewer>()));
+        QTRY_VERIFY(viewer->filled());
+        QCOMPARE(viewer->findChild<QPlainTextEdit*>()->toPlainText(), answer);
+        viewer->close();
     }
 
     // The stop button ends the chat while recognition, asked for by the model, waits.

@@ -1,8 +1,11 @@
 #include "AiChatPanel.h"
 
 #include "ChatWidgets.h"
+#include "core/ConfigManager.h"
 #include "core/Toast.h"
 #include "service/ai/AiApiService.h"
+#include "service/ai/AiDialect.h"
+#include "service/ai/AiProviderService.h"
 #include "widget/ControlName.h"
 
 #include <QComboBox>
@@ -14,6 +17,7 @@
 #include <QScrollArea>
 #include <QSplitter>
 #include <QStackedWidget>
+#include <QUrl>
 #include <QVBoxLayout>
 
 namespace zelmor::widget {
@@ -105,17 +109,6 @@ QWidget* AiChatPanel::buildSidebar()
     connect(m_sessionList, &QListWidget::itemClicked, this, selectItem);
     connect(m_sessionList, &QListWidget::itemActivated, this, selectItem); // Enter on a row
     column->addWidget(m_sessionList, 1);
-
-    // What a first run shows; a readable session file replaces them.
-    const QDateTime now = QDateTime::currentDateTime();
-    m_sessions.append({QStringLiteral("stub1"),
-                       tr("Screenshot Analysis: Web Content", "ai.history.stub1"),
-                       now.addSecs(-1800),
-                       {}});
-    m_sessions.append({QStringLiteral("stub2"),
-                       tr("Text OCR Recognition", "ai.history.stub2"),
-                       now.addSecs(-7200),
-                       {}});
     return sidebar;
 }
 
@@ -141,9 +134,14 @@ QWidget* AiChatPanel::buildMainColumn()
     m_stack->addWidget(scrollAreaFor(buildWelcomePage(), "welcomeScrollArea", m_stack));
     m_scrollArea = scrollAreaFor(buildConversation(), "aiScrollArea", m_stack);
     m_stack->addWidget(m_scrollArea);
+    followEnd();
     column->addWidget(m_stack, 1);
     column->addWidget(buildInputArea());
-    refreshModelDisplays();
+    refreshProvider();
+    connect(&service::ai::AiProviderService::instance(), &service::ai::AiProviderService::changed,
+            this, &AiChatPanel::refreshProvider);
+    connect(&core::ConfigManager::instance(), &core::ConfigManager::hotkeysChanged, this,
+            &AiChatPanel::refreshAttachment);
     return main;
 }
 
@@ -160,9 +158,6 @@ QWidget* AiChatPanel::buildTopBar()
         makeLabel(tr("Ask AI about this screenshot", "ai.topbar.title"), "topTitleLabel", bar), 1);
     m_modelSelect = new QComboBox(bar);
     m_modelSelect->setObjectName(QStringLiteral("modelSelect"));
-    m_modelSelect->addItems({QStringLiteral("qwen3.7-plus"),
-                             QStringLiteral("claude-3-5-sonnet-20241022"),
-                             QStringLiteral("gpt-4o")});
     m_modelSelect->setAccessibleName(tr("Model", "ai.model.name"));
     connect(m_modelSelect, &QComboBox::currentTextChanged, this,
             &AiChatPanel::refreshModelDisplays);
@@ -329,16 +324,39 @@ QWidget* AiChatPanel::buildInputArea()
     return area;
 }
 
+// The box and the line below name the model and the endpoint that a request will go to.
+void AiChatPanel::refreshProvider()
+{
+    const service::ai::AiProvider provider = service::ai::AiProviderService::instance().active();
+    {
+        const QSignalBlocker quiet(m_modelSelect);
+        m_modelSelect->clear();
+        if (!provider.model.isEmpty()) m_modelSelect->addItem(provider.model);
+    }
+    if (!service::ai::AiApiService::unusableReason(provider).isEmpty()) {
+        m_providerInfo->setText(
+            tr("No AI provider for chat: set one up in Settings → AI", "ai.provider.none"));
+    } else {
+        // Without its query, which may carry a key.
+        const QUrl url(service::ai::endpointUrl(service::ai::effectiveProtocol(provider.protocol),
+                                                provider.baseUrl));
+        m_providerInfo->setText(
+            tr("本次请求将发送到 %1", "ai.provider.info")
+                .arg(url.toDisplayString(QUrl::RemoveQuery | QUrl::RemoveUserInfo)));
+    }
+    refreshModelDisplays();
+}
+
 void AiChatPanel::refreshModelDisplays()
 {
-    const QString model = m_modelSelect->currentText();
-    const bool openAi = model.contains(QLatin1String("gpt"), Qt::CaseInsensitive);
-    m_modelWarning->setVisible(openAi);
-    const QString host = openAi ? QStringLiteral("api.openai.com")
-                         : model.contains(QLatin1String("claude"), Qt::CaseInsensitive)
-                             ? QStringLiteral("api.anthropic.com")
-                             : QStringLiteral("dashscope.aliyuncs.com");
-    m_providerInfo->setText(tr("本次请求将发送到 %1", "ai.provider.info").arg(host));
+    m_modelWarning->setVisible(
+        m_modelSelect->currentText().contains(QLatin1String("gpt"), Qt::CaseInsensitive));
+}
+
+void AiChatPanel::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    m_input->setFocus(); // what the user types on opening the page is a message
 }
 
 void AiChatPanel::setAttachment(const QPixmap& picture)
@@ -358,9 +376,16 @@ void AiChatPanel::refreshAttachment()
             "background: rgba(128, 128, 128, 0.25); color: #8A8A90; border-radius: 4px; "
             "font-size: 9px;"));
         m_attachThumb->setToolTip(QString());
-        m_attachInfo->setText(tr("(No screenshot attached) Press Ctrl+Alt+A to capture screenshot "
-                                 "first, then ask AI",
-                                 "ai.attach.emptyHint"));
+        const QString hotkey =
+            QKeySequence::fromString(core::ConfigManager::instance().hotkeyRegion())
+                .toString(QKeySequence::NativeText);
+        m_attachInfo->setText(
+            hotkey.isEmpty()
+                ? tr("(No screenshot attached) Use 📷 Add Screenshot first, then ask AI",
+                     "ai.attach.emptyHintNoKey")
+                : tr("(No screenshot attached) Press %1 to capture screenshot first, then ask AI",
+                     "ai.attach.emptyHint")
+                      .arg(hotkey));
         m_removeAttach->hide();
         return;
     }

@@ -48,6 +48,9 @@ Q_SIGNALS:
 public Q_SLOTS:
     void onCaptureForChat(const QPixmap& pm);
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     // Construction
     QWidget* buildSidebar();
@@ -57,6 +60,7 @@ private:
     QWidget* buildConversation();
     QWidget* buildInputArea();
     void applyTheme(bool dark);
+    void refreshProvider();
     void refreshModelDisplays();
     void refreshAttachment();
     void setAttachment(const QPixmap& picture);
@@ -71,8 +75,13 @@ private:
     void clearCurrentChat();
     void refreshSessionList();
     void clearBubbles();
-    service::ai::ChatSession* currentSession();
-    void appendToCurrent(const QString& role, const QString& text, const QPixmap& image);
+    service::ai::ChatSession* session(const QString& id);
+    service::ai::ChatSession* currentSession() { return session(m_currentId); }
+    void appendTo(const QString& id, const QString& role, const QString& text,
+                  const QPixmap& image);
+    // A message of the pending request, kept in the session it was asked in and shown only
+    // while that session is on screen.
+    void answerWith(const QString& role, const QString& text, bool keep);
 
     // Sending and answers
     void send();
@@ -88,9 +97,11 @@ private:
     // The welcome card's title of a quick action; the generic label for others.
     static QString cardTitle(const QString& action);
     void scrollToEnd();
+    void followEnd();
 
     QList<service::ai::ChatSession> m_sessions; // newest first
     QString m_currentId;
+    QString m_askedId; // the session of the request in flight
     QPixmap m_attachment;
     QString m_pendingAction;
     service::ai::AiApiService* m_api = nullptr;
@@ -114,6 +125,7 @@ private:
     QWidget* m_loadingBubble = nullptr;
     QLabel* m_loadingLabel = nullptr;
     int m_dots = 0;
+    bool m_followEnd = true; // the view keeps to its end as the conversation grows
 };
 
 } // namespace zelmor::widget

@@ -60,7 +60,8 @@ void AiChatPanel::send()
     const QString shown = text.isEmpty() ? tr("(Image Only)", "ai.send.imageOnly") : text;
     m_stack->setCurrentIndex(1);
     addBubble(QStringLiteral("user"), shown, m_attachment);
-    appendToCurrent(QStringLiteral("user"), shown, m_attachment);
+    m_askedId = m_currentId;
+    appendTo(m_askedId, QStringLiteral("user"), shown, m_attachment);
 
     service::ai::ChatRequest request;
     request.text = text.isEmpty() ? QStringLiteral("Describe this image.") : text;
@@ -135,6 +136,14 @@ void AiChatPanel::endThinking()
     m_status->setText(tr("就绪", "ai.status.ready"));
 }
 
+void AiChatPanel::answerWith(const QString& role, const QString& text, bool keep)
+{
+    if (m_askedId == m_currentId) addBubble(role, text, QPixmap());
+    if (!keep || !session(m_askedId)) return;
+    appendTo(m_askedId, role, text, QPixmap());
+    saveSessions();
+}
+
 void AiChatPanel::onAnswer(const QString& answer)
 {
     endThinking();
@@ -142,32 +151,28 @@ void AiChatPanel::onAnswer(const QString& answer)
     if (text.isEmpty()) text = tr("已为您完成桌面自动化操作！", "ai.mcp.completed");
     const QRegularExpressionMatch call = textToolCall().match(text);
     if (!call.hasMatch()) {
-        addBubble(QStringLiteral("assistant"), text, QPixmap());
-        if (currentSession()) {
-            appendToCurrent(QStringLiteral("assistant"), text, QPixmap());
-            saveSessions();
-            refreshSessionList(); // the message count
-        }
+        answerWith(QStringLiteral("assistant"), text, true);
+        refreshSessionList(); // the message count
         return;
     }
     // Shown, not kept: the session holds only what the model said in words.
     const QString function = call.captured(1).trimmed();
     const QString target = call.captured(2).trimmed();
     const QString rest = QString(text).remove(textToolCall()).trimmed();
-    if (!rest.isEmpty()) addBubble(QStringLiteral("assistant"), rest, QPixmap());
+    if (!rest.isEmpty()) answerWith(QStringLiteral("assistant"), rest, false);
     QVariantMap args;
     if (!target.isEmpty()) args.insert(QStringLiteral("target"), target);
     const QVariantMap result = service::mcp::callMcpTool(function, args);
     if (result.value(QStringLiteral("isError"), false).toBool()) {
-        addBubble(QStringLiteral("system"),
-                  tr("MCP 工具执行失败 (%1): %2", "ai.mcp.failed")
-                      .arg(function, result.value(QStringLiteral("text")).toString()),
-                  QPixmap());
+        answerWith(QStringLiteral("system"),
+                   tr("MCP 工具执行失败 (%1): %2", "ai.mcp.failed")
+                       .arg(function, result.value(QStringLiteral("text")).toString()),
+                   false);
         return;
     }
     QString line = tr("✅ MCP 工具已成功执行: %1", "ai.mcp.success").arg(function);
     if (!target.isEmpty()) line += QStringLiteral(" → ") + target;
-    addBubble(QStringLiteral("system"), line, QPixmap());
+    answerWith(QStringLiteral("system"), line, false);
 }
 
 void AiChatPanel::onToolExecuted(const QString& toolName, const QVariantMap& args,
@@ -188,18 +193,14 @@ void AiChatPanel::onToolExecuted(const QString& toolName, const QVariantMap& arg
             detail.isEmpty() ? toolName : QStringLiteral("%1 → %2").arg(toolName, detail);
         line = tr("⚡ 已自动执行桌面操控: %1", "ai.tool.succ").arg(what);
     }
-    addBubble(QStringLiteral("system"), line, QPixmap());
-    if (currentSession()) {
-        appendToCurrent(QStringLiteral("system"), line, QPixmap());
-        saveSessions();
-    }
+    answerWith(QStringLiteral("system"), line, true);
 }
 
 void AiChatPanel::onFailed(const QString& reason)
 {
     endThinking();
-    addBubble(QStringLiteral("system"), tr("Request failed: %1", "ai.error.fmt").arg(reason),
-              QPixmap());
+    answerWith(QStringLiteral("system"), tr("Request failed: %1", "ai.error.fmt").arg(reason),
+               false);
 }
 
 void AiChatPanel::fillInput(const QString& text)

@@ -3,10 +3,13 @@
 #include "AiChatPanel.h"
 
 #include "ChatWidgets.h"
+#include "widget/ControlName.h"
 
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QLocale>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QStackedWidget>
@@ -27,6 +30,17 @@ QString draftTitle()
     return AiChatPanel::tr("New Chat", "ai.session.newTitle");
 }
 
+// Laying out rich text costs time with its length: a bubble shows the start of a long message,
+// and the whole of it opens in a plain viewer.
+constexpr qsizetype kShownChars = 6000;
+
+QString shownPart(const QString& text)
+{
+    if (text.size() <= kShownChars) return text;
+    const qsizetype lineEnd = text.lastIndexOf(QLatin1Char('\n'), kShownChars);
+    return text.left(lineEnd > kShownChars / 2 ? lineEnd : kShownChars) + QStringLiteral(" …");
+}
+
 QLabel* bubbleText(const QString& text, bool rich, QWidget* parent)
 {
     auto* label = new QLabel(parent);
@@ -36,6 +50,19 @@ QLabel* bubbleText(const QString& text, bool rich, QWidget* parent)
     label->setTextInteractionFlags(Qt::TextBrowserInteraction);
     label->setOpenExternalLinks(true);
     return label;
+}
+
+void addBubbleText(const QString& text, QWidget* frame, QVBoxLayout* column)
+{
+    column->addWidget(bubbleText(service::ai::renderChatMarkdown(shownPart(text)), true, frame));
+    if (text.size() <= kShownChars) return;
+    QPushButton* all = makeButton(AiChatPanel::tr("Show all (%1 characters)", "ai.bubble.showAll")
+                                      .arg(QLocale().toString(text.size())),
+                                  "btnShowAll", frame);
+    all->setCursor(Qt::PointingHandCursor);
+    QObject::connect(all, &QPushButton::clicked, frame,
+                     [text, frame] { showChatTextViewer(text, frame->window()); });
+    column->addWidget(all, 0, Qt::AlignLeft);
 }
 
 } // namespace
@@ -52,20 +79,21 @@ void AiChatPanel::saveSessions()
     service::ai::saveChatSessions(service::ai::chatSessionsPath(), m_sessions, draftTitle());
 }
 
-ChatSession* AiChatPanel::currentSession()
+ChatSession* AiChatPanel::session(const QString& id)
 {
     for (ChatSession& session : m_sessions)
-        if (!m_currentId.isEmpty() && session.id == m_currentId) return &session;
+        if (!id.isEmpty() && session.id == id) return &session;
     return nullptr;
 }
 
-void AiChatPanel::appendToCurrent(const QString& role, const QString& text, const QPixmap& image)
+void AiChatPanel::appendTo(const QString& id, const QString& role, const QString& text,
+                           const QPixmap& image)
 {
-    ChatSession* session = currentSession();
-    if (!session) return;
+    ChatSession* target = session(id);
+    if (!target) return;
     const QDateTime now = QDateTime::currentDateTime();
-    session->messages.append({role, text, image, now});
-    session->updatedAt = now;
+    target->messages.append({role, text, image, now});
+    target->updatedAt = now;
 }
 
 // The new session, named by the time in milliseconds, first in the list and current.
@@ -178,7 +206,7 @@ void AiChatPanel::addBubble(const QString& role, const QString& text, const QPix
                             bubble);
     name->setObjectName(QStringLiteral("bubbleName"));
     if (system) {
-        QLabel* line = bubbleText(text, false, bubble);
+        QLabel* line = bubbleText(shownPart(text), false, bubble);
         line->setObjectName(QStringLiteral("bubbleSystem"));
         line->setAlignment(Qt::AlignCenter);
         column->addWidget(name, 0, Qt::AlignHCenter);
@@ -206,8 +234,7 @@ void AiChatPanel::addBubble(const QString& role, const QString& text, const QPix
             picture->setAccessibleName(picture->toolTip());
             inner->addWidget(picture);
         }
-        if (!text.isEmpty())
-            inner->addWidget(bubbleText(service::ai::renderChatMarkdown(text), true, frame));
+        if (!text.isEmpty()) addBubbleText(text, frame, inner);
         auto* row = new QHBoxLayout;
         if (user) row->addStretch(1);
         row->addWidget(frame);
@@ -221,9 +248,21 @@ void AiChatPanel::addBubble(const QString& role, const QString& text, const QPix
 
 void AiChatPanel::scrollToEnd()
 {
-    QTimer::singleShot(20, this, [this] {
-        m_scrollArea->verticalScrollBar()->setValue(m_scrollArea->verticalScrollBar()->maximum());
+    m_followEnd = true;
+    QScrollBar* bar = m_scrollArea->verticalScrollBar();
+    bar->setValue(bar->maximum());
+}
+
+// Bubbles take their height only as the layout settles, after they are added: the view
+// keeps to its end through every growth until the user scrolls away from it.
+void AiChatPanel::followEnd()
+{
+    QScrollBar* bar = m_scrollArea->verticalScrollBar();
+    connect(bar, &QScrollBar::rangeChanged, this, [this, bar](int, int maximum) {
+        if (m_followEnd) bar->setValue(maximum);
     });
+    connect(bar, &QScrollBar::valueChanged, this,
+            [this, bar](int value) { m_followEnd = value >= bar->maximum(); });
 }
 
 } // namespace zelmor::widget

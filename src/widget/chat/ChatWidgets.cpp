@@ -1,5 +1,6 @@
 #include "ChatWidgets.h"
 
+#include "core/Utilities.h"
 #include "widget/ControlName.h"
 
 #include <QApplication>
@@ -7,8 +8,11 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QMimeData>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QTextBlock>
+#include <QTimer>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -135,6 +139,58 @@ void ChatPictureLabel::mousePressEvent(QMouseEvent* event)
 {
     QLabel::mousePressEvent(event);
     if (!m_picture.isNull()) showChatPicturePreview(m_picture, window());
+}
+
+namespace {
+
+constexpr qsizetype kSliceChars = 16 * 1024;
+
+} // namespace
+
+ChatTextViewer::ChatTextViewer(const QString& text, QWidget* parent)
+    : QDialog(parent), m_text(text), m_view(new QPlainTextEdit(this))
+{
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowTitle(tr("Whole message", "ai.viewer.title"));
+    resize(900, 700);
+    auto* column = new QVBoxLayout(this);
+    m_view->setReadOnly(true);
+    m_view->setAccessibleName(windowTitle());
+    column->addWidget(m_view, 1);
+    auto* row = new QHBoxLayout;
+    row->addStretch(1);
+    // The view may break a line that has no end of its own; the copy is the message as it is.
+    QPushButton* copy = makeButton(tr("Copy all", "ai.viewer.copy"), "btnCopyAll", this);
+    connect(copy, &QPushButton::clicked, this, [this] { core::copyTextToClipboard(m_text); });
+    row->addWidget(copy);
+    QPushButton* close = makeButton(tr("Close", "ai.viewer.close"), "btnCloseViewer", this);
+    connect(close, &QPushButton::clicked, this, &QDialog::close);
+    row->addWidget(close);
+    column->addLayout(row);
+    appendSlice();
+}
+
+// A slice ends after a line break where there is one, so that lines stay whole.
+void ChatTextViewer::appendSlice()
+{
+    qsizetype end = std::min(m_text.size(), m_filled + kSliceChars);
+    if (end < m_text.size()) {
+        const qsizetype lineEnd = m_text.lastIndexOf(QLatin1Char('\n'), end - 1);
+        if (lineEnd >= m_filled) end = lineEnd + 1;
+    }
+    QTextCursor cursor(m_view->document());
+    cursor.movePosition(QTextCursor::End);
+    QString slice = m_text.mid(m_filled, end - m_filled);
+    if (!slice.endsWith(QLatin1Char('\n')) && end < m_text.size()) slice += QLatin1Char('\n');
+    cursor.insertText(slice);
+    m_filled = end;
+    if (!filled()) QTimer::singleShot(0, this, &ChatTextViewer::appendSlice);
+}
+
+void showChatTextViewer(const QString& text, QWidget* parent)
+{
+    auto* viewer = new ChatTextViewer(text, parent);
+    viewer->show();
 }
 
 void showChatPicturePreview(const QPixmap& picture, QWidget* parent)

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <QDialog>
 #include <QFrame>
 #include <QLabel>
 #include <QTextEdit>
 
+class QPlainTextEdit;
 class QPushButton;
 
 // The small pieces of the chat page: a session row, a welcome card, the input box, and a
@@ -79,6 +81,26 @@ protected:
 private:
     QPixmap m_picture;
 };
+
+// The whole of a long message, in a plain view that lays out only what is on screen. It is
+// filled a slice per turn of the event loop, so that megabytes keep the window responsive.
+class ChatTextViewer : public QDialog
+{
+    Q_OBJECT
+public:
+    ChatTextViewer(const QString& text, QWidget* parent = nullptr);
+    const QString& text() const { return m_text; }
+    bool filled() const { return m_filled >= m_text.size(); }
+
+private:
+    void appendSlice();
+
+    QString m_text;
+    qsizetype m_filled = 0;
+    QPlainTextEdit* m_view;
+};
+
+void showChatTextViewer(const QString& text, QWidget* parent);
 
 // The modal preview of a chat picture.
 void showChatPicturePreview(const QPixmap& picture, QWidget* parent);

@@ -2,9 +2,12 @@
 
 // Measuring helpers shared by the benchmarks.
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QEvent>
 #include <QFile>
 #include <QRegularExpression>
+#include <QTimer>
 
 #include <algorithm>
 #include <functional>
@@ -34,6 +37,60 @@ inline qint64 peakResidentKiB()
     const auto match =
         QRegularExpression(QStringLiteral("VmHWM:\\s+(\\d+)")).match(status.readAll());
     return match.captured(1).toLongLong();
+}
+
+// Measures how long the event loop is away between two of its turns, with a 0 ms timer.
+class StallMeter
+{
+public:
+    double longestMs = 0;
+    int over16 = 0;
+
+    StallMeter()
+    {
+        m_ticker.setInterval(0);
+        QObject::connect(&m_ticker, &QTimer::timeout, [this] {
+            const double gap = m_sinceTick.nsecsElapsed() / 1e6;
+            longestMs = std::max(longestMs, gap);
+            over16 += gap > 16.0;
+            m_sinceTick.restart();
+        });
+    }
+    void start()
+    {
+        m_sinceTick.start();
+        m_ticker.start();
+    }
+    void stop() { m_ticker.stop(); }
+
+private:
+    QTimer m_ticker;
+    QElapsedTimer m_sinceTick;
+};
+
+// The time on `clock` of the first paint of the widgets it filters.
+class FirstPaint : public QObject
+{
+public:
+    explicit FirstPaint(const QElapsedTimer& clock) : m_clock(clock) {}
+    qint64 at = -1;
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint && at < 0) at = m_clock.elapsed();
+        return false;
+    }
+
+private:
+    const QElapsedTimer& m_clock;
+};
+
+// Turns the event loop until `done` holds.
+inline void spinUntil(const std::function<bool()>& done)
+{
+    while (!done())
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
 }
 
 } // namespace zelmor::bench

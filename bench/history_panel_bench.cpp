@@ -3,6 +3,7 @@
 //   scripts/x-session.sh build/bench/zelmor-bench-history-panel [items] [folder to keep the files
 //   in]
 
+#include "BenchSupport.h"
 #include "core/Resources.h"
 #include "service/history/HistoryService.h"
 #include "widget/HistoryGrid.h"
@@ -23,6 +24,9 @@
 #include <cstdio>
 #include <vector>
 
+using zelmor::bench::FirstPaint;
+using zelmor::bench::spinUntil;
+using zelmor::bench::StallMeter;
 using zelmor::core::HistoryCategory;
 using zelmor::service::history::HistoryService;
 using zelmor::widget::HistoryPanel;
@@ -92,35 +96,6 @@ public:
     }
 };
 
-// Measures how long the event loop is away between two of its turns, with a 0 ms timer.
-class StallMeter
-{
-public:
-    double longestMs = 0;
-    int over16 = 0;
-
-    StallMeter()
-    {
-        m_ticker.setInterval(0);
-        QObject::connect(&m_ticker, &QTimer::timeout, [this] {
-            const double gap = m_sinceTick.nsecsElapsed() / 1e6;
-            longestMs = std::max(longestMs, gap);
-            over16 += gap > 16.0;
-            m_sinceTick.restart();
-        });
-    }
-    void start()
-    {
-        m_sinceTick.start();
-        m_ticker.start();
-    }
-    void stop() { m_ticker.stop(); }
-
-private:
-    QTimer m_ticker;
-    QElapsedTimer m_sinceTick;
-};
-
 struct ScrollResult
 {
     qint64 firstPaintMs = 0;
@@ -143,29 +118,6 @@ bool visibleTilesReady(HistoryThumbnailView* view)
     }
     return true;
 }
-
-void spinUntil(const std::function<bool()>& done)
-{
-    while (!done())
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-}
-
-class FirstPaint : public QObject
-{
-public:
-    explicit FirstPaint(const QElapsedTimer& clock) : m_clock(clock) {}
-    qint64 at = -1;
-
-protected:
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        if (event->type() == QEvent::Paint && at < 0) at = m_clock.elapsed();
-        return false;
-    }
-
-private:
-    const QElapsedTimer& m_clock;
-};
 
 ScrollResult run(bool listMode)
 {

@@ -21,7 +21,6 @@
 #include <QLabel>
 #include <QMimeData>
 #include <QProcess>
-#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTimer>
 
@@ -30,32 +29,17 @@ using namespace zelmor::test;
 
 namespace {
 
-QString run(const QString& program, const QStringList& args)
-{
-    QProcess process;
-    process.start(program, args);
-    process.waitForFinished(30000);
-    return QString::fromUtf8(process.readAllStandardOutput() + process.readAllStandardError());
-}
-
-// Over the white field: red and blue show as what dominates, at whatever fade.
-bool reddish(const QColor& c)
-{
-    return c.red() - c.green() > 40 && c.red() - c.blue() > 40;
-}
-
-bool bluish(const QColor& c)
-{
-    return c.blue() - c.red() > 40;
-}
-
-// Some frame holds the red dot at the click and the blue ring around it.
+// Some frame holds the red dot at the click and, over the white field, the blue ring.
 bool clickMarked(const QList<QImage>& frames, const QPoint& at)
 {
     for (const QImage& frame : frames) {
-        if (!reddish(frame.pixelColor(at))) continue;
+        const QColor dot = frame.pixelColor(at);
+        if (dot.red() - dot.green() < 40 || dot.red() - dot.blue() < 40) continue;
         for (int r = 14; r <= 32; ++r)
-            if (bluish(frame.pixelColor(at + QPoint(r, 0)))) return true;
+            if (frame.pixelColor(at + QPoint(r, 0)).blue() -
+                    frame.pixelColor(at + QPoint(r, 0)).red() >
+                40)
+                return true;
     }
     return false;
 }
@@ -146,22 +130,12 @@ private slots:
         QCOMPARE(QApplication::clipboard()->mimeData()->urls(),
                  QList<QUrl>{QUrl::fromLocalFile(gif)});
 
-        QImageReader qt(gif);
-        QCOMPARE(qt.imageCount(), frames.size());
-        QCOMPARE(qt.size(), frames.first().size());
-        qt.read();
-        QCOMPARE(qt.nextImageDelay() / 10, intervalMs / 10);
-        const QString sicle = run("gifsicle", {"--info", gif});
-        QVERIFY2(sicle.contains(QString("%1 images").arg(frames.size())), qPrintable(sicle));
-        QVERIFY2(sicle.contains(QString("delay %1s").arg(intervalMs / 10 / 100.0)),
-                 qPrintable(sicle));
-        const QString probe =
-            run("ffprobe", {"-v", "error", "-count_frames", "-show_entries",
-                            "stream=width,height,nb_read_frames", "-of", "csv=p=0", gif});
-        QCOMPARE(probe.trimmed(), QString("%1,%2,%3")
-                                      .arg(frames.first().width())
-                                      .arg(frames.first().height())
-                                      .arg(frames.size()));
+        // The file's format is the encoder suite's: here, that the export is the recording.
+        QImageReader written(gif);
+        QCOMPARE(written.imageCount(), frames.size());
+        QCOMPARE(written.size(), frames.first().size());
+        written.read();
+        QCOMPARE(written.nextImageDelay() / 10, intervalMs / 10);
 
         // The next recording starts without the keys of this one.
         QSignalSpy ticked(recording, &service::record::RecordingService::elapsedChanged);

@@ -5,7 +5,9 @@
 #include "widget/overlay/CaptureOverlay.h"
 #include "widget/overlay/OverlayPanels.h"
 
+#include <QAccessible>
 #include <QClipboard>
+#include <QComboBox>
 #include <QScopeGuard>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -127,6 +129,18 @@ private Q_SLOTS:
         QCOMPARE(o->hasSelection(), selection.isValid());
         QCOMPARE(o->panels()->actionBar()->isVisible(), selection.isValid());
         if (selection.isValid()) QCOMPARE(o->selection(), selection);
+    }
+
+    void everyControlHasAName()
+    {
+        CaptureOverlay* o = openWithSelection(QRect(300, 300, 400, 200));
+        for (QWidget* w : o->findChildren<QWidget*>()) {
+            if (!qobject_cast<QAbstractButton*>(w) && !qobject_cast<QComboBox*>(w) &&
+                !qobject_cast<QAbstractSpinBox*>(w))
+                continue;
+            QVERIFY2(!QAccessible::queryAccessibleInterface(w)->text(QAccessible::Name).isEmpty(),
+                     qPrintable(w->objectName()));
+        }
     }
 
     // Shapes keep their place on the desktop; the crop cuts what sticks out.

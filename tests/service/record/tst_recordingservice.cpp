@@ -49,20 +49,6 @@ private slots:
         QCOMPARE(RecordingService::outputSize(region), frame);
     }
 
-    void interval_data()
-    {
-        QTest::addColumn<int>("fps");
-        QTest::addColumn<int>("ms");
-        for (auto [fps, ms] : {std::pair{30, 50}, {15, 66}, {10, 100}, {1, 1000}, {0, 1000}})
-            QTest::addRow("%d fps", fps) << fps << ms;
-    }
-    void interval()
-    {
-        QFETCH(int, fps);
-        QFETCH(int, ms);
-        QCOMPARE(RecordingService::intervalForFps(fps), ms);
-    }
-
     void keyChips_data()
     {
         QTest::addColumn<QList<qint64>>("ages"); // oldest first; negative: after the frame

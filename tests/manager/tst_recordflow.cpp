@@ -27,35 +27,6 @@
 using namespace zelmor;
 using namespace zelmor::test;
 
-namespace {
-
-// Some frame holds the red dot at the click and, over the white field, the blue ring.
-bool clickMarked(const QList<QImage>& frames, const QPoint& at)
-{
-    for (const QImage& frame : frames) {
-        const QColor dot = frame.pixelColor(at);
-        if (dot.red() - dot.green() < 40 || dot.red() - dot.blue() < 40) continue;
-        for (int r = 14; r <= 32; ++r)
-            if (frame.pixelColor(at + QPoint(r, 0)).blue() -
-                    frame.pixelColor(at + QPoint(r, 0)).red() >
-                40)
-                return true;
-    }
-    return false;
-}
-
-// The chip row sits dark on the white field, centred near the frame's bottom.
-bool chipsShown(const QImage& frame)
-{
-    int dark = 0;
-    for (int y = frame.height() - 40; y < frame.height() - 8; ++y)
-        for (int x = frame.width() / 2 - 30; x < frame.width() / 2 + 30; ++x)
-            dark += qGray(frame.pixel(x, y)) < 60;
-    return dark > 100;
-}
-
-} // namespace
-
 class TestRecordFlow : public QObject
 {
     Q_OBJECT
@@ -94,8 +65,7 @@ private slots:
 
         QTRY_VERIFY(shownTopLevel<widget::RecordHud>());
         auto* hud = shownTopLevel<widget::RecordHud>();
-        const QPoint clickAt = region.center();
-        QVERIFY(click(clickAt));
+        QVERIFY(click(region.center()));      // the recorded program takes the keys
         std::vector<platform::KeyEvent> keys; // eight keys: the strip shows the newest six
         for (unsigned key = 'A'; key <= 'H'; ++key)
             keys.insert(keys.end(), {{key, true}, {key, false}});
@@ -120,8 +90,6 @@ private slots:
         QVERIFY(clickButton(hud, "Stop"));
         QTRY_VERIFY_WITH_TIMEOUT(!frames.isEmpty() && !QApplication::activeModalWidget(), 60000);
 
-        QVERIFY(clickMarked(frames, clickAt - region.topLeft()));
-        QVERIFY(chipsShown(frames.last()));
         const QList<core::HistoryItem> rows =
             service::history::HistoryService::instance().recent(1);
         QCOMPARE(rows.size(), 1);

@@ -158,31 +158,36 @@ private:
     QPointer<QTcpSocket> m_held;
 };
 
-// The body of an OpenAI-style chat answer holding `text`.
-// The body of an OpenAI-style answer that asks for tools: pairs of name and arguments.
-inline QByteArray openAiToolReply(const QList<QPair<QString, QJsonObject>>& calls)
+// The body of an OpenAI-style answer with `message` as its one choice.
+inline QByteArray openAiAnswer(const QJsonObject& message)
 {
-    QJsonArray list;
-    for (const auto& [name, arguments] : calls)
-        list.append(QJsonObject{{QStringLiteral("id"), QStringLiteral("call_%1").arg(list.size())},
-                                {QStringLiteral("type"), QStringLiteral("function")},
-                                {QStringLiteral("function"),
-                                 QJsonObject{{QStringLiteral("name"), name},
-                                             {QStringLiteral("arguments"),
-                                              QString::fromUtf8(QJsonDocument(arguments).toJson(
-                                                  QJsonDocument::Compact))}}}});
-    const QJsonObject message{{QStringLiteral("role"), QStringLiteral("assistant")},
-                              {QStringLiteral("content"), QJsonValue::Null},
-                              {QStringLiteral("tool_calls"), list}};
     const QJsonArray choices{QJsonObject{{QStringLiteral("message"), message}}};
     return QJsonDocument(QJsonObject{{QStringLiteral("choices"), choices}}).toJson();
 }
 
 inline QByteArray openAiReply(const QString& text)
 {
-    const QJsonObject message{{QStringLiteral("content"), text}};
-    const QJsonArray choices{QJsonObject{{QStringLiteral("message"), message}}};
-    return QJsonDocument(QJsonObject{{QStringLiteral("choices"), choices}}).toJson();
+    return openAiAnswer({{QStringLiteral("content"), text}});
+}
+
+// The assistant turn that asks for tools: pairs of name and arguments, an object or its text.
+inline QJsonObject openAiToolTurn(const QList<QPair<QString, QJsonValue>>& calls)
+{
+    QJsonArray list;
+    for (const auto& [name, arguments] : calls)
+        list.append(QJsonObject{
+            {QStringLiteral("id"), QStringLiteral("call_%1").arg(list.size())},
+            {QStringLiteral("type"), QStringLiteral("function")},
+            {QStringLiteral("function"), QJsonObject{{QStringLiteral("name"), name},
+                                                     {QStringLiteral("arguments"), arguments}}}});
+    return {{QStringLiteral("role"), QStringLiteral("assistant")},
+            {QStringLiteral("content"), QJsonValue::Null},
+            {QStringLiteral("tool_calls"), list}};
+}
+
+inline QByteArray openAiToolReply(const QList<QPair<QString, QJsonValue>>& calls)
+{
+    return openAiAnswer(openAiToolTurn(calls));
 }
 
 } // namespace zelmor::test

@@ -30,17 +30,6 @@ using manager::TaskItem;
 using manager::TaskManager;
 using service::history::HistoryService;
 
-namespace {
-
-QPixmap picture()
-{
-    QPixmap p(120, 80);
-    p.fill(Qt::white);
-    return p;
-}
-
-} // namespace
-
 // The AI entries of the actions, and the task list and card that follow them.
 class TestAiEntries : public QObject
 {
@@ -62,6 +51,17 @@ class TestAiEntries : public QObject
         for (const core::HistoryItem& i : HistoryService::instance().recent(500))
             n += i.category == core::HistoryCategory::Ai;
         return n;
+    }
+
+    // Recognition, translation or annotation of a plain picture.
+    void start(int job)
+    {
+        QPixmap picture(120, 80);
+        picture.fill(Qt::white);
+        const QList<void (manager::ActionManager::*)(const QPixmap&)> entries{
+            &manager::ActionManager::ocrWithPixmap, &manager::ActionManager::translateWithPixmap,
+            &manager::ActionManager::aiAnnotateWithPixmap};
+        (m_actions.get()->*entries[job])(picture);
     }
 
 private Q_SLOTS:
@@ -122,18 +122,36 @@ private Q_SLOTS:
         QTRY_VERIFY(!test::shownTopLevel<widget::OcrResultDialog>());
     }
 
-    void failedOcrKeepsItsSourceAndTellsTheTask()
+    // A failure marks the task, and the card shows why in full inside its row. Recognition
+    // has kept its source before the answer; annotation keeps nothing.
+    void failureTellsTheTask_data()
     {
+        QTest::addColumn<int>("job"); // 0 recognition, 2 annotation
+        QTest::addColumn<QByteArray>("reply");
+        QTest::addColumn<QString>("reason");
+        QTest::addColumn<int>("kept");
+        const QString key = QStringLiteral("Incorrect API key provided: sk-0123. You can find "
+                                           "your API key at https://example.com/account/keys.");
+        QTest::newRow("recognition, refused")
+            << 0 << QByteArray(R"({"error":{"message":")" + key.toUtf8() + R"("}})") << key << 1;
+        QTest::newRow("annotation, no array")
+            << 2 << test::openAiReply(QStringLiteral("I see no controls"))
+            << "No JSON array in AI response" << 0;
+    }
+    void failureTellsTheTask()
+    {
+        QFETCH(int, job);
+        QFETCH(QByteArray, reply);
+        QFETCH(QString, reason);
+        QFETCH(int, kept);
         const qsizetype before = aiRows();
-        const QString reason = QStringLiteral("Incorrect API key provided: sk-0123. You can find "
-                                              "your API key at https://example.com/account/keys.");
-        m_server.enqueue(401, R"({"error":{"message":")" + reason.toUtf8() + R"("}})");
-        m_actions->ocrWithPixmap(picture());
+        m_server.enqueue(reply.contains("error") ? 401 : 200, reply);
+        start(job);
+        const QString toast = core::tool::Toast::current()->title();
         QTRY_COMPARE(lastTask().state, TaskItem::Failed);
-        QCOMPARE(core::tool::Toast::current()->title(), QStringLiteral("OCR")); // none of its own
         QCOMPARE(lastTask().result, reason);
-        QCOMPARE(aiRows(), before + 1);
-        // The card tells why, in full, inside its row.
+        QCOMPARE(aiRows(), before + kept);
+        QCOMPARE(core::tool::Toast::current()->title(), toast); // no toast of its own
         widget::TaskItemRow* row = card().row(lastTask().id);
         QTRY_VERIFY(row->isVisible());
         QLabel* why = nullptr;
@@ -166,33 +184,24 @@ private Q_SLOTS:
         QFETCH(QString, reason);
         auto& providers = service::ai::AiProviderService::instance();
         const service::ai::AiProvider usable = providers.active();
-        service::ai::AiProvider unusable = usable;
-        unusable.protocol = protocol;
-        unusable.baseUrl.clear();
-        QVERIFY(providers.update(unusable));
+        QVERIFY(providers.update({usable.id, {}, protocol, {}, {}, {}, true, 0}));
         const qsizetype rows = aiRows(), jobs = tasks().tasks().size();
         const qsizetype requests = m_server.requests().size();
-        using Start = void (manager::ActionManager::*)(const QPixmap&);
-        const Start starts[] = {&manager::ActionManager::ocrWithPixmap,
-                                &manager::ActionManager::translateWithPixmap,
-                                &manager::ActionManager::aiAnnotateWithPixmap};
-        (m_actions.get()->*starts[job])(picture());
-        (m_actions.get()->*starts[job])(picture());
+        start(job);
+        start(job);
         QVERIFY(providers.update(usable));
         QCOMPARE(tasks().tasks().size(), jobs);
         QCOMPARE(aiRows(), rows);
         QTest::qWait(100);
         QCOMPARE(m_server.requests().size(), requests);
-        QList<QMessageBox*> prompts;
-        for (QWidget* w : QApplication::topLevelWidgets())
-            if (auto* box = qobject_cast<QMessageBox*>(w); box && box->isVisible()) prompts << box;
+        const QList<QMessageBox*> prompts = m_window.findChildren<QMessageBox*>();
         QCOMPARE(prompts.size(), 1);
         QVERIFY2(prompts[0]->text().startsWith(reason), qPrintable(prompts[0]->text()));
         for (QAbstractButton* button : prompts[0]->buttons())
             if (button->text() == QStringLiteral("Open AI Settings")) button->click();
         QTRY_VERIFY(m_window.isVisible());
         QCOMPARE(m_window.currentPage(), int(widget::MainWindow::SettingsPage));
-        QTRY_VERIFY(!test::shownTopLevel<QMessageBox>());
+        QTRY_VERIFY(m_window.findChildren<QMessageBox*>().isEmpty());
         m_window.hide();
     }
 
@@ -202,7 +211,7 @@ private Q_SLOTS:
         m_server.enqueueHold();
         const qsizetype requests = m_server.requests().size();
         QSignalSpy updates(&TaskManager::instance(), &TaskManager::taskUpdated);
-        m_actions->ocrWithPixmap(picture());
+        start(0);
         const quint64 id = lastTask().id;
         QTRY_VERIFY(m_server.requests().size() > requests);
         card().row(id)->findChild<QPushButton*>()->click();
@@ -217,23 +226,13 @@ private Q_SLOTS:
         const qsizetype pins = m_actions->pinManager()->pins().size();
         m_server.enqueue(200, test::openAiReply(
                                   QStringLiteral("[{\"box\":[10,5,40,30],\"label\":\"button\"}]")));
-        m_actions->aiAnnotateWithPixmap(picture());
+        start(2);
         QTRY_COMPARE(lastTask().state, TaskItem::Finished);
         QCOMPARE(m_actions->pinManager()->pins().size(), pins + 1);
         QCOMPARE(aiRows(), before + 1);
         const QImage stored(HistoryService::instance().recent(1).first().path);
         QCOMPARE(stored.pixelColor(10, 20), QColor(0, 184, 107)); // the outline
         QCOMPARE(stored.pixelColor(12, 2), QColor(0, 184, 107));  // a top box's label plate, at y 0
-    }
-
-    void failedAnnotationSavesNothing()
-    {
-        const qsizetype before = aiRows();
-        m_server.enqueue(200, test::openAiReply(QStringLiteral("I see no controls")));
-        m_actions->aiAnnotateWithPixmap(picture());
-        QTRY_COMPARE(lastTask().state, TaskItem::Failed);
-        QCOMPARE(lastTask().result, QStringLiteral("No JSON array in AI response"));
-        QCOMPARE(aiRows(), before);
     }
 
     // The task list and its card, without the AI behind them.

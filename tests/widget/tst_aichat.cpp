@@ -16,7 +16,6 @@
 
 #include <QClipboard>
 #include <QComboBox>
-#include <QDir>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -41,23 +40,19 @@ bool pressEnter(bool shift = false)
     return platform::sendKeys({{kReturn, true}, {kReturn, false}});
 }
 
-// The texts of the conversation's labels of that object name, in order.
-QStringList bubbleTexts(AiChatPanel* panel, const char* name)
+// The texts of the conversation's widgets of that object name, in order: a label's own, or
+// those of the labels in a bubble's frame ("bubbleAi", "bubbleUser").
+QStringList bubbles(AiChatPanel* panel, const char* name = "bubbleAi")
 {
     QStringList texts;
     auto* page = panel->findChild<QWidget*>(QStringLiteral("scrollWidget"));
-    for (QLabel* label : page->findChildren<QLabel*>(QLatin1String(name)))
-        texts << label->text();
-    return texts;
-}
-
-// The rich texts of the bubbles of one side: "bubbleAi" or "bubbleUser".
-QStringList bubbles(AiChatPanel* panel, const char* side = "bubbleAi")
-{
-    QStringList texts;
-    for (QFrame* frame : panel->findChildren<QFrame*>(QLatin1String(side)))
-        for (QLabel* label : frame->findChildren<QLabel*>())
+    for (QWidget* w : page->findChildren<QWidget*>(QLatin1String(name))) {
+        const QList<QLabel*> labels = qobject_cast<QLabel*>(w)
+                                          ? QList<QLabel*>{static_cast<QLabel*>(w)}
+                                          : w->findChildren<QLabel*>();
+        for (QLabel* label : labels)
             texts << label->text();
+    }
     return texts;
 }
 
@@ -110,7 +105,7 @@ private Q_SLOTS:
 
     // A first run has only the new chat, and names the endpoint, the model and the hotkey
     // that are really in use.
-    void firstRunNamesWhatIsInUseAndAMalformedFileIsKept()
+    void firstRunNamesWhatIsInUse()
     {
         m_actions->aiChat();
         QVERIFY(QTest::qWaitForWindowExposed(&m_window));
@@ -120,17 +115,6 @@ private Q_SLOTS:
         QVERIFY(label("providerInfoLabel").endsWith(m_server.baseUrl() + "/v1/chat/completions"));
         QCOMPARE(static_cast<QComboBox*>(child("modelSelect"))->currentText(), QStringLiteral("m"));
         QVERIFY(label("attachInfo").contains(core::ConfigManager::instance().hotkeyRegion()));
-
-        const QString path = service::ai::chatSessionsPath();
-        QVERIFY(test::writeFile(path, "[{\"id\": broken"));
-        AiChatPanel fresh;
-        QCOMPARE(fresh.sessions().size(), 1);
-        QCOMPARE(fresh.sessions().first().title, QStringLiteral("New Chat"));
-        const QStringList kept = QDir(QFileInfo(path).path())
-                                     .entryList({QStringLiteral("ai_sessions.json.unreadable-*")});
-        QCOMPARE(kept.size(), 1);
-        QVERIFY(QFile::remove(QFileInfo(path).dir().filePath(kept.first())));
-        QVERIFY(QFile::remove(path));
     }
 
     // Typing on the freshly opened page writes a message.
@@ -141,8 +125,7 @@ private Q_SLOTS:
         QImage red(50, 30, QImage::Format_RGB32);
         red.fill(Qt::red);
         QGuiApplication::clipboard()->setImage(red);
-        test::click(child("chatInput")->mapToGlobal(QPoint(20, 20)));
-        QTRY_VERIFY(child("chatInput")->hasFocus());
+        type(QString());
         QVERIFY(platform::sendKeys({{kCtrl, true}, {kV, true}, {kV, false}, {kCtrl, false}}));
         QTRY_COMPARE(panel()->attachment().size(), QSize(50, 30));
         QCOMPARE(core::tool::Toast::current()->title(), QStringLiteral("📷 Attachment Added"));
@@ -155,32 +138,23 @@ private Q_SLOTS:
         QTest::keyClicks(input, QStringLiteral("second line"));
         QVERIFY(pressEnter());
         QTRY_VERIFY(panel()->thinking());
-        QVERIFY(child("loadingBubble"));
-        QCOMPARE(static_cast<QPushButton*>(child("btnSend"))->text(), QStringLiteral("⏳"));
-        QVERIFY(!child("btnSend")->isEnabled());
+        QVERIFY(child("loadingBubble") && child("bubbleImage") && !child("btnSend")->isEnabled());
         QVERIFY(panel()->attachment().isNull());
-        QVERIFY(child("bubbleImage"));
         QTRY_COMPARE(m_server.requests().size(), 1);
         const QString request = QString::fromUtf8(m_server.requests().last().body);
-        QVERIFY(
-            request.contains(QStringLiteral("What is this <b>shown</b> picture?\\nsecond line")));
-        QVERIFY(request.contains(QStringLiteral("data:image/png;base64,")));
+        QVERIFY(request.contains("What is this <b>shown</b> picture?\\nsecond line"));
+        QVERIFY(request.contains("data:image/png;base64,"));
 
-        const QString answer = QStringLiteral("Use `ls` & **bold** *it*\n```\nint x;\n```");
-        m_server.answerHeld(200, test::openAiReply(answer));
+        m_server.answerHeld(200, test::openAiReply(QStringLiteral("**bold**")));
         QTRY_VERIFY(!panel()->thinking());
         QVERIFY(!child("loadingBubble"));
-        QCOMPARE(bubbles(panel()).last(), service::ai::renderChatMarkdown(answer));
-        QVERIFY(bubbles(panel()).last().contains(QStringLiteral("<b>bold</b> <i>it</i>")));
+        QCOMPARE(bubbles(panel()).last(), QStringLiteral("<b>bold</b>"));
         QVERIFY(bubbles(panel(), "bubbleUser").last().contains(QStringLiteral("&lt;b&gt;shown")));
-
-        const ChatSession* session = current(panel());
-        QCOMPARE(session->title, QStringLiteral("What is this <b>..."));
-        QCOMPARE(session->messages.size(), 2);
-        QCOMPARE(session->messages.first().image.size(), QSize(50, 30));
         QList<ChatSession> saved;
         QVERIFY(service::ai::loadChatSessions(service::ai::chatSessionsPath(), &saved));
-        QCOMPARE(saved.first().messages.last().role, QStringLiteral("assistant"));
+        QCOMPARE(saved.first().title, QStringLiteral("What is this <b>..."));
+        QCOMPARE(saved.first().messages.first().image.size(), QSize(50, 30));
+        QCOMPARE(saved.first().messages.last().text, QStringLiteral("**bold**"));
     }
 
     void answersThatRunToolsAndFailures_data()
@@ -199,9 +173,8 @@ private Q_SLOTS:
                                           "no_such_tool")}
             << 0;
         QTest::addRow("real tool calls")
-            << QList<QByteArray>{test::openAiToolReply(
-                                     {{QStringLiteral("ping"), {}},
-                                      {QStringLiteral("ping"), {{"text", "hi"}}}}),
+            << QList<QByteArray>{test::openAiToolReply({{"ping", QJsonObject()},
+                                                        {"ping", QJsonObject{{"text", "hi"}}}}),
                                  test::openAiReply(QStringLiteral("done"))}
             << QStringList{QStringLiteral("⚡ 已自动执行桌面操控: ping"),
                            QStringLiteral("⚡ 已自动执行桌面操控: ping → hi")}
@@ -218,15 +191,14 @@ private Q_SLOTS:
         QFETCH(int, keptMessages);
         for (const QByteArray& reply : replies)
             m_server.enqueue(reply.contains("bad key") ? 401 : 200, reply);
-        const int before = bubbleTexts(panel(), "bubbleSystem").size();
+        const int before = bubbles(panel(), "bubbleSystem").size();
         const int kept = int(current(panel())->messages.size());
         type(QStringLiteral("go"));
         QVERIFY(pressEnter());
-        QTRY_VERIFY_WITH_TIMEOUT(!panel()->thinking() &&
-                                     bubbleTexts(panel(), "bubbleSystem").size() >=
-                                         before + systemLines.size(),
+        QTRY_VERIFY_WITH_TIMEOUT(!panel()->thinking() && bubbles(panel(), "bubbleSystem").size() >=
+                                                             before + systemLines.size(),
                                  8000);
-        QCOMPARE(bubbleTexts(panel(), "bubbleSystem").mid(before), systemLines);
+        QCOMPARE(bubbles(panel(), "bubbleSystem").mid(before), systemLines);
         QCOMPARE(current(panel())->messages.size(), kept + 1 + keptMessages);
         QCOMPARE(current(panel())->messages.at(kept).role, QStringLiteral("user"));
     }
@@ -271,7 +243,7 @@ private Q_SLOTS:
     void stopDuringAToolStep()
     {
         m_server.clear();
-        m_server.enqueue(200, test::openAiToolReply({{QStringLiteral("ocr"), {}}}));
+        m_server.enqueue(200, test::openAiToolReply({{"ocr", QJsonObject()}}));
         m_server.enqueueHold();
         // Recognition waits in an event loop of its own: the click has to come from inside it.
         QTimer poll;
@@ -286,7 +258,7 @@ private Q_SLOTS:
         QTRY_VERIFY(panel()->thinking());
         QTRY_VERIFY(!panel()->thinking());
         QCOMPARE(m_server.requests().size(), 2);
-        QCOMPARE(bubbleTexts(panel(), "bubbleSystem").last(),
+        QCOMPARE(bubbles(panel(), "bubbleSystem").last(),
                  QStringLiteral("Request failed: Cancelled"));
         QTest::qWait(300);
         QCOMPARE(m_server.requests().size(), 2);

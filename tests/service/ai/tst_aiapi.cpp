@@ -19,6 +19,7 @@
 using namespace zelmor::service::ai;
 using zelmor::test::FakeAiServer;
 using zelmor::test::openAiReply;
+using zelmor::test::openAiToolReply;
 
 namespace {
 
@@ -71,25 +72,6 @@ struct Outcome
     QString text;                      // the answer, or the failure's reason
     QList<QVariantList> executed = {}; // tool name, arguments and result of each tool call
 };
-
-// A tool-calling turn of the OpenAI dialect and the answers around it.
-QJsonObject call(const QString& id, const QString& name, const QJsonValue& arguments)
-{
-    return {{"id", id},
-            {"type", "function"},
-            {"function", QJsonObject{{"name", name}, {"arguments", arguments}}}};
-}
-
-QJsonObject toolTurn(const QJsonArray& calls)
-{
-    return {{"role", "assistant"}, {"content", QJsonValue::Null}, {"tool_calls", calls}};
-}
-
-QByteArray answer(const QJsonObject& message)
-{
-    return QJsonDocument(QJsonObject{{"choices", QJsonArray{QJsonObject{{"message", message}}}}})
-        .toJson();
-}
 
 QString compact(const QVariantMap& result)
 {
@@ -228,70 +210,58 @@ private Q_SLOTS:
                  QJsonDocument::fromJson(dialect.body.toUtf8()).object());
     }
 
-    // Replies in no dialect's shape, and failures: an error's own message when it has one.
+    // Replies in no dialect's shape, and failures: an error's own message when it has one; a
+    // body broken off before its end, compressed or not, is no shorter answer.
     void reply_data()
     {
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QByteArray>("reply");
-        QTest::addColumn<QByteArray>("contentType");
-        QTest::addColumn<QString>("text"); // "~" + text: the network layer's words holding it
+        QTest::addColumn<QByteArray>("response"); // as it goes on the wire
+        QTest::addColumn<QString>("text"); // "~" + text: a failure in the network layer's words
+        const auto whole = [](int status, const QByteArray& body,
+                              const QByteArray& type) -> QByteArray {
+            return FakeAiServer::head(status, body.size(), type) + body;
+        };
         const QByteArray json = "application/json";
         QTest::newRow("choices, null content falls through")
-            << 200 << QByteArray(R"({"choices":[{"message":{"content":null}}],"content":"x"})")
-            << json << "x";
+            << whole(200, R"({"choices":[{"message":{"content":null}}],"content":"x"})", json)
+            << "x";
         QTest::newRow("no known shape")
-            << 200 << QByteArray(R"({"result":"r"})") << json << R"({"result":"r"})";
-        QTest::newRow("plain text")
-            << 200 << QByteArray("Grüße") << QByteArray("text/plain") << "Grüße";
+            << whole(200, R"({"result":"r"})", json) << R"({"result":"r"})";
+        QTest::newRow("plain text") << whole(200, "Grüße", "text/plain") << "Grüße";
         QTest::newRow("openai error message")
-            << 401 << QByteArray(R"({"error":{"message":"Bad key.","type":"invalid_request"}})")
-            << json << "Bad key.";
-        QTest::newRow("html page") << 401 << QByteArray("<html><h1>401 Go away</h1></html>")
-                                   << QByteArray("text/html") << "~Host requires authentication";
-        QTest::newRow("error as a string") << 404 << QByteArray(R"({"error":"model not found"})")
-                                           << json << "~server replied: Not Found";
+            << whole(401, R"({"error":{"message":"Bad key.","type":"invalid_request"}})", json)
+            << "~Bad key.";
+        QTest::newRow("html page") << whole(401, "<html><h1>401 Go away</h1></html>", "text/html")
+                                   << "~Host requires authentication";
+        QTest::newRow("error as a string")
+            << whole(404, R"({"error":"model not found"})", json) << "~server replied: Not Found";
+        const QByteArray answer = openAiReply(QString(5000, 'x'));
+        const QByteArray packed = qCompress(answer).mid(4); // a zlib stream: "deflate"
+        const QByteArray ok = "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n";
+        QTest::newRow("fewer bytes than announced")
+            << QByteArray(FakeAiServer::head(200, answer.size(), json) + answer.left(30))
+            << "~Connection closed";
+        QTest::newRow("compressed, fewer bytes than announced")
+            << QByteArray(ok + "Content-Encoding: deflate\r\nContent-Length: " +
+                          QByteArray::number(packed.size()) + "\r\n\r\n" +
+                          packed.left(packed.size() / 2))
+            << "~Connection closed";
+        QTest::newRow("chunked, broken inside a chunk")
+            << QByteArray(ok + "Transfer-Encoding: chunked\r\n\r\n400\r\n" + answer.left(30))
+            << "~Connection closed";
     }
     void reply()
     {
-        QFETCH(int, status);
-        QFETCH(QByteArray, reply);
-        QFETCH(QByteArray, contentType);
+        QFETCH(QByteArray, response);
         QFETCH(QString, text);
         useProvider("openai");
-        m_server.enqueue(status, reply, contentType);
+        m_server.enqueueRaw(response);
         const Outcome outcome = chat();
-        QCOMPARE(outcome.finished, status == 200);
-        if (text.startsWith('~')) {
-            QVERIFY2(outcome.text.contains(text.mid(1)), qPrintable(outcome.text));
-            QVERIFY(!outcome.text.contains("model not found"));
-        } else {
+        QCOMPARE(outcome.finished, !text.startsWith('~'));
+        if (outcome.finished)
             QCOMPARE(outcome.text, text);
-        }
-    }
-
-    // A body broken off before its end is a failure, not a shorter answer.
-    void cutShortReplyFails_data()
-    {
-        QTest::addColumn<QByteArray>("sent");
-        const QByteArray whole = openAiReply(QString(5000, 'x'));
-        const QByteArray packed = qCompress(whole).mid(4); // a zlib stream: "deflate"
-        const QByteArray ok = "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n";
-        QTest::newRow("fewer bytes than announced")
-            << FakeAiServer::head(200, whole.size(), "application/json") + whole.left(30);
-        QTest::newRow("compressed, fewer bytes than announced")
-            << ok + "Content-Encoding: deflate\r\nContent-Length: " +
-                   QByteArray::number(packed.size()) + "\r\n\r\n" + packed.left(packed.size() / 2);
-        QTest::newRow("chunked, broken inside a chunk")
-            << ok + "Transfer-Encoding: chunked\r\n\r\n400\r\n" + whole.left(30);
-    }
-    void cutShortReplyFails()
-    {
-        QFETCH(QByteArray, sent);
-        useProvider("openai");
-        m_server.enqueueRaw(sent);
-        const Outcome outcome = chat();
-        QVERIFY2(!outcome.finished, qPrintable(outcome.text));
-        QCOMPARE(outcome.text, "Connection closed");
+        else
+            QVERIFY2(outcome.text.contains(text.mid(1)), qPrintable(outcome.text));
+        QVERIFY(!outcome.text.contains("model not found"));
     }
 
     void keyStaysOutOfTheLog()
@@ -312,11 +282,7 @@ private Q_SLOTS:
         AiProvider stored = AiProviderService::instance().active();
         stored.baseUrl = "   ";
         QVERIFY(AiProviderService::instance().update(stored));
-        AiApiService service;
-        QSignalSpy failed(&service, &AiApiService::chatFailed);
-        service.chat({});
-        QCOMPARE(failed.count(), 1);
-        QVERIFY(failed[0][0].toString().startsWith("AI Base URL is not configured."));
+        QVERIFY(chat().text.startsWith("AI Base URL is not configured."));
         settle();
         QVERIFY(m_server.requests().isEmpty());
     }
@@ -375,8 +341,8 @@ private Q_SLOTS:
     {
         useProvider("openai");
         const QJsonObject turn =
-            toolTurn({call("c1", "ping", QJsonObject{{"n", 1}}), call("c2", "no_such_tool", "{")});
-        m_server.enqueue(200, answer(turn));
+            zelmor::test::openAiToolTurn({{"ping", QJsonObject{{"n", 1}}}, {"no_such_tool", "{"}});
+        m_server.enqueue(200, zelmor::test::openAiAnswer(turn));
         m_server.enqueue(200, openAiReply("all done"));
         const Outcome outcome = chat(toolRequest());
         QCOMPARE(outcome.text, "all done");
@@ -392,9 +358,10 @@ private Q_SLOTS:
         QJsonArray expected = first["messages"].toArray();
         expected.append(turn);
         const QString pong = compact(zelmor::service::mcp::callMcpTool("ping", {}));
-        expected.append(QJsonObject{{"role", "tool"}, {"tool_call_id", "c1"}, {"content", pong}});
         expected.append(
-            QJsonObject{{"role", "tool"}, {"tool_call_id", "c2"}, {"content", compact(unknown)}});
+            QJsonObject{{"role", "tool"}, {"tool_call_id", "call_0"}, {"content", pong}});
+        expected.append(QJsonObject{
+            {"role", "tool"}, {"tool_call_id", "call_1"}, {"content", compact(unknown)}});
         QCOMPARE(second["messages"].toArray(), expected);
         QJsonObject rest = second;
         rest.insert("messages", first["messages"]);
@@ -404,7 +371,7 @@ private Q_SLOTS:
     void depthLimit()
     {
         useProvider("openai");
-        const QByteArray again = answer(toolTurn({call("c", "ping", "{}")}));
+        const QByteArray again = openAiToolReply({{"ping", "{}"}});
         for (int i = 0; i < 102; ++i)
             m_server.enqueue(200, again);
         const Outcome outcome = chat(toolRequest());
@@ -420,7 +387,7 @@ private Q_SLOTS:
     void cancelEndsInOneFailure()
     {
         useProvider("openai");
-        m_server.enqueue(200, answer(toolTurn({call("c", "ping", "{}")})));
+        m_server.enqueue(200, openAiToolReply({{"ping", "{}"}}));
         m_server.enqueueHold();
         AiApiService service;
         QSignalSpy finished(&service, &AiApiService::chatFinished);

@@ -8,7 +8,7 @@ packages=(
   g++ make cmake ninja-build ccache pkg-config clang-format git
   clang libclang-rt-14-dev
   qt6-base-dev qt6-base-dev-tools qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools
-  qt6-svg-dev libqt6svg6 libqt6sql6-sqlite libqt6concurrent6 libgl-dev
+  qt6-svg-dev libqt6svg6 libqt6sql6-sqlite libqt6concurrent6 qt6-translations-l10n libgl-dev
   libxcb1-dev libxcb-xtest0-dev libxcb-record0-dev libxcb-randr0-dev libxcb-xinput-dev
   libxcb-keysyms1-dev libxcb-shm0-dev libxcb-xfixes0-dev libxcb-xkb-dev libx11-dev libx11-xcb-dev
   libxkbcommon-dev libatspi2.0-dev

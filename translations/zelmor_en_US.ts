@@ -508,6 +508,19 @@
     </message>
 </context>
 <context>
+    <name>zelmor::service::updater::UpdateService</name>
+    <message>
+        <source>The release feed did not answer in time.</source>
+        <comment>updater.timeout</comment>
+        <translation>The release feed did not answer in time.</translation>
+    </message>
+    <message>
+        <source>The release feed sent more than a release.</source>
+        <comment>updater.tooLarge</comment>
+        <translation>The release feed sent more than a release.</translation>
+    </message>
+</context>
+<context>
     <name>zelmor::widget::AiChatPanel</name>
     <message>
         <source>Show all (%1 characters)</source>
@@ -1067,6 +1080,24 @@
     </message>
 </context>
 <context>
+    <name>zelmor::widget::ChatTextViewer</name>
+    <message>
+        <source>Close</source>
+        <comment>ai.viewer.close</comment>
+        <translation>Close</translation>
+    </message>
+    <message>
+        <source>Copy all</source>
+        <comment>ai.viewer.copy</comment>
+        <translation>Copy all</translation>
+    </message>
+    <message>
+        <source>Whole message</source>
+        <comment>ai.viewer.title</comment>
+        <translation>Whole message</translation>
+    </message>
+</context>
+<context>
     <name>zelmor::widget::GifEditorDialog</name>
     <message>
         <source>GIF Frame Editor</source>
@@ -1224,6 +1255,11 @@
         <source>This recording of %1 s has not been saved. Discard it?</source>
         <comment>gif.editor.discardBody</comment>
         <translation>This recording of %1 s has not been saved. Discard it?</translation>
+    </message>
+    <message>
+        <source>⏸ 暂停</source>
+        <comment>gif.editor.pause</comment>
+        <translation>⏸ Pause</translation>
     </message>
 </context>
 <context>
@@ -2792,24 +2828,6 @@ See the documentation for details.</translation>
         <source>Installer launched: %1. Zelmor will now quit.</source>
         <comment>settings.about.installerLaunched</comment>
         <translation>Installer launched: %1. Zelmor will now quit.</translation>
-    </message>
-</context>
-<context>
-    <name>zelmor::widget::ChatTextViewer</name>
-    <message>
-        <source>Close</source>
-        <comment>ai.viewer.close</comment>
-        <translation>Close</translation>
-    </message>
-    <message>
-        <source>Copy all</source>
-        <comment>ai.viewer.copy</comment>
-        <translation>Copy all</translation>
-    </message>
-    <message>
-        <source>Whole message</source>
-        <comment>ai.viewer.title</comment>
-        <translation>Whole message</translation>
     </message>
 </context>
 </TS>

@@ -508,6 +508,19 @@
     </message>
 </context>
 <context>
+    <name>zelmor::service::updater::UpdateService</name>
+    <message>
+        <source>The release feed did not answer in time.</source>
+        <comment>updater.timeout</comment>
+        <translation>发布源未能及时应答。</translation>
+    </message>
+    <message>
+        <source>The release feed sent more than a release.</source>
+        <comment>updater.tooLarge</comment>
+        <translation>发布源返回的数据超出了版本信息应有的大小。</translation>
+    </message>
+</context>
+<context>
     <name>zelmor::widget::AiChatPanel</name>
     <message>
         <source>Show all (%1 characters)</source>
@@ -1067,6 +1080,24 @@
     </message>
 </context>
 <context>
+    <name>zelmor::widget::ChatTextViewer</name>
+    <message>
+        <source>Close</source>
+        <comment>ai.viewer.close</comment>
+        <translation>关闭</translation>
+    </message>
+    <message>
+        <source>Copy all</source>
+        <comment>ai.viewer.copy</comment>
+        <translation>全部复制</translation>
+    </message>
+    <message>
+        <source>Whole message</source>
+        <comment>ai.viewer.title</comment>
+        <translation>完整消息</translation>
+    </message>
+</context>
+<context>
     <name>zelmor::widget::GifEditorDialog</name>
     <message>
         <source>GIF Frame Editor</source>
@@ -1224,6 +1255,11 @@
         <source>This recording of %1 s has not been saved. Discard it?</source>
         <comment>gif.editor.discardBody</comment>
         <translation>这段 %1 秒的录制尚未保存。要放弃它吗？</translation>
+    </message>
+    <message>
+        <source>⏸ 暂停</source>
+        <comment>gif.editor.pause</comment>
+        <translation>⏸ 暂停</translation>
     </message>
 </context>
 <context>
@@ -2792,24 +2828,6 @@
         <source>Installer launched: %1. Zelmor will now quit.</source>
         <comment>settings.about.installerLaunched</comment>
         <translation>安装程序已启动: %1。Zelmor 即将退出。</translation>
-    </message>
-</context>
-<context>
-    <name>zelmor::widget::ChatTextViewer</name>
-    <message>
-        <source>Close</source>
-        <comment>ai.viewer.close</comment>
-        <translation>关闭</translation>
-    </message>
-    <message>
-        <source>Copy all</source>
-        <comment>ai.viewer.copy</comment>
-        <translation>全部复制</translation>
-    </message>
-    <message>
-        <source>Whole message</source>
-        <comment>ai.viewer.title</comment>
-        <translation>完整消息</translation>
     </message>
 </context>
 </TS>

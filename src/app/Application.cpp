@@ -1,5 +1,6 @@
 #include "Application.h"
 
+#include "CommandLine.h"
 #include "core/ConfigManager.h"
 #include "core/Log.h"
 #include "manager/TrayService.h"
@@ -7,6 +8,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QLibraryInfo>
 #include <QStandardPaths>
 #include <QStyleFactory>
 #include <QTranslator>
@@ -24,15 +26,18 @@ Application::Application(int& argc, char** argv) : QApplication(argc, argv)
 {
     setOrganizationName(QStringLiteral("Zelmor"));
     setApplicationName(QStringLiteral("Zelmor"));
-    setApplicationVersion(QStringLiteral("1.0.20"));
+    setApplicationVersion(QLatin1String(kApplicationVersion));
     setQuitOnLastWindowClosed(false);
     if (QStyle* fusion = QStyleFactory::create(QStringLiteral("Fusion"))) setStyle(fusion);
 }
 
-QString Application::translationLocale(const QString& language, const QLocale& system)
+QStringList Application::translationLocales(const QString& language, const QLocale& system)
 {
-    if (language.isEmpty() || language == QLatin1String("system")) return system.name();
-    return language;
+    const QString wanted =
+        language.isEmpty() || language == QLatin1String("system") ? system.name() : language;
+    const bool chinese = QLocale(wanted).language() == QLocale::Chinese;
+    const QString shipped = chinese ? QStringLiteral("zh_CN") : QStringLiteral("en_US");
+    return wanted == shipped ? QStringList{wanted} : QStringList{wanted, shipped};
 }
 
 QStringList Application::translationDirectories()
@@ -48,35 +53,55 @@ QStringList Application::translationDirectories()
 void Application::reloadTranslators()
 {
     const QString language = core::ConfigManager::instance().language();
-    const QString actual = translationLocale(language, QLocale::system());
+    const QStringList locales = translationLocales(language, QLocale::system());
     logI18n(QStringLiteral("--- reloadTranslators --- lang=%1 actualLocale=%2 sysName=%3")
-                .arg(language, actual, QLocale::system().name()));
+                .arg(language, locales.first(), QLocale::system().name()));
 
-    if (m_translator) {
-        removeTranslator(m_translator);
-        delete m_translator;
-        m_translator = nullptr;
+    for (QTranslator** translator : {&m_translator, &m_qtTranslator}) {
+        if (*translator) removeTranslator(*translator);
+        delete *translator;
+        *translator = nullptr;
     }
     m_translator = new QTranslator(this);
-
-    const QString fileName = QStringLiteral("zelmor_") + actual + QStringLiteral(".qm");
-    bool loaded = false;
-    for (const QString& dir : translationDirectories()) {
-        // QTranslator would fall back to shorter names (zelmor_de.qm); only the exact file counts.
-        loaded = QFileInfo::exists(dir + QLatin1Char('/') + fileName) &&
-                 m_translator->load(fileName, dir, QString(), QString());
-        logI18n(QStringLiteral("  dir=%1 -> %2")
-                    .arg(dir, loaded ? QStringLiteral("LOADED") : QStringLiteral("miss")));
-        if (loaded) break;
-    }
-    if (!loaded) {
-        logI18n(QStringLiteral("  NO qm loaded"));
+    for (const QString& locale : locales) {
+        if (!loadOwnTranslation(locale)) continue;
+        installTranslator(m_translator);
+        installQtTranslation(locale);
+        logI18n(QStringLiteral("  tr(Language:)= ") +
+                QCoreApplication::translate("zelmor::widget::SettingsDialog",
+                                            "Language:", "settings.general.language"));
         return;
     }
-    installTranslator(m_translator);
-    logI18n(QStringLiteral("  tr(Language:)= ") +
-            QCoreApplication::translate("zelmor::widget::SettingsDialog",
-                                        "Language:", "settings.general.language"));
+    logI18n(QStringLiteral("  NO qm loaded"));
+}
+
+bool Application::loadOwnTranslation(const QString& locale)
+{
+    const QString fileName = QStringLiteral("zelmor_") + locale + QStringLiteral(".qm");
+    for (const QString& dir : translationDirectories()) {
+        // QTranslator would fall back to shorter names (zelmor_de.qm); only the exact file counts.
+        const bool loaded = QFileInfo::exists(dir + QLatin1Char('/') + fileName) &&
+                            m_translator->load(fileName, dir, QString(), QString());
+        logI18n(QStringLiteral("  dir=%1 -> %2")
+                    .arg(dir, loaded ? QStringLiteral("LOADED") : QStringLiteral("miss")));
+        if (loaded) return true;
+    }
+    return false;
+}
+
+// Found where Qt is installed, or in "translations" beside a deployed executable.
+void Application::installQtTranslation(const QString& locale)
+{
+    m_qtTranslator = new QTranslator(this);
+    const QStringList dirs = {QLibraryInfo::path(QLibraryInfo::TranslationsPath),
+                              applicationDirPath() + QStringLiteral("/translations")};
+    for (const QString& dir : dirs) {
+        if (m_qtTranslator->load(QStringLiteral("qt_") + locale, dir)) {
+            installTranslator(m_qtTranslator);
+            return;
+        }
+    }
+    logI18n(QStringLiteral("  no Qt translation for %1").arg(locale));
 }
 
 void Application::followLanguage(manager::TrayService& tray, widget::MainWindow& window)

@@ -1,9 +1,30 @@
 #include "CommandLine.h"
 
+#include <cstdio>
 #include <cstring>
 #include <initializer_list>
 
 namespace zelmor::app {
+
+namespace {
+
+constexpr char kUsage[] = "Usage: zelmor [option]\n"
+                          "Screenshot tool in the notification area. A second start shows the "
+                          "running one.\n\n"
+                          "  --capture-region      open the region capture once started\n"
+                          "  --capture-fullscreen  capture all screens once started\n"
+                          "  -h, --help            show this help and exit\n"
+                          "  -v, --version         show the version and exit\n";
+
+bool given(int argc, const char* const* argv, std::initializer_list<const char*> names)
+{
+    for (int i = 1; i < argc; ++i)
+        for (const char* name : names)
+            if (std::strcmp(argv[i], name) == 0) return true;
+    return false;
+}
+
+} // namespace
 
 const char* firstCaptureSwitch(int argc, const char* const* argv)
 {
@@ -11,6 +32,17 @@ const char* firstCaptureSwitch(int argc, const char* const* argv)
         for (const char* known : {"--capture-region", "--capture-fullscreen"})
             if (std::strcmp(argv[i], known) == 0) return known;
     return nullptr;
+}
+
+bool printInformation(int argc, const char* const* argv)
+{
+    if (given(argc, argv, {"--help", "-h"}))
+        std::fputs(kUsage, stdout);
+    else if (given(argc, argv, {"--version", "-v"}))
+        std::printf("zelmor %s\n", kApplicationVersion);
+    else
+        return false;
+    return true;
 }
 
 } // namespace zelmor::app

@@ -2,8 +2,14 @@
 
 namespace zelmor::app {
 
+inline constexpr char kApplicationVersion[] = "1.0.20";
+
 // The first of "--capture-region" and "--capture-fullscreen" in argv[1..], compared byte
 // for byte, or null. Later switches and unknown arguments are ignored.
 const char* firstCaptureSwitch(int argc, const char* const* argv);
+
+// Answers "--help" or "--version" on standard output and returns true when one is given.
+// It runs before the application object, so that it needs no display.
+bool printInformation(int argc, const char* const* argv);
 
 } // namespace zelmor::app

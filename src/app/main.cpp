@@ -39,6 +39,7 @@ void armCommandLine(int argc, char** argv, manager::ActionManager& actions)
 
 int main(int argc, char** argv)
 {
+    if (app::printInformation(argc, argv)) return 0;
     app::Application application(argc, argv);
     core::initResources();
     core::startupTrace("app constructed");

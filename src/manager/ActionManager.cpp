@@ -19,16 +19,17 @@
 #include "widget/LicenseDialog.h"
 #include "widget/MainWindow.h"
 #include "widget/OcrResultDialog.h"
+#include "widget/TaskNotificationToast.h"
 #include "widget/overlay/CaptureOverlay.h"
 #include "widget/settings/ShortcutSheetDialog.h"
 
+#include <QApplication>
 #include <QClipboard>
 #include <QCoreApplication>
 #include <QCursor>
 #include <QDesktopServices>
 #include <QDir>
 #include <QElapsedTimer>
-#include <QGuiApplication>
 #include <QScreen>
 #include <QTimer>
 #include <QUrl>
@@ -40,6 +41,8 @@ namespace zelmor::manager {
 namespace {
 
 constexpr int kToastMs = 3000;
+// Long enough for the windows under a closed menu to paint themselves again.
+constexpr int kMenuGoneMs = 200;
 
 void toast(const QString& title, const QString& body)
 {
@@ -113,6 +116,15 @@ widget::CaptureOverlay* ActionManager::takeOverlay(const QPixmap& pixmap, const 
     connect(overlay, &QObject::destroyed, this,
             [this] { QTimer::singleShot(0, this, &ActionManager::prepareOverlay); });
     return overlay;
+}
+
+void ActionManager::runAfterMenu(void (ActionManager::*entry)())
+{
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (qobject_cast<core::tool::Toast*>(window) ||
+            qobject_cast<widget::TaskNotificationToast*>(window))
+            window->hide();
+    QTimer::singleShot(kMenuGoneMs, this, entry);
 }
 
 void ActionManager::toastCaptureFailed()
@@ -555,9 +567,11 @@ void ActionManager::setTheme(const QString& name)
     core::ConfigManager::instance().setTheme(name);
 }
 
+// Not quit(): that first asks every window to close, and the main window refuses, since
+// closing it only hides it.
 void ActionManager::quit()
 {
-    QCoreApplication::quit();
+    QCoreApplication::exit(0);
 }
 
 } // namespace zelmor::manager

@@ -50,6 +50,10 @@ public:
 
     bool regionCaptureActive() const { return m_regionCaptureActive; }
 
+    // Runs an entry that grabs the screen once a menu that asked for it has left the screen,
+    // with Zelmor's own notices hidden, so that none of them is in the picture.
+    void runAfterMenu(void (ActionManager::*entry)());
+
 public Q_SLOTS:
     void captureRegion();
     void quickOcr();

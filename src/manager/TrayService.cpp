@@ -11,6 +11,8 @@
 #include <QStyle>
 #include <QSystemTrayIcon>
 
+#include <type_traits>
+
 namespace zelmor::manager {
 
 namespace {
@@ -20,6 +22,18 @@ QKeySequence shownKey(const QString& stored)
 {
     return QKeySequence(
         QKeySequence(stored, QKeySequence::NativeText).toString(QKeySequence::PortableText));
+}
+
+// Rows whose entry grabs the screen: the menu must be gone first.
+bool grabsScreen(void (ActionManager::*slot)())
+{
+    for (auto entry :
+         {&ActionManager::captureRegion, &ActionManager::captureFullscreen,
+          &ActionManager::captureWindow, &ActionManager::captureForAiChat, &ActionManager::quickOcr,
+          &ActionManager::aiAnnotate, &ActionManager::recordGif, &ActionManager::scrollCapture,
+          &ActionManager::annotateScreen})
+        if (slot == entry) return true;
+    return false;
 }
 
 template <typename Slot>
@@ -32,6 +46,13 @@ QAction* addItem(QMenu* menu, const QString& text, ActionManager* actions, Slot 
     if (!hotkey.isNull()) {
         action->setShortcut(shownKey(hotkey));
         action->setShortcutContext(Qt::WidgetShortcut); // shown, never acted on
+    }
+    if constexpr (std::is_same_v<Slot, void (ActionManager::*)()>) {
+        if (grabsScreen(slot)) {
+            QObject::connect(action, &QAction::triggered, actions,
+                             [actions, slot] { actions->runAfterMenu(slot); });
+            return action;
+        }
     }
     QObject::connect(action, &QAction::triggered, actions, slot);
     return action;

@@ -43,7 +43,8 @@ constexpr int kAskBeforeDropMs = 10000;
 
 QString playText(bool playing)
 {
-    return playing ? QStringLiteral("⏸ 暂停") : QStringLiteral("▶ 播放");
+    return playing ? GifEditorDialog::tr("⏸ 暂停", "gif.editor.pause")
+                   : GifEditorDialog::tr("▶ 播放", "gif.editor.play");
 }
 
 struct EditorPalette
@@ -245,8 +246,7 @@ QLayout* GifEditorDialog::buildTransportRow(QWidget* parent)
     row->setSpacing(8);
     QPushButton* prev =
         addButton(tr("⏮ 上一帧", "gif.editor.prevFrame"), &GifEditorDialog::onPrevFrame, parent);
-    m_playButton =
-        addButton(tr("▶ 播放", "gif.editor.play"), &GifEditorDialog::onPlayToggle, parent);
+    m_playButton = addButton(playText(false), &GifEditorDialog::onPlayToggle, parent);
     QPushButton* next =
         addButton(tr("下一帧 ⏭", "gif.editor.nextFrame"), &GifEditorDialog::onNextFrame, parent);
     for (QPushButton* button : {prev, m_playButton, next}) {

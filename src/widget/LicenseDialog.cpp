@@ -1,5 +1,7 @@
 #include "LicenseDialog.h"
 
+#include "FollowLanguage.h"
+
 #include <QDialogButtonBox>
 #include <QFileInfo>
 #include <QLabel>
@@ -79,19 +81,14 @@ QList<LicenseNotice> licenseNotices()
 LicenseDialog::LicenseDialog(QWidget* parent) : QDialog(parent)
 {
     setObjectName(QStringLiteral("licenseDialog"));
-    setWindowTitle(tr("Open-source licenses", "license.title"));
     resize(620, 560);
 
-    auto* intro = new QLabel(tr("Zelmor is built on these open-source components. Each is used "
-                                "under its own license, whose full text is named below.",
-                                "license.intro"),
-                             this);
+    auto* intro = new QLabel(this);
     intro->setWordWrap(true);
 
     auto* text = new QTextBrowser(this);
     text->setObjectName(QStringLiteral("licenseText"));
     text->setOpenExternalLinks(true);
-    text->setAccessibleName(tr("Open-source licenses", "license.title"));
     QString html;
     for (const LicenseNotice& notice : licenseNotices())
         html += noticeHtml(notice);
@@ -104,6 +101,13 @@ LicenseDialog::LicenseDialog(QWidget* parent) : QDialog(parent)
     layout->addWidget(intro);
     layout->addWidget(text, 1);
     layout->addWidget(buttons);
+    followLanguage(this, [this, intro, text] {
+        setWindowTitle(tr("Open-source licenses", "license.title"));
+        intro->setText(tr("Zelmor is built on these open-source components. Each is used "
+                          "under its own license, whose full text is named below.",
+                          "license.intro"));
+        text->setAccessibleName(windowTitle());
+    });
 }
 
 } // namespace zelmor::widget

@@ -87,6 +87,8 @@ void MainWindow::setPage(int page)
     }
     m_currentPage = page;
     showCurrentPage();
+    // A minimized window would stay an icon: show() maps nothing that is already shown.
+    setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();
     activateWindow();

@@ -1,6 +1,7 @@
 #include "OcrResultDialog.h"
 
 #include "ControlName.h"
+#include "FollowLanguage.h"
 #include "Translucency.h"
 #include "core/Toast.h"
 #include "core/Utilities.h"
@@ -72,11 +73,10 @@ OcrResultDialog::OcrResultDialog(const QString& text, QWidget* parent) : QDialog
     column->setContentsMargins(16, 14, 16, 14);
     column->setSpacing(12);
     auto* header = new QHBoxLayout;
-    auto* title = new QLabel(tr("文字识别结果 (OCR)", "ocr.dialog.title"), container);
+    auto* title = new QLabel(container);
     title->setObjectName(QStringLiteral("ocrTitle"));
     QPushButton* cross = makeButton(QStringLiteral("✕"), container);
     cross->setFixedSize(24, 24);
-    setTipAndName(cross, tr("Close", "ocr.dialog.closeTip"));
     connect(cross, &QPushButton::clicked, this, &QDialog::close);
     header->addWidget(title);
     header->addStretch();
@@ -90,28 +90,36 @@ OcrResultDialog::OcrResultDialog(const QString& text, QWidget* parent) : QDialog
 
     auto* buttons = new QHBoxLayout;
     buttons->setSpacing(8);
-    QPushButton* copy = makeButton(tr("📋 复制全部", "ocr.dialog.copy"), container);
+    QPushButton* copy = makeButton(QString(), container);
     copy->setObjectName(QStringLiteral("btnCopy"));
     connect(copy, &QPushButton::clicked, this, [this] {
         core::copyTextToClipboard(this->text());
         core::notifyUser(tr("已复制", "ocr.copy.title"),
                          tr("文本已成功复制到剪贴板！", "ocr.copy.body"), 3000);
     });
-    QPushButton* pin = makeButton(tr("📌 钉在屏幕", "ocr.dialog.pin"), container);
+    QPushButton* pin = makeButton(QString(), container);
     connect(pin, &QPushButton::clicked, this, [this] {
         Q_EMIT pinRequested(this->text());
         close();
     });
-    QPushButton* chat = makeButton(tr("💬 移至 AI 聊天", "ocr.dialog.chat"), container);
+    QPushButton* chat = makeButton(QString(), container);
     connect(chat, &QPushButton::clicked, this, [this] {
         Q_EMIT chatRequested(this->text());
         close();
     });
-    QPushButton* closeButton = makeButton(tr("关闭", "ocr.dialog.close"), container);
+    QPushButton* closeButton = makeButton(QString(), container);
     connect(closeButton, &QPushButton::clicked, this, &QDialog::close);
     for (QPushButton* b : {copy, pin, chat, closeButton})
         buttons->addWidget(b);
     column->addLayout(buttons);
+    followLanguage(this, [=] {
+        title->setText(tr("文字识别结果 (OCR)", "ocr.dialog.title"));
+        setTipAndName(cross, tr("Close", "ocr.dialog.closeTip"));
+        copy->setText(tr("📋 复制全部", "ocr.dialog.copy"));
+        pin->setText(tr("📌 钉在屏幕", "ocr.dialog.pin"));
+        chat->setText(tr("💬 移至 AI 聊天", "ocr.dialog.chat"));
+        closeButton->setText(tr("关闭", "ocr.dialog.close"));
+    });
 
     connect(&manager::ThemeManager::instance(), &manager::ThemeManager::themeChanged, this,
             &OcrResultDialog::applyTheme);

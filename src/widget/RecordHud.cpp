@@ -1,5 +1,6 @@
 #include "RecordHud.h"
 
+#include "FollowLanguage.h"
 #include "Translucency.h"
 
 #include <QHBoxLayout>
@@ -91,6 +92,15 @@ RecordHud::RecordHud(QWidget* parent) : QWidget(parent, recordOverlayFlags())
     m_keysLabel->setFixedWidth(m_keysLabel->fontMetrics().horizontalAdvance(sample));
     layout->addWidget(m_keysLabel);
     layout->setSizeConstraint(QLayout::SetFixedSize);
+    followLanguage(this, [this, dot] {
+        setAccessibleName(tr("Recording", "record.hud.name"));
+        dot->setAccessibleName(accessibleName());
+        m_timeLabel->setAccessibleName(tr("Elapsed time", "record.hud.elapsed"));
+        m_keysLabel->setAccessibleName(tr("Keys pressed", "record.hud.keys"));
+        setPaused(m_paused);
+        m_stopButton->setText(tr("Stop", "record.hud.stop"));
+        m_cancelButton->setText(tr("Cancel", "record.hud.cancel"));
+    });
     connect(&Translucency::instance(), &Translucency::availableChanged, this,
             qOverload<>(&QWidget::update));
 }

@@ -1,5 +1,6 @@
 #include "ScrollHud.h"
 
+#include "FollowLanguage.h"
 #include "RecordHud.h"
 #include "Translucency.h"
 
@@ -42,6 +43,13 @@ ScrollHud::ScrollHud(QWidget* parent) : QWidget(parent, recordOverlayFlags())
     connect(m_stopButton, &QPushButton::clicked, this, &ScrollHud::stopRequested);
     connect(m_cancelButton, &QPushButton::clicked, this, &ScrollHud::cancelRequested);
     layout->setSizeConstraint(QLayout::SetFixedSize);
+    followLanguage(this, [this] {
+        setAccessibleName(tr("Scroll capture", "record.scroll.saved"));
+        m_heightLabel->setAccessibleName(tr("Stitched height", "scroll.hud.heightName"));
+        m_heightLabel->setText(m_saving ? savingText() : heightText(m_height));
+        m_stopButton->setText(tr("Stop", "scroll.hud.stop"));
+        m_cancelButton->setText(tr("Cancel", "scroll.hud.cancel"));
+    });
     connect(&Translucency::instance(), &Translucency::availableChanged, this,
             qOverload<>(&QWidget::update));
 }
@@ -58,6 +66,7 @@ QString ScrollHud::savingText()
 
 void ScrollHud::setStitchedHeight(int px)
 {
+    m_height = px;
     if (!m_saving) m_heightLabel->setText(heightText(px));
 }
 

@@ -34,6 +34,7 @@ private:
     QPushButton* m_stopButton = nullptr;
     QPushButton* m_cancelButton = nullptr;
     bool m_saving = false;
+    int m_height = 0;
 };
 
 } // namespace zelmor::widget

@@ -1,6 +1,7 @@
 #include "TaskNotificationToast.h"
 
 #include "ControlName.h"
+#include "FollowLanguage.h"
 #include "Translucency.h"
 #include "core/ThemeFlag.h"
 #include "manager/ThemeManager.h"
@@ -64,7 +65,8 @@ QFont pointFont(const QWidget* w, int points, bool bold)
 
 } // namespace
 
-TaskItemRow::TaskItemRow(const TaskItem& item, QWidget* parent) : QWidget(parent), m_id(item.id)
+TaskItemRow::TaskItemRow(const TaskItem& item, QWidget* parent)
+    : QWidget(parent), m_id(item.id), m_state(item.state)
 {
     setObjectName(QStringLiteral("taskItemRow"));
     setAttribute(Qt::WA_StyledBackground);
@@ -95,7 +97,7 @@ TaskItemRow::TaskItemRow(const TaskItem& item, QWidget* parent) : QWidget(parent
     m_status = new QLabel(this);
     m_status->setFont(pointFont(this, 8, false));
     row->addWidget(m_status);
-    m_cancel = new QPushButton(tr("取消", "task.cancel"), this);
+    m_cancel = new QPushButton(this);
     m_cancel->setCursor(Qt::PointingHandCursor);
     m_cancel->setFixedSize(48, 22);
     m_cancel->setStyleSheet(
@@ -105,6 +107,10 @@ TaskItemRow::TaskItemRow(const TaskItem& item, QWidget* parent) : QWidget(parent
     connect(m_cancel, &QPushButton::clicked, this, [this] { Q_EMIT cancelRequested(m_id); });
     row->addWidget(m_cancel);
     update(item);
+    followLanguage(this, [this] {
+        m_cancel->setText(tr("取消", "task.cancel"));
+        showState();
+    });
 }
 
 void TaskItemRow::update(const TaskItem& item)
@@ -116,10 +122,16 @@ void TaskItemRow::update(const TaskItem& item)
     if (!item.thumbnail.isNull())
         m_thumbnail->setPixmap(item.thumbnail.scaled(36, 36, Qt::KeepAspectRatioByExpanding,
                                                      Qt::SmoothTransformation));
-    const StateLook look = lookOf(item.state);
+    m_state = item.state;
+    showState();
+    m_cancel->setVisible(item.isActive());
+}
+
+void TaskItemRow::showState()
+{
+    const StateLook look = lookOf(m_state);
     m_status->setText(tr(look.text.source, look.text.comment));
     m_status->setStyleSheet(QLatin1String(look.style));
-    m_cancel->setVisible(item.isActive());
 }
 
 QString TaskItemRow::statusText() const
@@ -155,11 +167,10 @@ TaskNotificationToast::TaskNotificationToast() : QWidget(nullptr)
     column->setContentsMargins(kCardMargin, 10, kCardMargin, 10);
     column->setSpacing(8);
     auto* header = new QHBoxLayout;
-    m_header = new QLabel(tr("⚡ AI 后台任务管理器", "task.manager.title"), card);
+    m_header = new QLabel(card);
     m_header->setFont(pointFont(this, 10, true));
     auto* close = new QToolButton(card);
     close->setText(QStringLiteral("✕"));
-    setTipAndName(close, tr("Close", "task.close"));
     close->setCursor(Qt::PointingHandCursor);
     connect(close, &QToolButton::clicked, this, &QWidget::hide);
     header->addWidget(m_header);
@@ -197,6 +208,10 @@ TaskNotificationToast::TaskNotificationToast() : QWidget(nullptr)
     connect(&Translucency::instance(), &Translucency::availableChanged, this,
             &TaskNotificationToast::applyTheme);
     applyTheme();
+    followLanguage(this, [this, close] {
+        showHeader();
+        setTipAndName(close, tr("Close", "task.close"));
+    });
 }
 
 void TaskNotificationToast::applyTheme()
@@ -260,13 +275,22 @@ void TaskNotificationToast::onTaskRemoved(quint64 id)
 
 void TaskNotificationToast::onActiveCountChanged(int count)
 {
-    if (count > 0) {
-        m_header->setText(tr("⚡ AI 后台任务 (%1 处理中)", "task.header.active").arg(count));
+    m_activeCount = count;
+    showHeader();
+    if (count > 0)
         m_hideTimer.stop();
-        return;
-    }
-    m_header->setText(tr("⚡ AI 后台任务 (处理完成)", "task.header.finished"));
-    hideWhenIdle();
+    else
+        hideWhenIdle();
+}
+
+void TaskNotificationToast::showHeader()
+{
+    if (m_activeCount > 0)
+        m_header->setText(tr("⚡ AI 后台任务 (%1 处理中)", "task.header.active").arg(m_activeCount));
+    else if (m_activeCount < 0)
+        m_header->setText(tr("⚡ AI 后台任务管理器", "task.manager.title"));
+    else
+        m_header->setText(tr("⚡ AI 后台任务 (处理完成)", "task.header.finished"));
 }
 
 QString TaskNotificationToast::headerText() const

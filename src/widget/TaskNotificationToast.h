@@ -26,7 +26,10 @@ Q_SIGNALS:
     void cancelRequested(quint64 id);
 
 private:
+    void showState();
+
     quint64 m_id;
+    manager::TaskItem::State m_state;
     QLabel* m_thumbnail;
     QLabel* m_title;
     QLabel* m_message;
@@ -65,12 +68,14 @@ private:
     void place();
     void applyTheme();
     void hideWhenIdle();
+    void showHeader();
 
     QLabel* m_header;
     QVBoxLayout* m_list;
     QMap<quint64, TaskItemRow*> m_rows;
     QTimer m_hideTimer;
     bool m_hovered = false;
+    int m_activeCount = -1; // -1: no job yet
 };
 
 } // namespace zelmor::widget

@@ -39,13 +39,11 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("args");
         QTest::addColumn<QString>("expected");
         QTest::newRow("program name is not a switch") << QStringList{} << QString();
-        QTest::newRow("region") << QStringList{"--capture-region"} << "--capture-region";
         QTest::newRow("first of both wins")
             << QStringList{"--capture-fullscreen", "--capture-region"} << "--capture-fullscreen";
-        QTest::newRow("spelling counts")
-            << QStringList{"--Capture-Region", "-capture-fullscreen"} << QString();
-        QTest::newRow("no prefix match")
-            << QStringList{"--capture-regions", "--capture-fullscreen="} << QString();
+        QTest::newRow("spelling counts, no prefix match")
+            << QStringList{"--Capture-Region", "--capture-regions", "--capture-fullscreen="}
+            << QString();
     }
     void captureSwitch()
     {
@@ -61,40 +59,62 @@ private Q_SLOTS:
         QCOMPARE(QString::fromLatin1(found), expected);
     }
 
-    void translationLocale_data()
+    // Some source texts are Chinese: every language falls back to a shipped translation.
+    void translationLocales_data()
     {
         QTest::addColumn<QString>("language");
         QTest::addColumn<QLocale>("system");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("system is the full name") << "system" << QLocale("de_DE") << "de_DE";
-        QTest::newRow("empty is system") << "" << QLocale("pt_BR") << "pt_BR";
-        QTest::newRow("explicit short") << "de" << QLocale("en_US") << "de";
+        QTest::addColumn<QStringList>("expected");
+        QTest::newRow("system: the full name, then English")
+            << "system" << QLocale("de_DE") << QStringList{"de_DE", "en_US"};
+        QTest::newRow("empty is system; C is English")
+            << "" << QLocale::c() << QStringList{"C", "en_US"};
+        QTest::newRow("any Chinese falls back to Chinese")
+            << "system" << QLocale("zh_TW") << QStringList{"zh_TW", "zh_CN"};
+        QTest::newRow("a shipped one alone") << "en_US" << QLocale("zh_CN") << QStringList{"en_US"};
     }
-    void translationLocale()
+    void translationLocales()
     {
         QFETCH(QString, language);
         QFETCH(QLocale, system);
-        QFETCH(QString, expected);
-        QCOMPARE(Application::translationLocale(language, system), expected);
+        QFETCH(QStringList, expected);
+        QCOMPARE(Application::translationLocales(language, system), expected);
     }
 
-    void loadsOnlyTheExactFile()
+    // Ours by the exact file name only; Qt's own texts (standard buttons) in the same language.
+    void loadsTranslations_data()
     {
-        auto* app = static_cast<Application*>(qApp);
-        // A file for the language alone is not taken for the full locale.
-        placeQm(QStringLiteral("zelmor_de.qm"));
-        ConfigManager::instance().setLanguage(QStringLiteral("de_DE"));
-        app->reloadTranslators();
-        QCOMPARE(translated(), QStringLiteral("Language:"));
-
-        placeQm(QStringLiteral("zelmor_de_DE.qm"));
-        app->reloadTranslators();
-        QCOMPARE(translated(), QStringLiteral("语言："));
-
-        // A reload to a language without a file drops the old translator.
-        ConfigManager::instance().setLanguage(QStringLiteral("fr_FR"));
-        app->reloadTranslators();
-        QCOMPARE(translated(), QStringLiteral("Language:"));
+        QTest::addColumn<QString>("placed"); // a copy of the Chinese file under this name
+        QTest::addColumn<QString>("language");
+        QTest::addColumn<QString>("ours");
+        QTest::addColumn<QString>("qts");
+        QTest::newRow("no file for the language alone") << "zelmor_de.qm"
+                                                        << "de_DE"
+                                                        << "Language:"
+                                                        << "Cancel";
+        QTest::newRow("the exact file") << "zelmor_de_DE.qm"
+                                        << "de_DE"
+                                        << "语言："
+                                        << "Abbrechen";
+        QTest::newRow("Chinese") << "zelmor_zh_CN.qm"
+                                 << "zh_CN"
+                                 << "语言："
+                                 << "取消";
+        QTest::newRow("no file drops the old translators") << QString() << "fr_FR"
+                                                           << "Language:"
+                                                           << "Cancel";
+    }
+    void loadsTranslations()
+    {
+        QFETCH(QString, placed);
+        QFETCH(QString, language);
+        QFETCH(QString, ours);
+        QFETCH(QString, qts);
+        if (!placed.isEmpty()) placeQm(placed);
+        ConfigManager::instance().setLanguage(language);
+        static_cast<Application*>(qApp)->reloadTranslators();
+        QCOMPARE(translated(), ours);
+        QCOMPARE(QCoreApplication::translate("QPlatformTheme", "Cancel"), qts);
     }
 };
 

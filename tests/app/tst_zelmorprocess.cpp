@@ -116,6 +116,30 @@ private Q_SLOTS:
         QTRY_VERIFY(mainWindowShown(m_marker->windowTitle()));
     }
 
+    void informationNeedsNoDisplay_data()
+    {
+        QTest::addColumn<QString>("option");
+        QTest::addColumn<QString>("printed");
+        QTest::newRow("version") << "--version"
+                                 << "zelmor 1.0.20\n";
+        QTest::newRow("help") << "--help"
+                              << "--capture-fullscreen";
+    }
+    void informationNeedsNoDisplay()
+    {
+        QFETCH(QString, option);
+        QFETCH(QString, printed);
+        Home home;
+        QProcessEnvironment env = home.environment();
+        env.remove(QStringLiteral("DISPLAY"));
+        auto process = start(env, {option});
+        QVERIFY(process->waitForFinished(10000));
+        QCOMPARE(process->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process->exitCode(), 0);
+        QVERIFY(QString::fromUtf8(process->readAllStandardOutput()).contains(printed));
+        QVERIFY(!QFile::exists(home.at("data/Zelmor/Zelmor/zelmor.log"))); // it never started
+    }
+
     void plainStartShowsNoWindow()
     {
         Home home;

@@ -11,10 +11,13 @@
 #include "service/history/HistoryService.h"
 #include "widget/LicenseDialog.h"
 #include "widget/MainWindow.h"
+#include "widget/TaskNotificationToast.h"
 #include "widget/TrayMenu.h"
 #include "widget/overlay/CaptureOverlay.h"
 
 #include <QClipboard>
+#include <QCloseEvent>
+#include <QEventLoop>
 #include <QProcess>
 #include <QScreen>
 #include <QStackedWidget>
@@ -27,6 +30,7 @@ using zelmor::manager::ActionManager;
 using zelmor::manager::TrayService;
 using zelmor::service::history::HistoryService;
 using zelmor::widget::MainWindow;
+using zelmor::widget::TaskNotificationToast;
 
 namespace {
 
@@ -209,6 +213,33 @@ private Q_SLOTS:
         QTRY_VERIFY(!m_actions->regionCaptureActive());
     }
 
+    // A capture picked in the tray menu shows neither the menu nor Zelmor's task card: where
+    // they were, it holds what the screen shows once both are gone.
+    void trayCaptureLeavesOutTheMenuAndTheCard()
+    {
+        TaskNotificationToast& card = TaskNotificationToast::instance();
+        card.showSynced();
+        QVERIFY(QTest::qWaitForWindowExposed(&card));
+        const QPoint icon = m_tray->trayIcon()->geometry().center();
+        QVERIFY(xdotool(QStringLiteral("mousemove %1 %2 click 3").arg(icon.x()).arg(icon.y())));
+        QMenu* menu = m_tray->menu();
+        QTRY_VERIFY(menu->isVisible() && menu->windowHandle()->isExposed());
+        const QList<QAction*> rows = menu->actions();
+        QAction* row = *std::find_if(rows.begin(), rows.end(), [](const QAction* a) {
+            return a->text() == QLatin1String("Fullscreen capture");
+        });
+        const QPoint at = menu->mapToGlobal(menu->actionGeometry(row).center());
+        const QList<QRect> hidden{menu->geometry(), card.frameGeometry()};
+        QVERIFY(xdotool(QStringLiteral("mousemove %1 %2 click 1").arg(at.x()).arg(at.y())));
+
+        QTRY_COMPARE_WITH_TIMEOUT(toastBody(), QStringLiteral("Captured 1920x1080"), 5000);
+        const QImage copied = clipboardSeenByAnotherProcess();
+        delete Toast::current();
+        const QImage after = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
+        for (const QRect& area : hidden)
+            QVERIFY(copied.copy(area).convertToFormat(after.format()) == after.copy(area));
+    }
+
     void openingTheOutputFolderCreatesIt()
     {
         const QString dir = zelmor::test::sandboxRoot().filePath(QStringLiteral("new/output"));
@@ -276,12 +307,21 @@ private Q_SLOTS:
     {
         QFETCH(int, page);
         MainWindow w;
-        if (page == MainWindow::SettingsPage) w.showSettings();
-        if (page == MainWindow::HistoryPage) w.showHistory();
-        if (page == MainWindow::AiChatPage) w.showAiChat();
+        const auto showPage = [&] {
+            if (page == MainWindow::SettingsPage) w.showSettings();
+            if (page == MainWindow::HistoryPage) w.showHistory();
+            if (page == MainWindow::AiChatPage) w.showAiChat();
+        };
+        showPage();
         QVERIFY(QTest::qWaitForWindowExposed(&w));
         QCOMPARE(w.currentPage(), page);
         QCOMPARE(shownIndex(w), page);
+        // Asked for again while minimized, as by a hotkey: back on the screen.
+        w.showMinimized();
+        QTRY_VERIFY(!w.windowHandle()->isExposed());
+        showPage();
+        QTRY_VERIFY(w.windowHandle()->isExposed());
+        QVERIFY(!w.isMinimized());
         QWidget* shown = w.pageWidget(page);
         QVERIFY(!w.close());
         QVERIFY(!w.isVisible());
@@ -304,6 +344,22 @@ private Q_SLOTS:
         QVERIFY(w.pageWidget(MainWindow::SettingsPage));
         QCOMPARE(shownIndex(w), int(MainWindow::SettingsPage));
         QVERIFY(!w.isVisible());
+    }
+
+    // Last: a quit leaves the event loops of this process unable to run. A window that
+    // refuses to close, as the main window does where Qt counts that, must not keep it alive.
+    void quitEndsTheProgramWhateverTheWindowsSay()
+    {
+        struct Refusing : QWidget
+        {
+            void closeEvent(QCloseEvent* event) override { event->ignore(); }
+        } window;
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QEventLoop loop;
+        QTimer::singleShot(0, m_actions.get(), &ActionManager::quit);
+        QTimer::singleShot(10000, &loop, [&loop] { loop.exit(1); });
+        QCOMPARE(loop.exec(), 0);
     }
 };
 

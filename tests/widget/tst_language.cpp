@@ -3,11 +3,20 @@
 #include "app/Application.h"
 #include "core/ConfigManager.h"
 #include "manager/ActionManager.h"
+#include "manager/TaskManager.h"
 #include "manager/TrayService.h"
+#include "widget/GifEditorDialog.h"
+#include "widget/LicenseDialog.h"
 #include "widget/MainWindow.h"
+#include "widget/OcrResultDialog.h"
+#include "widget/RecordHud.h"
+#include "widget/ScrollHud.h"
+#include "widget/TaskNotificationToast.h"
 #include "widget/TrayMenu.h"
 #include "widget/settings/SettingsDialog.h"
+#include "widget/settings/ShortcutSheetDialog.h"
 
+#include <QAccessible>
 #include <QComboBox>
 #include <QFile>
 #include <QLineEdit>
@@ -19,9 +28,12 @@
 using zelmor::app::Application;
 using zelmor::core::ConfigManager;
 using zelmor::manager::ActionManager;
+using zelmor::manager::TaskItem;
+using zelmor::manager::TaskManager;
 using zelmor::manager::TrayService;
 using zelmor::widget::MainWindow;
 using zelmor::widget::SettingsDialog;
+using zelmor::widget::TaskNotificationToast;
 
 namespace {
 
@@ -46,6 +58,36 @@ QComboBox* languageCombo(QWidget& settings)
     for (QComboBox* combo : settings.findChildren<QComboBox*>())
         if (combo->findData(QStringLiteral("zh_CN")) >= 0) return combo;
     return nullptr;
+}
+
+bool chinese(QChar c)
+{
+    const char16_t u = c.unicode();
+    return (u >= 0x3000 && u <= 0x303F) || (u >= 0x3400 && u <= 0x9FFF) ||
+           (u >= 0xF900 && u <= 0xFAFF) || (u >= 0xFF00 && u <= 0xFFEF);
+}
+
+// The texts of a window that an assistive technology reads and that hold Chinese characters:
+// names, descriptions (tooltips), values and the text of text controls, of shown parts only.
+QStringList chineseTexts(QAccessibleInterface* node)
+{
+    QStringList out;
+    if (!node || node->state().invisible) return out;
+    QStringList texts;
+    for (QAccessible::Text t : {QAccessible::Name, QAccessible::Description, QAccessible::Value})
+        texts << node->text(t);
+    if (QAccessibleTextInterface* text = node->textInterface())
+        texts << text->text(0, text->characterCount());
+    for (const QString& text : texts)
+        if (std::any_of(text.begin(), text.end(), chinese)) out << text;
+    for (int i = 0; i < node->childCount(); ++i)
+        out << chineseTexts(node->child(i));
+    return out;
+}
+
+QStringList chineseTexts(QWidget* window)
+{
+    return chineseTexts(QAccessible::queryAccessibleInterface(window));
 }
 
 QStringList placeholders(QWidget* panel)
@@ -96,7 +138,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(placeTranslations());
-        ConfigManager::instance().setLanguage(QStringLiteral("en_US"));
+        ConfigManager::instance().setLanguage(QStringLiteral("system"));
         static_cast<Application*>(qApp)->reloadTranslators();
         m_window = std::make_unique<MainWindow>();
         m_actions = std::make_unique<ActionManager>(m_window.get());
@@ -110,6 +152,40 @@ private Q_SLOTS:
         m_tray.reset();
         m_actions.reset();
         m_window.reset();
+    }
+
+    // Run under a locale that has no translation of its own (de_DE, C): English throughout.
+    void otherLanguagesShowNoChinese()
+    {
+        QVERIFY(QLocale::system().language() != QLocale::Chinese);
+        QStringList found;
+        for (int row = 0; row < settings()->navigation()->count(); ++row) {
+            settings()->navigation()->setCurrentRow(row);
+            found << chineseTexts(m_window.get());
+        }
+        m_window->showAiChat();
+        found << chineseTexts(m_window.get());
+
+        QImage frame(64, 48, QImage::Format_RGB32);
+        frame.fill(Qt::darkCyan);
+        zelmor::widget::GifEditorDialog editor({frame, frame}, 100, QString(), nullptr);
+        editor.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&editor));
+        found << chineseTexts(&editor);
+
+        const char* context = "zelmor::manager::ActionManager";
+        TaskManager& tasks = TaskManager::instance();
+        const quint64 done = tasks.addTask(
+            QCoreApplication::translate(context, "文字识别 (OCR)", "ai.ocr.title"),
+            QCoreApplication::translate(context, "正在提取文字...", "ai.ocr.processing"), {}, {});
+        tasks.addTask(QCoreApplication::translate(context, "截图翻译", "ai.translate.title"),
+                      QString(), {}, {});
+        tasks.updateTask(done, TaskItem::Finished,
+                         QCoreApplication::translate(context, "提取成功", "ai.ocr.success"), {});
+        QVERIFY(QTest::qWaitForWindowExposed(&TaskNotificationToast::instance()));
+        found << chineseTexts(&TaskNotificationToast::instance());
+        m_window->showSettings();
+        QVERIFY2(found.isEmpty(), qPrintable(found.join(QLatin1Char('\n'))));
     }
 
     void switchingRebuildsTrayAndPanels_data()
@@ -156,6 +232,31 @@ private Q_SLOTS:
         // The rebuilt panel shows the same page, with the new language chosen.
         QCOMPARE(m_window->currentPage(), int(MainWindow::SettingsPage));
         QCOMPARE(languageCombo(*settings())->currentData().toString(), to);
+    }
+
+    // Windows that stay open through a change follow it: Chinese first, then English.
+    void openWindowsFollowTheLanguage()
+    {
+        ConfigManager::instance().setLanguage(QStringLiteral("zh_CN"));
+        TaskManager::instance().addTask(QStringLiteral("job"), QString(), {}, {});
+        std::vector<std::unique_ptr<QWidget>> windows;
+        windows.emplace_back(new zelmor::widget::OcrResultDialog(QStringLiteral("text")));
+        windows.emplace_back(new zelmor::widget::LicenseDialog);
+        windows.emplace_back(new zelmor::widget::ShortcutSheetDialog);
+        windows.emplace_back(new zelmor::widget::RecordHud);
+        windows.emplace_back(new zelmor::widget::ScrollHud);
+        QList<QWidget*> shown{&TaskNotificationToast::instance()}; // the card lives on
+        for (const auto& window : windows) {
+            window->show();
+            shown << window.get();
+        }
+        for (QWidget* window : shown) {
+            QVERIFY(QTest::qWaitForWindowExposed(window));
+            QVERIFY2(!chineseTexts(window).isEmpty(), window->metaObject()->className());
+        }
+        ConfigManager::instance().setLanguage(QStringLiteral("en_US"));
+        for (QWidget* window : shown)
+            QTRY_COMPARE(chineseTexts(window), QStringList());
     }
 };
 

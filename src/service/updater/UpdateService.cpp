@@ -13,6 +13,7 @@
 #include <QNetworkRequest>
 #include <QProcess>
 #include <QStandardPaths>
+#include <QTimer>
 #include <QVersionNumber>
 
 namespace zelmor::service::updater {
@@ -21,6 +22,24 @@ namespace {
 
 const QUrl kPublicApi(QStringLiteral("https://api.github.com"));
 const QString kRepository = QStringLiteral("zelmor-app/zelmor");
+
+// A release answer is a few kilobytes; more is not a feed.
+constexpr qint64 kFeedLimit = 1 << 20;
+constexpr int kIdleMs = 15000;
+constexpr int kTotalMs = 30000;
+const char kFailureProperty[] = "zelmorFailure";
+
+struct CheckTimeouts
+{
+    int idleMs = kIdleMs;
+    int totalMs = kTotalMs;
+};
+
+CheckTimeouts& checkTimeouts()
+{
+    static CheckTimeouts timeouts;
+    return timeouts;
+}
 
 QUrl& apiBase()
 {
@@ -93,13 +112,33 @@ void UpdateService::setApiBaseForTests(const QUrl& base)
     apiBase() = base.isEmpty() ? kPublicApi : base;
 }
 
+void UpdateService::setCheckTimeoutsForTests(int idleMs, int totalMs)
+{
+    checkTimeouts() = {idleMs > 0 ? idleMs : kIdleMs, totalMs > 0 ? totalMs : kTotalMs};
+}
+
 void UpdateService::checkForUpdates()
 {
     QUrl url = apiBase();
     url.setPath(url.path() + QStringLiteral("/repos/%1/releases/latest").arg(m_repository));
     QNetworkRequest request = makeRequest(url);
     request.setRawHeader("Accept", "application/vnd.github+json");
+    // Covers the connection and every pause between bytes.
+    request.setTransferTimeout(checkTimeouts().idleMs);
     QNetworkReply* reply = m_network->get(request);
+    const auto giveUp = [reply](const QString& reason) {
+        reply->setProperty(kFailureProperty, reason);
+        reply->abort();
+    };
+    // A feed that trickles never pauses long enough: the whole answer has a deadline too.
+    QTimer::singleShot(checkTimeouts().totalMs, reply, [giveUp] {
+        giveUp(tr("The release feed did not answer in time.", "updater.timeout"));
+    });
+    // Read as a whole at the end: what arrives is held in memory until then.
+    connect(reply, &QNetworkReply::readyRead, this, [reply, giveUp] {
+        if (reply->bytesAvailable() > kFeedLimit)
+            giveUp(tr("The release feed sent more than a release.", "updater.tooLarge"));
+    });
     connect(reply, &QNetworkReply::finished, this, [this, reply] { onCheckFinished(reply); });
 }
 
@@ -107,7 +146,14 @@ void UpdateService::onCheckFinished(QNetworkReply* reply)
 {
     reply->deleteLater();
     if (reply->error() != QNetworkReply::NoError) {
-        Q_EMIT checkFailed(reply->errorString());
+        QString reason = reply->property(kFailureProperty).toString();
+        // Nothing else cancels a check: the transfer timeout did.
+        const bool timedOut = reply->error() == QNetworkReply::OperationCanceledError ||
+                              reply->error() == QNetworkReply::TimeoutError;
+        if (reason.isEmpty())
+            reason = timedOut ? tr("The release feed did not answer in time.", "updater.timeout")
+                              : reply->errorString();
+        Q_EMIT checkFailed(reason);
         return;
     }
     // An unreadable body is an empty release: no tag, so up to date.

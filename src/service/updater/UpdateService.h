@@ -21,6 +21,8 @@ public:
     // Tests point the service at a local Releases-compatible server; an empty URL restores the
     // public one.
     static void setApiBaseForTests(const QUrl& base);
+    // Tests shorten the waits for a feed that does not answer; 0 restores the usual ones.
+    static void setCheckTimeoutsForTests(int idleMs, int totalMs);
 
 public Q_SLOTS:
     void checkForUpdates();

@@ -1,6 +1,7 @@
 #include "ShortcutSheetDialog.h"
 
 #include "core/ConfigManager.h"
+#include "widget/FollowLanguage.h"
 
 #include <QDialogButtonBox>
 #include <QHeaderView>
@@ -68,18 +69,13 @@ QTableWidgetItem* readOnlyItem(const QString& text)
 ShortcutSheetDialog::ShortcutSheetDialog(QWidget* parent)
     : QDialog(parent), m_table(new QTableWidget(this))
 {
-    setWindowTitle(tr("Zelmor — Shortcut cheat sheet", "shortcutSheet.title"));
     setMinimumWidth(420);
     auto* layout = new QVBoxLayout(this);
-    auto* hint = new QLabel(
-        tr("Current global hotkeys. Remap them in Settings → Hotkeys.", "shortcutSheet.hint"));
+    auto* hint = new QLabel;
     hint->setObjectName(QStringLiteral("fieldHint"));
     layout->addWidget(hint);
 
-    m_table->setAccessibleName(windowTitle());
     m_table->setColumnCount(2);
-    m_table->setHorizontalHeaderLabels(
-        {tr("Action", "shortcutSheet.col.action"), tr("Shortcut", "shortcutSheet.col.shortcut")});
     m_table->verticalHeader()->hide();
     m_table->horizontalHeader()->setStretchLastSection(true);
     m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -89,12 +85,22 @@ ShortcutSheetDialog::ShortcutSheetDialog(QWidget* parent)
     const core::ConfigManager& config = core::ConfigManager::instance();
     int row = 0;
     for (const SheetRow& sheetRow : kRows) {
-        m_table->setItem(row, 0, readOnlyItem(tr(sheetRow.text.source, sheetRow.text.comment)));
+        m_table->setItem(row, 0, readOnlyItem(QString()));
         m_table->setItem(row, 1, readOnlyItem(config.hotkey(sheetRow.hotkey)));
         ++row;
     }
-    m_table->resizeColumnsToContents();
-    m_table->resizeRowsToContents();
+    followLanguage(this, [this, hint] {
+        setWindowTitle(tr("Zelmor — Shortcut cheat sheet", "shortcutSheet.title"));
+        hint->setText(
+            tr("Current global hotkeys. Remap them in Settings → Hotkeys.", "shortcutSheet.hint"));
+        m_table->setAccessibleName(windowTitle());
+        m_table->setHorizontalHeaderLabels({tr("Action", "shortcutSheet.col.action"),
+                                            tr("Shortcut", "shortcutSheet.col.shortcut")});
+        for (int row = 0; row < int(std::size(kRows)); ++row)
+            m_table->item(row, 0)->setText(tr(kRows[row].text.source, kRows[row].text.comment));
+        m_table->resizeColumnsToContents();
+        m_table->resizeRowsToContents();
+    });
     layout->addWidget(m_table);
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);

@@ -46,45 +46,61 @@ private Q_SLOTS:
     }
     void init() { m_server.clear(); }
 
+    // "failed: <reason>" for a failure; no offer means up to date. A held answer sends `body`
+    // and then nothing, or one more byte at every turn of the event loop when it trickles.
     void checkAnswers_data()
     {
-        QTest::addColumn<int>("status");
+        QTest::addColumn<int>("status"); // 0: held
         QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("offered"); // empty: up to date
-        QTest::newRow("same version with v") << 200 << release("v1.0.20", {"a.zip"}) << "";
-        QTest::newRow("capital V is no prefix") << 200 << release("V1.0.21", {"a.zip"}) << "";
-        QTest::newRow("suffix ignored") << 200 << release("1.0.20-beta", {"a.zip"}) << "";
-        QTest::newRow("unreadable tag") << 200 << release("latest", {"a.zip"}) << "";
-        QTest::newRow("body not JSON") << 200 << QByteArray("<html>") << "";
+        QTest::addColumn<bool>("trickle");
+        QTest::addColumn<QString>("offered");
+        const QByteArray head = FakeAiServer::head(200, 4096, "application/json");
+        QTest::newRow("same version with v") << 200 << release("v1.0.20", {"a.zip"}) << false << "";
+        QTest::newRow("capital V is no prefix") << 200 << release("V1.0.21", {}) << false << "";
+        QTest::newRow("suffix ignored") << 200 << release("1.0.20-beta", {}) << false << "";
+        QTest::newRow("body not JSON") << 200 << QByteArray("<html>") << false << "";
         QTest::newRow("zip listed first wins")
-            << 200 << release("v1.0.21", {"notes.txt", "Portable.ZIP", "Setup.exe"})
+            << 200 << release("v1.0.21", {"notes.txt", "Portable.ZIP", "Setup.exe"}) << false
             << "https://dl.example/Portable.ZIP";
-        QTest::newRow("exe listed first wins")
-            << 200 << release("v1.1", {"Setup.EXE", "Portable.zip"})
-            << "https://dl.example/Setup.EXE";
-        QTest::newRow("no package: the release page")
-            << 200 << release("v2.0.0", {"notes.txt"}) << "https://example/releases/v2.0.0";
-        QTest::newRow("HTTP error") << 404 << QByteArray("{}") << "failed";
+        QTest::newRow("no package: the release page") << 200 << release("v2.0.0", {"notes.txt"})
+                                                      << false << "https://example/releases/v2.0.0";
+        QTest::newRow("HTTP error") << 404 << QByteArray("{}") << false << "failed: Not Found";
+        QTest::newRow("never answers") << 0 << QByteArray() << false << "failed: in time";
+        QTest::newRow("stalls after its headers") << 0 << head << false << "failed: in time";
+        QTest::newRow("trickles") << 0 << head << true << "failed: in time";
+        QTest::newRow("larger than any release")
+            << 200 << QByteArray(3 << 20, ' ') << false << "failed: more than a release";
     }
     void checkAnswers()
     {
         QFETCH(int, status);
         QFETCH(QByteArray, body);
+        QFETCH(bool, trickle);
         QFETCH(QString, offered);
-        m_server.enqueue(status, body);
+        if (status)
+            m_server.enqueue(status, body);
+        else
+            m_server.enqueueHold();
+        UpdateService::setCheckTimeoutsForTests(status ? 0 : 500, status ? 0 : 2000);
         UpdateService service;
         QSignalSpy available(&service, &UpdateService::updateAvailable);
         QSignalSpy upToDate(&service, &UpdateService::upToDate);
         QSignalSpy failed(&service, &UpdateService::checkFailed);
         service.checkForUpdates();
-        QTRY_COMPARE(available.size() + upToDate.size() + failed.size(), 1);
+        QTRY_COMPARE(m_server.requests().size(), 1);
+        m_server.sendHeld(body, false);
+        const auto answers = [&] { return available.size() + upToDate.size() + failed.size(); };
+        for (int turn = 0; turn < 200 && !QTest::qWaitFor(answers, 100); ++turn)
+            if (trickle) m_server.sendHeld(" ", false);
+        QCOMPARE(answers(), 1);
 
         const zelmor::test::HttpRequest& request = m_server.requests().value(0);
         QCOMPARE(request.path, QByteArray("/repos/zelmor-app/zelmor/releases/latest"));
         QCOMPARE(request.headers.value("user-agent"), QByteArray("Zelmor-Qt-Updater"));
         QCOMPARE(request.headers.value("accept"), QByteArray("application/vnd.github+json"));
-        if (offered == QLatin1String("failed"))
-            QVERIFY(failed.value(0).value(0).toString().contains(QLatin1String("Not Found")));
+        if (offered.startsWith(QLatin1String("failed: ")))
+            QVERIFY2(failed.value(0).value(0).toString().contains(offered.mid(8)),
+                     qPrintable(failed.value(0).value(0).toString()));
         else if (offered.isEmpty())
             QCOMPARE(upToDate.size(), 1);
         else

@@ -276,17 +276,6 @@ private Q_SLOTS:
         QVERIFY(!log.contains("sk-live"));
     }
 
-    void blankBaseUrlSendsNothing()
-    {
-        useProvider("openai");
-        AiProvider stored = AiProviderService::instance().active();
-        stored.baseUrl = "   ";
-        QVERIFY(AiProviderService::instance().update(stored));
-        QVERIFY(chat().text.startsWith("AI Base URL is not configured."));
-        settle();
-        QVERIFY(m_server.requests().isEmpty());
-    }
-
     void testConnection_data()
     {
         QTest::addColumn<int>("status");

@@ -2,19 +2,27 @@
 #include "TestMain.h"
 #include "TestSupport.h"
 
+#include "core/ConfigManager.h"
 #include "core/Log.h"
 #include "service/ai/AiApiService.h"
 #include "service/ai/AiDialect.h"
 #include "service/ai/AiProviderService.h"
 #include "service/ai/AiWorkflow.h"
 #include "service/ai/AnnotationBox.h"
+#include "service/ai/ChatSessions.h"
 #include "service/mcp/McpTool.h"
 
 #include <QImage>
 #include <QJsonArray>
+#include <QJsonDocument>
 #include <QPixmap>
 #include <QRegularExpression>
+#include <QSettings>
 #include <QSignalSpy>
+#include <QSqlDatabase>
+#include <QTemporaryDir>
+
+#include <memory>
 
 using namespace zelmor::service::ai;
 using zelmor::test::FakeAiServer;
@@ -78,15 +86,47 @@ QString compact(const QVariantMap& result)
     return QJsonDocument(QJsonObject::fromVariantMap(result)).toJson(QJsonDocument::Compact);
 }
 
+QStringList fields(const AiProvider& p)
+{
+    return {p.name, p.protocol, p.baseUrl, p.apiKey, p.model};
+}
+
+// What older versions kept in the settings group "ai"; an empty map clears the group.
+void writeLegacySettings(const QVariantMap& values)
+{
+    QSettings settings(zelmor::core::ConfigManager::instance().fileName(), QSettings::IniFormat);
+    settings.remove(QStringLiteral("ai"));
+    for (auto it = values.begin(); it != values.end(); ++it)
+        settings.setValue(QStringLiteral("ai/") + it.key(), it.value());
+    settings.sync();
+}
+
 } // namespace
 
 Q_DECLARE_METATYPE(Dialect)
 
+// The AI services: providers, chat sessions, requests and answers, the image workflows.
 class TestAiApi : public QObject
 {
     Q_OBJECT
 
     FakeAiServer m_server;
+    QTemporaryDir m_dir;
+    QString m_connection;
+    std::unique_ptr<AiProviderService> m_service;
+
+    qint64 add(const QString& name, qint32 sortOrder = 0, bool isDefault = false)
+    {
+        return m_service->insert({0, name, "openai", {}, {}, {}, isDefault, sortOrder});
+    }
+
+    QStringList defaultNames() const
+    {
+        QStringList names;
+        for (const AiProvider& p : m_service->list())
+            if (p.isDefault) names << p.name;
+        return names;
+    }
 
     // Makes the one stored provider, the default, point at the fake server.
     void useProvider(const QString& protocol, const QString& key = QStringLiteral("sk-test"))
@@ -119,7 +159,202 @@ class TestAiApi : public QObject
     }
 
 private Q_SLOTS:
-    void init() { m_server.clear(); }
+    // First, so that nothing has opened the process store before: reading the providers does.
+    void processStoreImportsSettingsOnFirstUse()
+    {
+        writeLegacySettings({{"apiKey", "legacy-key"}, {"baseUrl", "http://legacy.example"}});
+        const QList<AiProvider> providers = AiProviderService::instance().list();
+        QCOMPARE(providers.size(), 1);
+        QCOMPARE(fields(providers[0]),
+                 QStringList({"Imported", "anthropic", "http://legacy.example", "legacy-key", ""}));
+        QVERIFY(providers[0].isDefault);
+    }
+
+    void init()
+    {
+        m_server.clear();
+        static int count = 0;
+        m_connection = QStringLiteral("providers-%1").arg(++count);
+        QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", m_connection);
+        db.setDatabaseName(m_dir.filePath(m_connection + ".db"));
+        QVERIFY(db.open());
+        m_service = std::make_unique<AiProviderService>();
+        QVERIFY(m_service->ensureTable(m_connection));
+    }
+
+    void cleanup()
+    {
+        m_service.reset();
+        QSqlDatabase::database(m_connection, false).close();
+        QSqlDatabase::removeDatabase(m_connection);
+        writeLegacySettings({});
+    }
+
+    void removePassesTheDefaultOn_data()
+    {
+        QTest::addColumn<QList<int>>("sortOrders"); // providers p0, p1, ... in insert order
+        QTest::addColumn<int>("defaultIndex");
+        QTest::addColumn<int>("removeIndex");
+        QTest::addColumn<QStringList>("defaultsAfter");
+        QTest::newRow("default removed, lowest sort order takes it")
+            << QList<int>{5, 1, 1} << 0 << 0 << QStringList{"p1"};
+        QTest::newRow("default removed, tie goes to the lower id")
+            << QList<int>{0, 0, 0} << 1 << 1 << QStringList{"p0"};
+        QTest::newRow("other removed, default stays")
+            << QList<int>{0, 0, 0} << 2 << 0 << QStringList{"p2"};
+        QTest::newRow("last one removed") << QList<int>{0} << 0 << 0 << QStringList{};
+    }
+
+    void removePassesTheDefaultOn()
+    {
+        QFETCH(QList<int>, sortOrders);
+        QFETCH(int, defaultIndex);
+        QFETCH(int, removeIndex);
+        QFETCH(QStringList, defaultsAfter);
+        QList<qint64> ids;
+        for (int i = 0; i < sortOrders.size(); ++i)
+            ids << add(QStringLiteral("p%1").arg(i), sortOrders[i], i == defaultIndex);
+        QVERIFY(m_service->remove(ids[removeIndex]));
+        QCOMPARE(m_service->count(), sortOrders.size() - 1);
+        QCOMPARE(defaultNames(), defaultsAfter);
+        QCOMPARE(m_service->active().name, defaultsAfter.value(0));
+    }
+
+    void onlyOneDefault()
+    {
+        const qint64 a = add("a", 0, true);
+        add("b", 0, true);
+        QCOMPARE(defaultNames(), QStringList{"b"});
+        AiProvider first = m_service->get(a);
+        first.isDefault = true;
+        QVERIFY(m_service->update(first));
+        QCOMPARE(defaultNames(), QStringList{"a"});
+        QVERIFY(m_service->setDefault(add("c")));
+        QCOMPARE(defaultNames(), QStringList{"c"});
+    }
+
+    // The share form: what is imported; its round trip is the settings page's.
+    void importJson_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("nameOverride");
+        QTest::addColumn<QStringList>("expected"); // empty: refused
+        QTest::newRow("empty object") << "{}"
+                                      << "" << QStringList{"Imported", "openai-compat", "", "", ""};
+        QTest::newRow("name overridden") << R"({"name":"Team","protocol":"ollama"})"
+                                         << "Mine" << QStringList{"Mine", "ollama", "", "", ""};
+        QTest::newRow("array: refused") << R"([{"name":"a"}])"
+                                        << "" << QStringList{};
+    }
+    void importJson()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, nameOverride);
+        QFETCH(QStringList, expected);
+        const qint64 id = m_service->importJson(text, nameOverride);
+        QCOMPARE(m_service->count(), expected.isEmpty() ? 0 : 1);
+        if (id > 0) QCOMPARE(fields(m_service->get(id)), expected);
+        QCOMPARE(m_service->exportJson(id + 100), QString());
+    }
+
+    void legacySettingsImport_data()
+    {
+        QTest::addColumn<QVariantMap>("settings");
+        QTest::addColumn<bool>("tableHasRows");
+        QTest::addColumn<QStringList>("expected"); // the providers' names and fields, in order
+        QTest::newRow("base, protocol and model")
+            << QVariantMap{{"provider", "openai-compat"}, {"baseUrl", "http://b"}, {"model", "m"}}
+            << false << QStringList{"Imported", "openai-compat", "http://b", "", "m"};
+        QTest::newRow("neither key nor base")
+            << QVariantMap{{"model", "m"}} << false << QStringList{};
+        QTest::newRow("table already has rows")
+            << QVariantMap{{"apiKey", "k"}} << true << QStringList{"kept", "openai", "", "", ""};
+    }
+
+    void legacySettingsImport()
+    {
+        QFETCH(QVariantMap, settings);
+        QFETCH(bool, tableHasRows);
+        QFETCH(QStringList, expected);
+        if (tableHasRows) add("kept");
+        writeLegacySettings(settings);
+        AiProviderService restarted;
+        QVERIFY(restarted.ensureTable(m_connection));
+        QCOMPARE(fields(restarted.active()), expected.isEmpty() ? fields({}) : expected);
+        QCOMPARE(restarted.count(), expected.isEmpty() ? 0 : 1);
+        // The settings stay for an older version started again.
+        QSettings ini(zelmor::core::ConfigManager::instance().fileName(), QSettings::IniFormat);
+        QCOMPARE(ini.value("ai/model"), settings.value("model"));
+    }
+    void title_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("title");
+        QTest::newRow("16 characters") << "abcdefghijklmnop"
+                                       << "abcdefghijklmnop";
+        QTest::newRow("17 characters") << "abcdefghijklmnopq"
+                                       << "abcdefghijklmnop...";
+        QTest::newRow("image alone") << QString() << "Image Chat";
+    }
+    void title()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, title);
+        QCOMPARE(chatTitleFor(text, "Image Chat"), title);
+    }
+
+    void markdown_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("html");
+        QTest::newRow("typed HTML stays text") << "<b>x</b>"
+                                               << "&lt;b&gt;x&lt;/b&gt;";
+        QTest::newRow("bold then italic") << "**a** *b*"
+                                          << "<b>a</b> <i>b</i>";
+        QTest::newRow("fence keeps its breaks")
+            << "```\nx\n```"
+            << "<pre style=\"background:#1e1e24;color:#f8f8f2;padding:10px;"
+               "border-radius:6px;font-family:Consolas,monospace;line-height:1.4;"
+               "\"><br>x<br></pre>";
+    }
+    void markdown()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, html);
+        QCOMPARE(renderChatMarkdown(text), html);
+    }
+
+    // Drafts never reach the disk; what does comes back whole, its picture too, from a file
+    // that only its owner reads.
+    void saveAndLoad()
+    {
+        const QString path = m_dir.filePath("sessions.json");
+        QImage picture(4, 3, QImage::Format_RGB32);
+        picture.fill(Qt::red);
+        const QDateTime now = QDateTime::currentDateTime();
+        const QList<ChatSession> sessions{
+            {"1", "New Chat", now, {}},
+            {"2", "Kept", now, {{"user", "hi", QPixmap::fromImage(picture), now}}}};
+        QVERIFY(saveChatSessions(path, sessions, "New Chat"));
+        QVERIFY(!(QFile::permissions(path) & (QFile::ReadGroup | QFile::ReadOther)));
+        QList<ChatSession> loaded;
+        QVERIFY(loadChatSessions(path, &loaded));
+        QCOMPARE(loaded.size(), 1);
+        QCOMPARE(loaded[0].title, "Kept");
+        QCOMPARE(loaded[0].updatedAt, now);
+        QCOMPARE(loaded[0].messages[0].image.toImage().pixel(1, 1), picture.pixel(1, 1));
+    }
+
+    void malformedFileIsKeptAside()
+    {
+        const QString path = m_dir.filePath("broken.json");
+        QVERIFY(zelmor::test::writeFile(path, "{\"not\": \"an array\""));
+        QList<ChatSession> loaded{{"x", "y", {}, {}}};
+        QString copy;
+        QVERIFY(loadChatSessions(path, &loaded, &copy));
+        QVERIFY(loaded.isEmpty());
+        QCOMPARE(zelmor::test::readFile(copy), "{\"not\": \"an array\"");
+    }
 
     void endpoint_data()
     {

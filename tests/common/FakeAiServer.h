@@ -60,9 +60,7 @@ public:
     void enqueueHold() { m_replies.enqueue(QByteArray()); }
     void answerHeld(int status, const QByteArray& body)
     {
-        if (!m_held) return;
-        m_held->write(response(status, body, "application/json"));
-        m_held->disconnectFromHost();
+        sendHeld(response(status, body, "application/json"), true);
     }
 
     // Sends part of the held answer; a reply can so be streamed or broken off.

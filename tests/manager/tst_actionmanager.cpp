@@ -54,14 +54,14 @@ bool xdotool(const QString& args)
     return QProcess::execute(QStringLiteral("xdotool"), args.split(QLatin1Char(' '))) == 0;
 }
 
-zelmor::widget::CaptureOverlay* shownOverlay()
+// Shown ones: the next overlay waits hidden, built ahead.
+QList<zelmor::widget::CaptureOverlay*> shownOverlays()
 {
+    QList<zelmor::widget::CaptureOverlay*> out;
     for (QWidget* w : QApplication::topLevelWidgets())
         if (auto* overlay = qobject_cast<zelmor::widget::CaptureOverlay*>(w))
-            if (overlay->isVisible() && overlay->windowHandle() &&
-                overlay->windowHandle()->isExposed())
-                return overlay;
-    return nullptr;
+            if (overlay->isVisible()) out << overlay;
+    return out;
 }
 
 // The marker's middle as the screen shows it: framed, painted and not covered.
@@ -72,15 +72,6 @@ bool markerOnScreen(const QWidget& marker)
                ->grabWindow(0, at.x(), at.y(), 1, 1)
                .toImage()
                .pixelColor(0, 0) == kMarker;
-}
-
-// Shown ones: the next overlay waits hidden, built ahead.
-int overlayCount()
-{
-    int count = 0;
-    for (QWidget* w : QApplication::topLevelWidgets())
-        count += qobject_cast<zelmor::widget::CaptureOverlay*>(w) && w->isVisible();
-    return count;
 }
 
 } // namespace
@@ -137,23 +128,39 @@ private Q_SLOTS:
         QTRY_VERIFY(markerOnScreen(*m_marker));
     }
 
-    void fullscreenCopiesSavesRecordsAndTells()
+    // Picked in the tray menu while the task card shows. Where the menu and the card were,
+    // the picture holds what the screen shows once both are gone.
+    void fullscreenFromTheTrayCopiesSavesRecordsAndTells()
     {
         const int rowsBefore = historyCount();
-        m_actions->captureFullscreen();
+        TaskNotificationToast& card = TaskNotificationToast::instance();
+        card.showSynced();
+        QVERIFY(QTest::qWaitForWindowExposed(&card));
+        const QPoint icon = m_tray->trayIcon()->geometry().center();
+        QVERIFY(xdotool(QStringLiteral("mousemove %1 %2 click 3").arg(icon.x()).arg(icon.y())));
+        QMenu* menu = m_tray->menu();
+        QTRY_VERIFY(menu->isVisible() && menu->windowHandle()->isExposed());
+        const QList<QAction*> rows = menu->actions();
+        const QRect row = menu->actionGeometry(*std::find_if(
+            rows.begin(), rows.end(), [](auto* a) { return a->text() == "Fullscreen capture"; }));
+        const QList<QRect> hidden{menu->geometry(), card.frameGeometry()};
+        const QPoint at = menu->mapToGlobal(row.center());
+        QVERIFY(xdotool(QStringLiteral("mousemove %1 %2 click 1").arg(at.x()).arg(at.y())));
+        QTRY_COMPARE_WITH_TIMEOUT(toastBody(), QStringLiteral("Captured 1920x1080"), 5000);
 
         const QImage copied = clipboardSeenByAnotherProcess();
         QCOMPARE(copied.size(), QSize(1920, 1080));
         QCOMPARE(copied.pixelColor(m_marker->mapToGlobal(QPoint(160, 100))), kMarker);
-
+        delete Toast::current();
+        const QImage after = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
+        for (const QRect& area : hidden)
+            QVERIFY(copied.copy(area).convertToFormat(after.format()) == after.copy(area));
         const QStringList files = QDir(m_outputDir).entryList(QDir::Files);
         QCOMPARE(files.size(), 1);
         const QString path = QDir(m_outputDir).filePath(files.first());
         QCOMPARE(QImage(path).size(), QSize(1920, 1080));
-
         QCOMPARE(historyCount(), rowsBefore + 1);
         QCOMPARE(HistoryService::instance().recent(1).first().path, path);
-        QCOMPARE(toastBody(), QStringLiteral("Captured 1920x1080"));
     }
 
     void windowCaptureCopiesTheForegroundRectangleOnly()
@@ -172,6 +179,16 @@ private Q_SLOTS:
         QCOMPARE(toastBody(), QStringLiteral("Window captured: Zelmor action marker"));
         QCOMPARE(historyCount(), rowsBefore);
         QCOMPARE(QDir(m_outputDir).entryList(QDir::Files), filesBefore);
+
+        m_marker->hide();
+        QTRY_VERIFY2_WITH_TIMEOUT(zelmor::service::capture::foregroundWindow().rect.isNull(),
+                                  qPrintable(zelmor::service::capture::foregroundWindow().title),
+                                  3000);
+        m_actions->captureWindow();
+        QCOMPARE(toastBody(), QStringLiteral("Could not detect foreground window."));
+        m_marker->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_marker.get()));
+        QTRY_VERIFY(markerOnScreen(*m_marker)); // before the next grab
     }
 
     void delayedCaptureTellsTheGivenSecondsAndCopiesOnly()
@@ -185,59 +202,34 @@ private Q_SLOTS:
         QCOMPARE(historyCount(), rowsBefore);
     }
 
-    void noForegroundWindowIsTold()
-    {
-        m_marker->hide();
-        QTRY_VERIFY2_WITH_TIMEOUT(zelmor::service::capture::foregroundWindow().rect.isNull(),
-                                  qPrintable(zelmor::service::capture::foregroundWindow().title),
-                                  3000);
-        m_actions->captureWindow();
-        QCOMPARE(toastBody(), QStringLiteral("Could not detect foreground window."));
-        m_marker->show();
-        QVERIFY(QTest::qWaitForWindowExposed(m_marker.get()));
-        QTRY_VERIFY(markerOnScreen(*m_marker)); // before the next grab
-    }
-
     // The overlay takes the keyboard at once, and a second request while it is open is dropped.
     void trayClickOpensTheRegionOverlay()
     {
         m_marker->activateWindow();
         const QPoint centre = m_tray->trayIcon()->geometry().center();
         QVERIFY(xdotool(QStringLiteral("mousemove %1 %2 click 1").arg(centre.x()).arg(centre.y())));
-        QTRY_VERIFY(shownOverlay());
+        QTRY_VERIFY(shownOverlays().size() == 1 &&
+                    shownOverlays().first()->windowHandle()->isExposed());
         QVERIFY(m_actions->regionCaptureActive());
         m_actions->captureRegion();
-        QCOMPARE(overlayCount(), 1);
-        QVERIFY(xdotool(QStringLiteral("key Escape")));
-        QTRY_COMPARE(overlayCount(), 0);
+        QCOMPARE(shownOverlays().size(), 1);
+        // Copied, saved and recorded.
+        const int rowsBefore = historyCount();
+        const int filesBefore = int(QDir(m_outputDir).entryList(QDir::Files).size());
+        auto* overlay = shownOverlays().first();
+        const QPoint from = overlay->mapFromGlobal(m_marker->mapToGlobal(QPoint(20, 20)));
+        QTest::mousePress(overlay, Qt::LeftButton, {}, from);
+        QTest::mouseMove(overlay, from + QPoint(30, 20));
+        QTest::mouseMove(overlay, from + QPoint(100, 60));
+        QTest::mouseRelease(overlay, Qt::LeftButton, {}, from + QPoint(100, 60));
+        QVERIFY(xdotool(QStringLiteral("key Return"))); // the overlay has the keyboard
+        QTRY_COMPARE(shownOverlays().size(), 0);
         QTRY_VERIFY(!m_actions->regionCaptureActive());
-    }
-
-    // A capture picked in the tray menu shows neither the menu nor Zelmor's task card: where
-    // they were, it holds what the screen shows once both are gone.
-    void trayCaptureLeavesOutTheMenuAndTheCard()
-    {
-        TaskNotificationToast& card = TaskNotificationToast::instance();
-        card.showSynced();
-        QVERIFY(QTest::qWaitForWindowExposed(&card));
-        const QPoint icon = m_tray->trayIcon()->geometry().center();
-        QVERIFY(xdotool(QStringLiteral("mousemove %1 %2 click 3").arg(icon.x()).arg(icon.y())));
-        QMenu* menu = m_tray->menu();
-        QTRY_VERIFY(menu->isVisible() && menu->windowHandle()->isExposed());
-        const QList<QAction*> rows = menu->actions();
-        QAction* row = *std::find_if(rows.begin(), rows.end(), [](const QAction* a) {
-            return a->text() == QLatin1String("Fullscreen capture");
-        });
-        const QPoint at = menu->mapToGlobal(menu->actionGeometry(row).center());
-        const QList<QRect> hidden{menu->geometry(), card.frameGeometry()};
-        QVERIFY(xdotool(QStringLiteral("mousemove %1 %2 click 1").arg(at.x()).arg(at.y())));
-
-        QTRY_COMPARE_WITH_TIMEOUT(toastBody(), QStringLiteral("Captured 1920x1080"), 5000);
-        const QImage copied = clipboardSeenByAnotherProcess();
-        delete Toast::current();
-        const QImage after = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
-        for (const QRect& area : hidden)
-            QVERIFY(copied.copy(area).convertToFormat(after.format()) == after.copy(area));
+        QCOMPARE(clipboardSeenByAnotherProcess().size(), QSize(101, 61));
+        QCOMPARE(historyCount(), rowsBefore + 1);
+        const QImage saved(HistoryService::instance().recent(1).first().path);
+        QCOMPARE(saved.pixelColor(50, 30), kMarker);
+        QCOMPARE(QDir(m_outputDir).entryList(QDir::Files).size(), filesBefore + 1);
     }
 
     void openingTheOutputFolderCreatesIt()
@@ -326,23 +318,11 @@ private Q_SLOTS:
         QVERIFY(!w.close());
         QVERIFY(!w.isVisible());
         QCOMPARE(w.pageWidget(page), shown);
-    }
-
-    void languageChangeRebuildsWithoutShowing()
-    {
-        MainWindow w;
-        w.retranslateUi(); // nothing built yet: nothing to rebuild
-        QCoreApplication::processEvents();
-        QVERIFY(!w.panelsBuilt());
-        w.showSettings();
-        QVERIFY(QTest::qWaitForWindowExposed(&w));
-        w.hide();
-        QPointer<QWidget> oldSettings = w.pageWidget(MainWindow::SettingsPage);
+        // A language change rebuilds the pages, later, and leaves a hidden window hidden.
+        const QPointer<QWidget> old = shown;
         w.retranslateUi();
-        QVERIFY(oldSettings); // deleted only once the event loop runs
-        QTRY_VERIFY(oldSettings.isNull());
-        QVERIFY(w.pageWidget(MainWindow::SettingsPage));
-        QCOMPARE(shownIndex(w), int(MainWindow::SettingsPage));
+        QTRY_VERIFY(old.isNull() && w.pageWidget(page));
+        QCOMPARE(shownIndex(w), page);
         QVERIFY(!w.isVisible());
     }
 

@@ -487,6 +487,11 @@
         <comment>tray.checkUpdates</comment>
         <translation>Check for updates</translation>
     </message>
+    <message>
+        <source>%1 (%2 unavailable)</source>
+        <comment>tray.hotkeyRefused</comment>
+        <translation>%1 (%2 unavailable)</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::service::ai::AiApiService</name>
@@ -2107,11 +2112,6 @@ See the documentation for details.</translation>
         <translation>Run as administrator</translation>
     </message>
     <message>
-        <source>Does not apply on Linux: Zelmor captures every window of your session without elevated rights.</source>
-        <comment>settings.general.runAsAdmin.desc</comment>
-        <translation>Does not apply on Linux: Zelmor captures every window of your session without elevated rights.</translation>
-    </message>
-    <message>
         <source>Hotkeys</source>
         <comment>settings.hotkeys.page.title</comment>
         <translation>Hotkeys</translation>
@@ -2416,6 +2416,21 @@ See the documentation for details.</translation>
         <comment>settings.general.runAsAdmin.desc</comment>
         <translation>Restart with elevated privileges so Zelmor can capture UAC prompts.</translation>
     </message>
+    <message>
+        <source>Not active: another program holds this combination, or the system does not allow it.</source>
+        <comment>settings.hotkeys.refused</comment>
+        <translation>Not active: another program holds this combination, or the system does not allow it.</translation>
+    </message>
+    <message>
+        <source>Start with the session</source>
+        <comment>settings.general.autoStart.session</comment>
+        <translation>Start with the session</translation>
+    </message>
+    <message>
+        <source>The autostart entry could not be changed.</source>
+        <comment>settings.general.autoStart.failed</comment>
+        <translation>The autostart entry could not be changed.</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::widget::ShortcutSheetDialog</name>
@@ -2488,6 +2503,81 @@ See the documentation for details.</translation>
         <source>Shortcut</source>
         <comment>shortcutSheet.col.shortcut</comment>
         <translation>Shortcut</translation>
+    </message>
+    <message>
+        <source>Copy the selection</source>
+        <comment>shortcutSheet.overlay.copy</comment>
+        <translation>Copy the selection</translation>
+    </message>
+    <message>
+        <source>Save the selection</source>
+        <comment>shortcutSheet.overlay.save</comment>
+        <translation>Save the selection</translation>
+    </message>
+    <message>
+        <source>Undo</source>
+        <comment>shortcutSheet.overlay.undo</comment>
+        <translation>Undo</translation>
+    </message>
+    <message>
+        <source>Redo</source>
+        <comment>shortcutSheet.overlay.redo</comment>
+        <translation>Redo</translation>
+    </message>
+    <message>
+        <source>Cancel, or drop the mark being drawn</source>
+        <comment>shortcutSheet.overlay.cancel</comment>
+        <translation>Cancel, or drop the mark being drawn</translation>
+    </message>
+    <message>
+        <source>Rectangle, ellipse, arrow, line</source>
+        <comment>shortcutSheet.overlay.shapes</comment>
+        <translation>Rectangle, ellipse, arrow, line</translation>
+    </message>
+    <message>
+        <source>Brush, highlighter, mosaic</source>
+        <comment>shortcutSheet.overlay.brushes</comment>
+        <translation>Brush, highlighter, mosaic</translation>
+    </message>
+    <message>
+        <source>Text, counter, stamp</source>
+        <comment>shortcutSheet.overlay.texts</comment>
+        <translation>Text, counter, stamp</translation>
+    </message>
+    <message>
+        <source>Colour of the palette</source>
+        <comment>shortcutSheet.overlay.palette</comment>
+        <translation>Colour of the palette</translation>
+    </message>
+    <message>
+        <source>Size of the last mark</source>
+        <comment>shortcutSheet.overlay.size</comment>
+        <translation>Size of the last mark</translation>
+    </message>
+    <message>
+        <source>Copy the colour under the pointer</source>
+        <comment>shortcutSheet.overlay.pickColour</comment>
+        <translation>Copy the colour under the pointer</translation>
+    </message>
+    <message>
+        <source>Colour as RGB or hex</source>
+        <comment>shortcutSheet.overlay.colourFormat</comment>
+        <translation>Colour as RGB or hex</translation>
+    </message>
+    <message>
+        <source>Ctrl+Wheel</source>
+        <comment>shortcutSheet.overlay.wheel</comment>
+        <translation>Ctrl+Wheel</translation>
+    </message>
+    <message>
+        <source>Global hotkeys</source>
+        <comment>shortcutSheet.global.title</comment>
+        <translation>Global hotkeys</translation>
+    </message>
+    <message>
+        <source>In the capture overlay</source>
+        <comment>shortcutSheet.overlay.title</comment>
+        <translation>In the capture overlay</translation>
     </message>
 </context>
 <context>
@@ -2742,6 +2832,51 @@ See the documentation for details.</translation>
         <source>Font size</source>
         <comment>annotate.label.font</comment>
         <translation>Font size</translation>
+    </message>
+    <message>
+        <source>Red</source>
+        <comment>overlay.colour.red</comment>
+        <translation>Red</translation>
+    </message>
+    <message>
+        <source>Yellow</source>
+        <comment>overlay.colour.yellow</comment>
+        <translation>Yellow</translation>
+    </message>
+    <message>
+        <source>Green</source>
+        <comment>overlay.colour.green</comment>
+        <translation>Green</translation>
+    </message>
+    <message>
+        <source>Blue</source>
+        <comment>overlay.colour.blue</comment>
+        <translation>Blue</translation>
+    </message>
+    <message>
+        <source>Orange</source>
+        <comment>overlay.colour.orange</comment>
+        <translation>Orange</translation>
+    </message>
+    <message>
+        <source>Pink</source>
+        <comment>overlay.colour.pink</comment>
+        <translation>Pink</translation>
+    </message>
+    <message>
+        <source>Purple</source>
+        <comment>overlay.colour.purple</comment>
+        <translation>Purple</translation>
+    </message>
+    <message>
+        <source>Black</source>
+        <comment>overlay.colour.black</comment>
+        <translation>Black</translation>
+    </message>
+    <message>
+        <source>White</source>
+        <comment>overlay.colour.white</comment>
+        <translation>White</translation>
     </message>
 </context>
 <context>

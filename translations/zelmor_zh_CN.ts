@@ -487,6 +487,11 @@
         <comment>tray.checkUpdates</comment>
         <translation>检查更新</translation>
     </message>
+    <message>
+        <source>%1 (%2 unavailable)</source>
+        <comment>tray.hotkeyRefused</comment>
+        <translation>%1（%2 不可用）</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::service::ai::AiApiService</name>
@@ -2102,11 +2107,6 @@
         <translation>以管理员身份运行</translation>
     </message>
     <message>
-        <source>Does not apply on Linux: Zelmor captures every window of your session without elevated rights.</source>
-        <comment>settings.general.runAsAdmin.desc</comment>
-        <translation>在 Linux 上不适用：Zelmor 无需提升权限即可截取会话中的所有窗口。</translation>
-    </message>
-    <message>
         <source>Hotkeys</source>
         <comment>settings.hotkeys.page.title</comment>
         <translation>快捷键</translation>
@@ -2416,6 +2416,21 @@
         <comment>settings.general.runAsAdmin.desc</comment>
         <translation>以提升的权限重新启动，以便 Zelmor 能截取 UAC 提示。</translation>
     </message>
+    <message>
+        <source>Not active: another program holds this combination, or the system does not allow it.</source>
+        <comment>settings.hotkeys.refused</comment>
+        <translation>未生效：该组合键已被其他程序占用，或系统不允许使用。</translation>
+    </message>
+    <message>
+        <source>Start with the session</source>
+        <comment>settings.general.autoStart.session</comment>
+        <translation>随会话启动</translation>
+    </message>
+    <message>
+        <source>The autostart entry could not be changed.</source>
+        <comment>settings.general.autoStart.failed</comment>
+        <translation>无法更改自启动项。</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::widget::ShortcutSheetDialog</name>
@@ -2488,6 +2503,81 @@
         <source>Shortcut</source>
         <comment>shortcutSheet.col.shortcut</comment>
         <translation>快捷键</translation>
+    </message>
+    <message>
+        <source>Copy the selection</source>
+        <comment>shortcutSheet.overlay.copy</comment>
+        <translation>复制选区</translation>
+    </message>
+    <message>
+        <source>Save the selection</source>
+        <comment>shortcutSheet.overlay.save</comment>
+        <translation>保存选区</translation>
+    </message>
+    <message>
+        <source>Undo</source>
+        <comment>shortcutSheet.overlay.undo</comment>
+        <translation>撤销</translation>
+    </message>
+    <message>
+        <source>Redo</source>
+        <comment>shortcutSheet.overlay.redo</comment>
+        <translation>重做</translation>
+    </message>
+    <message>
+        <source>Cancel, or drop the mark being drawn</source>
+        <comment>shortcutSheet.overlay.cancel</comment>
+        <translation>取消，或放弃正在绘制的标注</translation>
+    </message>
+    <message>
+        <source>Rectangle, ellipse, arrow, line</source>
+        <comment>shortcutSheet.overlay.shapes</comment>
+        <translation>矩形、椭圆、箭头、直线</translation>
+    </message>
+    <message>
+        <source>Brush, highlighter, mosaic</source>
+        <comment>shortcutSheet.overlay.brushes</comment>
+        <translation>画笔、荧光笔、马赛克</translation>
+    </message>
+    <message>
+        <source>Text, counter, stamp</source>
+        <comment>shortcutSheet.overlay.texts</comment>
+        <translation>文字、序号、印章</translation>
+    </message>
+    <message>
+        <source>Colour of the palette</source>
+        <comment>shortcutSheet.overlay.palette</comment>
+        <translation>调色板颜色</translation>
+    </message>
+    <message>
+        <source>Size of the last mark</source>
+        <comment>shortcutSheet.overlay.size</comment>
+        <translation>最后一个标注的大小</translation>
+    </message>
+    <message>
+        <source>Copy the colour under the pointer</source>
+        <comment>shortcutSheet.overlay.pickColour</comment>
+        <translation>复制指针下的颜色</translation>
+    </message>
+    <message>
+        <source>Colour as RGB or hex</source>
+        <comment>shortcutSheet.overlay.colourFormat</comment>
+        <translation>颜色显示为 RGB 或十六进制</translation>
+    </message>
+    <message>
+        <source>Ctrl+Wheel</source>
+        <comment>shortcutSheet.overlay.wheel</comment>
+        <translation>Ctrl+滚轮</translation>
+    </message>
+    <message>
+        <source>Global hotkeys</source>
+        <comment>shortcutSheet.global.title</comment>
+        <translation>全局快捷键</translation>
+    </message>
+    <message>
+        <source>In the capture overlay</source>
+        <comment>shortcutSheet.overlay.title</comment>
+        <translation>截图界面中</translation>
     </message>
 </context>
 <context>
@@ -2742,6 +2832,51 @@
         <source>Font size</source>
         <comment>annotate.label.font</comment>
         <translation>字号</translation>
+    </message>
+    <message>
+        <source>Red</source>
+        <comment>overlay.colour.red</comment>
+        <translation>红色</translation>
+    </message>
+    <message>
+        <source>Yellow</source>
+        <comment>overlay.colour.yellow</comment>
+        <translation>黄色</translation>
+    </message>
+    <message>
+        <source>Green</source>
+        <comment>overlay.colour.green</comment>
+        <translation>绿色</translation>
+    </message>
+    <message>
+        <source>Blue</source>
+        <comment>overlay.colour.blue</comment>
+        <translation>蓝色</translation>
+    </message>
+    <message>
+        <source>Orange</source>
+        <comment>overlay.colour.orange</comment>
+        <translation>橙色</translation>
+    </message>
+    <message>
+        <source>Pink</source>
+        <comment>overlay.colour.pink</comment>
+        <translation>粉色</translation>
+    </message>
+    <message>
+        <source>Purple</source>
+        <comment>overlay.colour.purple</comment>
+        <translation>紫色</translation>
+    </message>
+    <message>
+        <source>Black</source>
+        <comment>overlay.colour.black</comment>
+        <translation>黑色</translation>
+    </message>
+    <message>
+        <source>White</source>
+        <comment>overlay.colour.white</comment>
+        <translation>白色</translation>
     </message>
 </context>
 <context>

@@ -1,6 +1,7 @@
 #include "HotkeyBindings.h"
 
 #include "core/ConfigManager.h"
+#include "core/HotkeyState.h"
 #include "manager/ActionManager.h"
 #include "manager/HotkeyService.h"
 
@@ -11,12 +12,16 @@ HotkeyBindings::HotkeyBindings(manager::HotkeyService& hotkeys, manager::ActionM
 {
     connect(&core::ConfigManager::instance(), &core::ConfigManager::hotkeysChanged, this,
             &HotkeyBindings::registerAll);
+    connect(&core::HotkeyState::instance(), &core::HotkeyState::suspendedChanged, this,
+            &HotkeyBindings::registerAll);
     connect(&m_hotkeys, &manager::HotkeyService::hotkeyTriggered, &m_actions,
             [this](int id) { run(id); });
 }
 
 // Rows whose action the program does not have yet are not bound, so that their keys stay
-// free for other programs.
+// free for other programs. While the user types a new hotkey every key is let go, so that one
+// bound already reaches the field; the keys are still bound for a moment to learn which the
+// system refuses.
 void HotkeyBindings::registerAll()
 {
     struct Row
@@ -40,11 +45,21 @@ void HotkeyBindings::registerAll()
     };
     m_hotkeys.unregisterAll();
     m_callbacks.clear();
+    QSet<QString> refused;
     for (const Row& row : rows) {
         const QString sequence = core::ConfigManager::instance().hotkey(row.name);
         if (sequence.isEmpty()) continue;
-        if (m_hotkeys.registerHotkey(row.id, sequence)) m_callbacks.insert(row.id, row.action);
+        if (m_hotkeys.registerHotkey(row.id, sequence))
+            m_callbacks.insert(row.id, row.action);
+        else
+            refused.insert(QLatin1String(row.name));
     }
+    core::HotkeyState& state = core::HotkeyState::instance();
+    if (state.suspended()) {
+        m_hotkeys.unregisterAll();
+        m_callbacks.clear();
+    }
+    state.setRefused(refused);
 }
 
 void HotkeyBindings::run(int id)

@@ -30,6 +30,7 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QPointer>
 #include <QScreen>
 #include <QTimer>
 #include <QUrl>
@@ -527,11 +528,17 @@ void ActionManager::openOutputDir()
     QDesktopServices::openUrl(QUrl::fromLocalFile(dir));
 }
 
+// One sheet at a time: the hotkey pressed again brings the open one forward.
 void ActionManager::showShortcutSheet()
 {
-    auto* sheet = new widget::ShortcutSheetDialog(nullptr);
-    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    static QPointer<widget::ShortcutSheetDialog> sheet;
+    if (!sheet) {
+        sheet = new widget::ShortcutSheetDialog(nullptr);
+        sheet->setAttribute(Qt::WA_DeleteOnClose);
+    }
     sheet->show();
+    sheet->raise();
+    sheet->activateWindow();
 }
 
 void ActionManager::showLicense()

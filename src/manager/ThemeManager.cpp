@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QPalette>
+#include <QRegularExpression>
 #include <QStyle>
 #include <QStyleHints>
 
@@ -55,9 +56,14 @@ QGroupBox::title { subcontrol-origin: margin; left: 10px; padding: 0 4px; }
 QComboBox, QSpinBox, QDoubleSpinBox { background: #18181C; color: #F4F4F5; border: 1px solid #2E2E34; border-radius: 6px; padding: 3px 8px; }
 QComboBox:hover, QSpinBox:hover, QDoubleSpinBox:hover { border-color: #52525B; }
 QComboBox:focus, QSpinBox:focus, QDoubleSpinBox:focus { border-color: #E67E22; }
-QComboBox::drop-down { border: none; width: 20px; }
+QComboBox::drop-down { subcontrol-origin: padding; subcontrol-position: center right; border: none; width: 20px; }
+QComboBox::down-arrow { image: url(:/icons/common/chevron-down.svg); width: 10px; height: 10px; }
 QComboBox QAbstractItemView { background: #18181C; color: #F4F4F5; border: 1px solid #2E2E34; selection-background-color: #E67E22; selection-color: white; outline: none; }
-QSpinBox::up-button, QSpinBox::down-button, QDoubleSpinBox::up-button, QDoubleSpinBox::down-button { background: transparent; border: none; width: 16px; }
+QSpinBox::up-button, QSpinBox::down-button, QDoubleSpinBox::up-button, QDoubleSpinBox::down-button { subcontrol-origin: border; background: transparent; border: none; width: 16px; }
+QSpinBox::up-button, QDoubleSpinBox::up-button { subcontrol-position: top right; }
+QSpinBox::down-button, QDoubleSpinBox::down-button { subcontrol-position: bottom right; }
+QSpinBox::up-arrow, QDoubleSpinBox::up-arrow { image: url(:/icons/common/chevron-up.svg); width: 10px; height: 10px; }
+QSpinBox::down-arrow, QDoubleSpinBox::down-arrow { image: url(:/icons/common/chevron-down.svg); width: 10px; height: 10px; }
 )";
 
 const char* const kLightBlock = R"(
@@ -80,13 +86,15 @@ QGroupBox::title { subcontrol-origin: margin; left: 10px; padding: 0 4px; }
 QComboBox, QSpinBox, QDoubleSpinBox { background: #FFFFFF; color: #222222; border: 1px solid #D4D4D8; border-radius: 6px; padding: 3px 8px; }
 QComboBox:hover, QSpinBox:hover, QDoubleSpinBox:hover { border-color: #A8A8B0; }
 QComboBox:focus, QSpinBox:focus, QDoubleSpinBox:focus { border-color: #E67E22; }
-QComboBox::drop-down { border: none; width: 20px; }
+QComboBox::drop-down { subcontrol-origin: padding; subcontrol-position: center right; border: none; width: 20px; }
+QComboBox::down-arrow { image: url(:/icons/common/chevron-down.svg); width: 10px; height: 10px; }
 QComboBox QAbstractItemView { background: #FFFFFF; color: #222222; border: 1px solid #E5E5E5; selection-background-color: #FFF3E0; selection-color: #222222; outline: none; }
-QSpinBox::up-button, QSpinBox::down-button, QDoubleSpinBox::up-button, QDoubleSpinBox::down-button { background: transparent; border: none; width: 16px; }
+QSpinBox::up-button, QSpinBox::down-button, QDoubleSpinBox::up-button, QDoubleSpinBox::down-button { subcontrol-origin: border; background: transparent; border: none; width: 16px; }
+QSpinBox::up-button, QDoubleSpinBox::up-button { subcontrol-position: top right; }
+QSpinBox::down-button, QDoubleSpinBox::down-button { subcontrol-position: bottom right; }
+QSpinBox::up-arrow, QDoubleSpinBox::up-arrow { image: url(:/icons/common/chevron-up.svg); width: 10px; height: 10px; }
+QSpinBox::down-arrow, QDoubleSpinBox::down-arrow { image: url(:/icons/common/chevron-down.svg); width: 10px; height: 10px; }
 )";
-
-// placeholder-text-color is understood from Qt 6.5 on; older versions skip it and keep the
-// palette's placeholder colour.
 
 const char* const kSettingsTemplate = R"(
 #settingsRoot, #settingsBody { background: %1; }
@@ -262,6 +270,7 @@ QWidget { font-family: 'Segoe UI Variable', 'Segoe UI', 'Microsoft YaHei UI', sa
 #captureToolbar QToolButton:hover, #captureAnnToolbar QToolButton:hover { background: rgba(255, 255, 255, 28); }
 #captureAnnToolbar QToolButton:checked { background: rgba(76, 194, 255, 80); }
 #captureToolbar QComboBox, #captureAnnToolbar QSpinBox { background: rgba(255, 255, 255, 20); color: rgba(255, 255, 255, 230); border: 1px solid rgba(255, 255, 255, 40); border-radius: 4px; padding: 2px 6px; }
+#captureToolbar QComboBox QAbstractItemView { background: rgb(28, 28, 32); color: rgba(255, 255, 255, 230); border: 1px solid rgba(76, 194, 255, 70); selection-background-color: rgba(76, 194, 255, 80); selection-color: white; outline: none; }
 #captureSidePanel QLabel { background: transparent; color: rgba(255, 255, 255, 220); }
 #annotateWindow { background: %1; color: %5; }
 #annotateScrollArea { background: %2; border: none; }
@@ -285,14 +294,25 @@ constexpr std::array<Token, 8> kBaseTokens = {{
     {"#b4b4b8", "#5F6876"},
 }};
 
+// placeholder-text-color is a property of Qt 6.5 on. Older versions warn of it at every widget
+// they style; they take the placeholder's colour from the palette and the text colour instead.
+QString withSupportedProperties(QString sheet)
+{
+#if QT_VERSION < QT_VERSION_CHECK(6, 5, 0)
+    static const QRegularExpression placeholder(QStringLiteral(" ?placeholder-text-color: [^;]*;"));
+    sheet.remove(placeholder);
+#endif
+    return sheet;
+}
+
 // Later blocks win over earlier ones at equal specificity, so the base block comes last.
 QString buildStyleSheet(bool dark)
 {
-    return QLatin1String(dark ? kDarkBlock : kLightBlock) +
-           fillTemplate(kSettingsTemplate, kSettingsTokens, dark) +
-           fillTemplate(kHistoryTemplate, kHistoryTokens, dark) +
-           fillTemplate(kChatTemplate, kChatTokens, dark) +
-           fillTemplate(kBaseTemplate, kBaseTokens, dark);
+    return withSupportedProperties(QLatin1String(dark ? kDarkBlock : kLightBlock) +
+                                   fillTemplate(kSettingsTemplate, kSettingsTokens, dark) +
+                                   fillTemplate(kHistoryTemplate, kHistoryTokens, dark) +
+                                   fillTemplate(kChatTemplate, kChatTokens, dark) +
+                                   fillTemplate(kBaseTemplate, kBaseTokens, dark));
 }
 
 QPalette darkPalette()
@@ -311,6 +331,7 @@ QPalette darkPalette()
     palette.setColor(QPalette::Link, QColor(0xE6, 0x7E, 0x22));
     palette.setColor(QPalette::Highlight, QColor(0xE6, 0x7E, 0x22));
     palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::PlaceholderText, QColor(0x7A, 0x7A, 0x80));
     const QColor disabledText(0x6B, 0x72, 0x80);
     palette.setColor(QPalette::Disabled, QPalette::Text, disabledText);
     palette.setColor(QPalette::Disabled, QPalette::ButtonText, disabledText);

@@ -2,7 +2,9 @@
 
 #include "ActionManager.h"
 #include "core/ConfigManager.h"
+#include "core/HotkeyState.h"
 #include "manager/ThemeManager.h"
+#include "platform/Elevation.h"
 #include "widget/TrayMenu.h"
 
 #include <QApplication>
@@ -36,15 +38,29 @@ bool grabsScreen(void (ActionManager::*slot)())
     return false;
 }
 
+// A row shows its hotkey only while the hotkey works; one that the system refused is named in
+// the row's text instead.
+QAction* showHotkey(QAction* action, const char* name)
+{
+    const QString stored = core::ConfigManager::instance().hotkey(name);
+    if (core::HotkeyState::instance().isActive(QLatin1String(name)) || stored.isEmpty()) {
+        action->setShortcut(shownKey(stored));
+        return action;
+    }
+    action->setText(TrayService::tr("%1 (%2 unavailable)", "tray.hotkeyRefused")
+                        .arg(action->text(), shownKey(stored).toString(QKeySequence::NativeText)));
+    return action;
+}
+
 template <typename Slot>
 QAction* addItem(QMenu* menu, const QString& text, ActionManager* actions, Slot slot,
-                 const QString& hotkey = QString())
+                 const char* hotkey = nullptr)
 {
     // The texts carry no mnemonics: an ampersand is shown as written.
     QAction* action =
         menu->addAction(QString(text).replace(QLatin1Char('&'), QStringLiteral("&&")));
-    if (!hotkey.isNull()) {
-        action->setShortcut(shownKey(hotkey));
+    if (hotkey) {
+        showHotkey(action, hotkey);
         action->setShortcutContext(Qt::WidgetShortcut); // shown, never acted on
     }
     if constexpr (std::is_same_v<Slot, void (ActionManager::*)()>) {
@@ -71,6 +87,8 @@ TrayService::TrayService(ActionManager* actions, QObject* parent)
     m_trayIcon->setToolTip(tr("Zelmor", "tray.tooltip"));
     rebuildMenu();
     connect(&core::ConfigManager::instance(), &core::ConfigManager::hotkeysChanged, this,
+            &TrayService::rebuildMenu);
+    connect(&core::HotkeyState::instance(), &core::HotkeyState::refusedChanged, this,
             &TrayService::rebuildMenu);
     connect(m_trayIcon, &QSystemTrayIcon::activated, this,
             [this](QSystemTrayIcon::ActivationReason reason) {
@@ -99,7 +117,6 @@ void TrayService::rebuildMenu()
     delete m_menu;
     m_menu = new widget::TrayMenu(ThemeManager::instance().currentTheme());
     m_trayIcon->setContextMenu(m_menu);
-    core::ConfigManager& config = core::ConfigManager::instance();
     ActionManager* a = m_actions;
     QMenu* menu = m_menu;
 
@@ -116,26 +133,26 @@ void TrayService::rebuildMenu()
     menu->addSeparator();
 
     addItem(menu, tr("Region capture", "tray.captureRegion"), a, &ActionManager::captureRegion,
-            config.hotkeyRegion());
+            "region");
     addItem(menu, tr("Fullscreen capture", "tray.captureFullscreen"), a,
-            &ActionManager::captureFullscreen, config.hotkeyFullscreen());
+            &ActionManager::captureFullscreen, "fullscreen");
     addItem(menu, tr("Window capture", "tray.captureWindow"), a, &ActionManager::captureWindow,
-            config.hotkeyWindow());
+            "window");
     QMenu* delayed = menu->addMenu(tr("Delayed capture", "tray.captureDelayed"));
     for (int secs : {3, 5, 10})
         addItem(delayed, tr("%1 s", "tray.delayed.secs").arg(secs), a,
                 [a, secs] { a->captureDelayed(secs); });
-    addItem(menu, tr("Record GIF", "tray.recordGif"), a, &ActionManager::recordGif,
-            config.hotkeyGif());
+    addItem(menu, tr("Record GIF", "tray.recordGif"), a, &ActionManager::recordGif, "gif");
     addItem(menu, tr("Scroll capture", "tray.scrollCapture"), a, &ActionManager::scrollCapture,
-            config.hotkeyScroll());
+            "scroll");
     addItem(menu, tr("Annotate screen", "tray.annotateScreen"), a, &ActionManager::annotateScreen);
-    addItem(menu, tr("From clipboard", "tray.fromClipboard"), a, &ActionManager::pinFromClipboard)
-        ->setShortcut(shownKey(config.hotkeyPinFromClipboard()));
+    showHotkey(addItem(menu, tr("From clipboard", "tray.fromClipboard"), a,
+                       &ActionManager::pinFromClipboard),
+               "pinFromClipboard");
     menu->addSeparator();
 
-    addItem(menu, tr("History", "tray.history"), a, &ActionManager::showHistory)
-        ->setShortcut(shownKey(config.hotkeyHistory()));
+    showHotkey(addItem(menu, tr("History", "tray.history"), a, &ActionManager::showHistory),
+               "history");
     addItem(menu, tr("Open output directory", "tray.openOutputDir"), a,
             &ActionManager::openOutputDir);
     QMenu* pins = menu->addMenu(tr("Pin sessions", "tray.pinSessions"));
@@ -156,12 +173,15 @@ void TrayService::rebuildMenu()
             [a] { a->setTheme(QStringLiteral("system")); });
     addItem(menu, tr("Settings...", "tray.settings"), a, &ActionManager::showSettings);
     addItem(menu, tr("About", "tray.about"), a, &ActionManager::showAbout);
-    addItem(menu, tr("Shortcut cheat sheet", "tray.shortcutSheet"), a,
-            &ActionManager::showShortcutSheet)
-        ->setShortcut(shownKey(config.hotkeyShortcutSheet()));
+    showHotkey(addItem(menu, tr("Shortcut cheat sheet", "tray.shortcutSheet"), a,
+                       &ActionManager::showShortcutSheet),
+               "shortcutSheet");
     addItem(menu, tr("Check for updates", "tray.checkUpdates"), a, &ActionManager::checkUpdates);
     addItem(menu, tr("License...", "tray.license"), a, &ActionManager::showLicense);
-    addItem(menu, tr("Restart as admin", "tray.restartAdmin"), a, &ActionManager::restartAsAdmin);
+    // Offered only where the system can grant it.
+    if (platform::elevationAvailable())
+        addItem(menu, tr("Restart as admin", "tray.restartAdmin"), a,
+                &ActionManager::restartAsAdmin);
     menu->addSeparator();
     addItem(menu, tr("Quit", "tray.quit"), a, &ActionManager::quit);
 }

@@ -7,15 +7,32 @@
 
 #include <QCloseEvent>
 #include <QElapsedTimer>
+#include <QScrollArea>
 #include <QStackedWidget>
 #include <QTimer>
 
 namespace zelmor::widget {
 
+namespace {
+
+// A panel that needs more room than a small screen gives scrolls, instead of making the whole
+// window too big to fit.
+QScrollArea* scrollable(QWidget* panel)
+{
+    auto* area = new QScrollArea;
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setWidget(panel);
+    return area;
+}
+
+} // namespace
+
 MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), m_stack(new QStackedWidget(this))
 {
     setWindowTitle(tr("Zelmor", "main.title"));
     resize(1200, 740);
+    setMinimumSize(640, 480);
     setCentralWidget(m_stack);
     setVisible(false);
 }
@@ -66,10 +83,11 @@ void MainWindow::buildPanels()
     connect(history, &HistoryPanel::reeditRequested, this, &MainWindow::reeditFromHistoryRequested);
     m_historyPanel = history;
     m_aiChatPanel = chat;
-    // Stack index equals page number.
-    m_stack->addWidget(m_settingsPanel);
-    m_stack->addWidget(m_historyPanel);
-    m_stack->addWidget(m_aiChatPanel);
+    // Stack index equals page number; the frames of panels built before go with them.
+    while (QWidget* old = m_stack->widget(0))
+        delete old;
+    for (QWidget* panel : {static_cast<QWidget*>(m_settingsPanel), m_historyPanel, m_aiChatPanel})
+        m_stack->addWidget(scrollable(panel));
     showCurrentPage();
 }
 

@@ -77,6 +77,21 @@ private slots:
         QCOMPARE(name->text(), "left");
     }
 
+    // Saved when done: a save reloads the form, which would move the cursor of a box in use.
+    void typingInTheModelBoxKeepsTheCursor()
+    {
+        AiSettingsPage page;
+        page.show();
+        button(page, "Add")->click();
+        QLineEdit* model = page.findChildren<QComboBox*>().last()->lineEdit();
+        model->setFocus();
+        model->setCursorPosition(3);
+        QTest::keyClicks(model, "XY");
+        QCOMPARE(model->text(), "gptXY-4o");
+        QTest::keyClick(model, Qt::Key_Return);
+        QCOMPARE(AiProviderService::instance().get(page.currentId()).model, "gptXY-4o");
+    }
+
     void presetFillsTheForm()
     {
         AiSettingsPage page;

@@ -76,8 +76,8 @@ QList<McpClientEntry> mcpClientEntries()
     const QString home = QDir::homePath();
     QList<McpClientEntry> entries{
         entry("claude_desktop", "Claude Desktop", roaming, "Claude/claude_desktop_config.json"),
-        entry("cursor", "Cursor", roaming,
-              "Cursor/User/globalStorage/anysphere.cursor/cursor_mcp_config.json"),
+        // Where Cursor reads its servers, on every system.
+        entry("cursor", "Cursor", home, ".cursor/mcp.json"),
         entry("claude_code", "Claude Code", home, ".claude.json"),
         entry("windsurf", "Windsurf", home, ".codeium/windsurf/mcp_config.json"),
         entry("cline", "Cline (VS Code)", roaming,

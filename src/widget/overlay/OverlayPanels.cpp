@@ -109,6 +109,19 @@ const ToolSpec kTools[] = {
      QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Stamp", "annotate.tool.stamp")},
 };
 
+// Spoken and shown for the palette's swatches, in the palette's order.
+const Text kColourNames[] = {
+    QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Red", "overlay.colour.red"),
+    QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Yellow", "overlay.colour.yellow"),
+    QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Green", "overlay.colour.green"),
+    QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Blue", "overlay.colour.blue"),
+    QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Orange", "overlay.colour.orange"),
+    QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Pink", "overlay.colour.pink"),
+    QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Purple", "overlay.colour.purple"),
+    QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Black", "overlay.colour.black"),
+    QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "White", "overlay.colour.white"),
+};
+
 struct ComboItem
 {
     Text text;
@@ -230,10 +243,8 @@ void OverlayPanels::buildAnnotationBar(QWidget* overlay)
     const auto& palette = service::capture::annotationPalette();
     for (int i = 0; i < int(palette.size()); ++i) {
         const QColor colour = QColor::fromRgba(palette[i].argb);
-        QToolButton* button = makeButton(
-            m_annotationBar, QStringLiteral("palette%1").arg(i + 1),
-            QStringLiteral("#%1").arg(palette[i].argb, 8, 16, QLatin1Char('0')).toUpper(),
-            QString(), QSize(22, 22));
+        QToolButton* button = makeButton(m_annotationBar, QStringLiteral("palette%1").arg(i + 1),
+                                         kColourNames[i].translated(), QString(), QSize(22, 22));
         button->setCheckable(true);
         button->setAutoExclusive(true);
         button->setChecked(i == 0);

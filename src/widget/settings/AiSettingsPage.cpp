@@ -69,8 +69,12 @@ AiProviderItemWidget::AiProviderItemWidget(const AiProvider& provider, QWidget* 
     QFont small = model->font();
     small.setPointSize(9);
     model->setFont(small);
-    texts->addWidget(name);
-    texts->addWidget(model);
+    // The texts give way to the star and the protocol when the list is narrow.
+    for (QLabel* text : {name, model}) {
+        text->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        text->setToolTip(text->text());
+        texts->addWidget(text);
+    }
     row->addLayout(texts, 1);
     auto* star = new QLabel(QStringLiteral("★"), this);
     star->setObjectName(QStringLiteral("aiProviderItemStar"));
@@ -112,7 +116,8 @@ QWidget* AiSettingsPage::buildList()
     auto* column = new QVBoxLayout(card);
     m_list = new QListWidget(card);
     m_list->setObjectName(QStringLiteral("aiProviderList"));
-    m_list->setFixedWidth(200);
+    m_list->setFixedWidth(250);
+    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_list->setAccessibleName(tr("Providers", "settings.ai.list.name"));
     column->addWidget(m_list, 1);
     connect(m_list, &QListWidget::currentRowChanged, this, [this](int row) {
@@ -203,9 +208,13 @@ QWidget* AiSettingsPage::buildForm()
         connect(field, &QLineEdit::editingFinished, this, [this] {
             if (!m_loading) saveForm();
         });
-    connect(m_model, &QComboBox::currentTextChanged, this, [this] {
+    // Saved when the user is done: saving reloads the form, which would move the cursor of a
+    // box still being typed in.
+    const auto saveModel = [this] {
         if (!m_loading) saveForm();
-    });
+    };
+    connect(m_model->lineEdit(), &QLineEdit::editingFinished, this, saveModel);
+    connect(m_model, &QComboBox::activated, this, saveModel);
     return card;
 }
 

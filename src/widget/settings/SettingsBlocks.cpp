@@ -111,8 +111,8 @@ QWidget* makeFieldPair(QWidget* left, QWidget* right)
     return pair;
 }
 
-QWidget* addSettingRow(QVBoxLayout* card, const QString& title, const QString& description,
-                       bool initial, const std::function<void(bool)>& onToggled)
+QCheckBox* addSettingRow(QVBoxLayout* card, const QString& title, const QString& description,
+                         bool initial, const std::function<void(bool)>& onToggled)
 {
     QWidget* cardWidget = card->parentWidget();
     const bool first = !cardWidget->findChild<QFrame*>(QStringLiteral("settingRowWrapFirst"),
@@ -135,7 +135,7 @@ QWidget* addSettingRow(QVBoxLayout* card, const QString& title, const QString& d
     if (!description.isEmpty()) toggle->setAccessibleDescription(description);
     toggle->setChecked(initial);
     toggle->setCursor(Qt::PointingHandCursor);
-    QObject::connect(toggle, &QCheckBox::toggled, toggle, onToggled);
+    if (onToggled) QObject::connect(toggle, &QCheckBox::toggled, toggle, onToggled);
     row->addWidget(toggle, 0, description.isEmpty() ? Qt::AlignVCenter : Qt::AlignTop);
     card->addWidget(wrap);
     return toggle;

@@ -4,6 +4,7 @@
 
 #include <functional>
 
+class QCheckBox;
 class QPushButton;
 class QScrollArea;
 class QVBoxLayout;
@@ -31,9 +32,9 @@ QVBoxLayout* addCard(QVBoxLayout* page, const QString& title, const QString& des
 QWidget* makeField(const QString& label, QWidget* control, const QString& hint = QString());
 QWidget* makeFieldPair(QWidget* left, QWidget* right);
 
-// A titled switch; `onToggled` runs on every change. Returns the switch.
-QWidget* addSettingRow(QVBoxLayout* card, const QString& title, const QString& description,
-                       bool initial, const std::function<void(bool)>& onToggled);
+// A titled switch; `onToggled`, if given, runs on every change. Returns the switch.
+QCheckBox* addSettingRow(QVBoxLayout* card, const QString& title, const QString& description,
+                         bool initial, const std::function<void(bool)>& onToggled);
 
 // A page's push button, in the primary accent or the quiet secondary look.
 QPushButton* makeSettingsButton(const QString& text, bool primary = false);

@@ -146,6 +146,11 @@ QWidget* SettingsDialog::makeBody()
     }
     connect(m_navigation, &QListWidget::currentRowChanged, m_stack,
             &QStackedWidget::setCurrentIndex);
+    // A screen reader selects a row without making it current; the page follows all the same.
+    connect(m_navigation, &QListWidget::itemSelectionChanged, this, [this] {
+        const QList<QListWidgetItem*> selected = m_navigation->selectedItems();
+        if (!selected.isEmpty()) m_navigation->setCurrentItem(selected.first());
+    });
     m_navigation->setCurrentRow(0);
     layout->addWidget(m_navigation);
     layout->addWidget(m_stack, 1);

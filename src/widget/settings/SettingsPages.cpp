@@ -1,18 +1,23 @@
 #include "SettingsPages.h"
 
+#include "HotkeyEdit.h"
 #include "SettingsBlocks.h"
 #include "UpdateSection.h"
 #include "core/ConfigManager.h"
+#include "core/HotkeyState.h"
+#include "core/Toast.h"
+#include "platform/Autostart.h"
 #include "platform/Elevation.h"
 #include "service/history/HistoryService.h"
 #include "widget/LicenseDialog.h"
 
+#include <QCheckBox>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QHBoxLayout>
-#include <QKeySequenceEdit>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -76,21 +81,57 @@ QLineEdit* makeLineEdit(const QString& value, void (ConfigManager::*write)(const
     return edit;
 }
 
+// Said under a hotkey field while the system refuses its combination.
+void addRefusalNote(QWidget* field, QWidget* edit, const QString& name)
+{
+    auto* note = new QLabel(SettingsPages::tr("Not active: another program holds this "
+                                              "combination, or the system does not allow it.",
+                                              "settings.hotkeys.refused"),
+                            field);
+    field->layout()->addWidget(note);
+    note->setObjectName(QStringLiteral("fieldWarning"));
+    note->setWordWrap(true);
+    const auto follow = [note, edit, name] {
+        const bool refused = !core::HotkeyState::instance().isActive(name);
+        note->setVisible(refused);
+        edit->setAccessibleDescription(refused ? note->text() : QString());
+    };
+    follow();
+    QObject::connect(&core::HotkeyState::instance(), &core::HotkeyState::refusedChanged, note,
+                     follow);
+}
+
 QString dataFolder()
 {
     return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
 }
 
-// Where there is no elevation to ask for, the row is shown and cannot be changed.
-QString runAsAdminDescription()
+// The entry that starts Zelmor with the session is the system's own, so the switch shows and
+// writes that entry; the setting follows it.
+void addAutostartRow(QVBoxLayout* card)
 {
-    if (platform::elevationAvailable())
-        return SettingsPages::tr(
-            "Restart with elevated privileges so Zelmor can capture UAC prompts.",
-            "settings.general.runAsAdmin.desc");
-    return SettingsPages::tr("Does not apply on Linux: Zelmor captures every window of your "
-                             "session without elevated rights.",
-                             "settings.general.runAsAdmin.desc");
+    const bool windows = platform::autostartKind() == platform::AutostartKind::WindowsSignIn;
+    const QString title =
+        windows ? SettingsPages::tr("Start with Windows", "settings.general.autoStart")
+                : SettingsPages::tr("Start with the session", "settings.general.autoStart.session");
+    QCheckBox* toggle = addSettingRow(card, title,
+                                      SettingsPages::tr("Launch Zelmor automatically when you "
+                                                        "sign in.",
+                                                        "settings.general.autoStart.desc"),
+                                      platform::autostartEnabled(), {});
+    QObject::connect(toggle, &QCheckBox::toggled, toggle, [toggle](bool on) {
+        const std::string program = QCoreApplication::applicationFilePath().toStdString();
+        if (platform::setAutostart(on, program)) {
+            config().setAutoStart(on);
+            return;
+        }
+        const QSignalBlocker quiet(toggle);
+        toggle->setChecked(!on);
+        core::notifyUser(toggle->accessibleName(),
+                         SettingsPages::tr("The autostart entry could not be changed.",
+                                           "settings.general.autoStart.failed"),
+                         3000);
+    });
 }
 
 } // namespace
@@ -107,6 +148,11 @@ QWidget* SettingsPages::general()
                                   {"light", tr("Light", "settings.general.theme.light")},
                                   {"dark", tr("Dark", "settings.general.theme.dark")}},
                                  config().theme(), &ConfigManager::setTheme);
+    // The tray changes the theme too.
+    QObject::connect(&config(), &ConfigManager::themeChanged, theme, [theme] {
+        const QSignalBlocker quiet(theme);
+        theme->setCurrentIndex(theme->findData(config().theme()));
+    });
     QComboBox* language =
         makeCombo({{"system", tr("System default", "settings.general.lang.system")},
                    {"zh_CN", QStringLiteral("简体中文")},
@@ -119,11 +165,7 @@ QWidget* SettingsPages::general()
     QVBoxLayout* startup = addCard(
         page.body, tr("Startup", "settings.general.startup"),
         tr("Decide when Zelmor launches and what it shows.", "settings.general.startup.desc"));
-    // Stored only, as the other start-up settings: nothing reads it at start.
-    addSettingRow(
-        startup, tr("Start with Windows", "settings.general.autoStart"),
-        tr("Launch Zelmor automatically when you sign in.", "settings.general.autoStart.desc"),
-        config().autoStart(), [](bool on) { config().setAutoStart(on); });
+    addAutostartRow(startup);
     addSettingRow(startup, tr("Start minimized to tray", "settings.general.startMinimized"),
                   tr("Open to the tray, no main window.", "settings.general.startMinimized.desc"),
                   config().startMinimizedToTray(),
@@ -132,10 +174,12 @@ QWidget* SettingsPages::general()
         startup, tr("Check for updates on startup", "settings.general.checkUpdates"),
         tr("Ping the update server once when Zelmor starts.", "settings.general.checkUpdates.desc"),
         config().checkUpdatesOnStart(), [](bool on) { config().setCheckUpdatesOnStart(on); });
-    addSettingRow(startup, tr("Run as administrator", "settings.general.runAsAdmin"),
-                  runAsAdminDescription(), config().runAsAdmin(),
-                  [](bool on) { config().setRunAsAdmin(on); })
-        ->setEnabled(platform::elevationAvailable());
+    // Offered only where the system can start a program with administrator rights.
+    if (platform::elevationAvailable())
+        addSettingRow(startup, tr("Run as administrator", "settings.general.runAsAdmin"),
+                      tr("Restart with elevated privileges so Zelmor can capture UAC prompts.",
+                         "settings.general.runAsAdmin.desc"),
+                      config().runAsAdmin(), [](bool on) { config().setRunAsAdmin(on); });
     page.body->addStretch(1);
     return page.scroll;
 }
@@ -150,7 +194,6 @@ QWidget* SettingsPages::hotkeys()
     const Page page = makePage(
         tr("Hotkeys", "settings.hotkeys.page.title"),
         tr("Global keyboard shortcuts. Edits apply immediately.", "settings.hotkeys.page.desc"));
-    // Both signals write, so a half-typed chord is stored and then replaced by the finished one.
     const auto addGrid = [&page](const QString& title, const QString& description, int columns,
                                  std::initializer_list<Hotkey> hotkeys) {
         QVBoxLayout* card = addCard(page.body, title, description);
@@ -158,15 +201,15 @@ QWidget* SettingsPages::hotkeys()
         grid->setHorizontalSpacing(20);
         int cell = 0;
         for (const Hotkey& hotkey : hotkeys) {
-            auto* edit = new QKeySequenceEdit(
-                QKeySequence::fromString(config().hotkey(hotkey.name), QKeySequence::PortableText));
             const char* name = hotkey.name;
-            const auto write = [edit, name] {
-                config().setHotkey(name, edit->keySequence().toString(QKeySequence::PortableText));
-            };
-            QObject::connect(edit, &QKeySequenceEdit::keySequenceChanged, edit, write);
-            QObject::connect(edit, &QKeySequenceEdit::editingFinished, edit, write);
-            grid->addWidget(makeField(hotkey.label, edit), cell / columns, cell % columns);
+            auto* edit = new HotkeyEdit(
+                QKeySequence::fromString(config().hotkey(name), QKeySequence::PortableText));
+            QObject::connect(edit, &HotkeyEdit::committed, edit, [name](const QKeySequence& keys) {
+                config().setHotkey(name, keys.toString(QKeySequence::PortableText));
+            });
+            QWidget* field = makeField(hotkey.label, edit);
+            addRefusalNote(field, edit, QLatin1String(name));
+            grid->addWidget(field, cell / columns, cell % columns);
             ++cell;
         }
         card->addLayout(grid);

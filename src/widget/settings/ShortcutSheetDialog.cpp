@@ -4,6 +4,7 @@
 #include "widget/FollowLanguage.h"
 
 #include <QDialogButtonBox>
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QTableWidget>
@@ -57,6 +58,56 @@ const SheetRow kRows[] = {
      "shortcutSheet"},
 };
 
+// The capture overlay's own keys; they work only while it is open, whatever the settings say.
+struct OverlayKey
+{
+    struct
+    {
+        const char* source;
+        const char* comment;
+    } text;
+    const char* keys; // key names as the keyboard shows them
+};
+
+const OverlayKey kOverlayKeys[] = {
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Copy the selection",
+                        "shortcutSheet.overlay.copy"),
+     "Enter / Ctrl+C"},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Save the selection",
+                        "shortcutSheet.overlay.save"),
+     "Ctrl+S"},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Undo",
+                        "shortcutSheet.overlay.undo"),
+     "Ctrl+Z"},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Redo",
+                        "shortcutSheet.overlay.redo"),
+     "Ctrl+Y"},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog",
+                        "Cancel, or drop the mark being drawn", "shortcutSheet.overlay.cancel"),
+     "Esc"},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Rectangle, ellipse, arrow, line",
+                        "shortcutSheet.overlay.shapes"),
+     "R E A L"},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Brush, highlighter, mosaic",
+                        "shortcutSheet.overlay.brushes"),
+     "B H M"},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Text, counter, stamp",
+                        "shortcutSheet.overlay.texts"),
+     "T C S"},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Colour of the palette",
+                        "shortcutSheet.overlay.palette"),
+     "1 … 9"},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Size of the last mark",
+                        "shortcutSheet.overlay.size"),
+     nullptr}, // the wheel's name is translated
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Copy the colour under the pointer",
+                        "shortcutSheet.overlay.pickColour"),
+     "C"},
+    {QT_TRANSLATE_NOOP3("zelmor::widget::ShortcutSheetDialog", "Colour as RGB or hex",
+                        "shortcutSheet.overlay.colourFormat"),
+     "Shift"},
+};
+
 QTableWidgetItem* readOnlyItem(const QString& text)
 {
     auto* item = new QTableWidgetItem(text);
@@ -64,10 +115,38 @@ QTableWidgetItem* readOnlyItem(const QString& text)
     return item;
 }
 
+// A read-only table of actions, named later, and their keys.
+QTableWidget* makeTable(const QStringList& keys)
+{
+    auto* table = new QTableWidget(int(keys.size()), 2);
+    table->verticalHeader()->hide();
+    table->horizontalHeader()->setStretchLastSection(true);
+    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table->setSelectionMode(QAbstractItemView::NoSelection);
+    table->setFocusPolicy(Qt::NoFocus);
+    table->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    for (int row = 0; row < keys.size(); ++row) {
+        table->setItem(row, 0, readOnlyItem(QString()));
+        table->setItem(row, 1, readOnlyItem(keys[row]));
+    }
+    return table;
+}
+
+// As tall as its rows, so that none of them hides behind a scroll bar.
+void fitRows(QTableWidget* table)
+{
+    table->resizeColumnsToContents();
+    table->resizeRowsToContents();
+    const int frame = 2 * table->frameWidth();
+    table->setFixedHeight(table->horizontalHeader()->sizeHint().height() +
+                          table->verticalHeader()->length() + frame);
+    table->setMinimumWidth(table->horizontalHeader()->length() + frame);
+}
+
 } // namespace
 
-ShortcutSheetDialog::ShortcutSheetDialog(QWidget* parent)
-    : QDialog(parent), m_table(new QTableWidget(this))
+ShortcutSheetDialog::ShortcutSheetDialog(QWidget* parent) : QDialog(parent)
 {
     setMinimumWidth(420);
     auto* layout = new QVBoxLayout(this);
@@ -75,33 +154,50 @@ ShortcutSheetDialog::ShortcutSheetDialog(QWidget* parent)
     hint->setObjectName(QStringLiteral("fieldHint"));
     layout->addWidget(hint);
 
-    m_table->setColumnCount(2);
-    m_table->verticalHeader()->hide();
-    m_table->horizontalHeader()->setStretchLastSection(true);
-    m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_table->setSelectionMode(QAbstractItemView::NoSelection);
-    m_table->setFocusPolicy(Qt::NoFocus);
-    m_table->setRowCount(int(std::size(kRows)));
     const core::ConfigManager& config = core::ConfigManager::instance();
-    int row = 0;
-    for (const SheetRow& sheetRow : kRows) {
-        m_table->setItem(row, 0, readOnlyItem(QString()));
-        m_table->setItem(row, 1, readOnlyItem(config.hotkey(sheetRow.hotkey)));
-        ++row;
+    QStringList globalKeys;
+    for (const SheetRow& row : kRows)
+        globalKeys << config.hotkey(row.hotkey);
+    QStringList overlayKeys;
+    for (const OverlayKey& key : kOverlayKeys)
+        overlayKeys << QString::fromUtf8(key.keys ? key.keys : "");
+    m_table = makeTable(globalKeys);
+    m_overlayTable = makeTable(overlayKeys);
+    auto* tables = new QHBoxLayout;
+    QList<QLabel*> titles;
+    for (QTableWidget* table : {m_table, m_overlayTable}) {
+        auto* column = new QVBoxLayout;
+        titles << new QLabel;
+        titles.last()->setObjectName(QStringLiteral("settingsCardTitle"));
+        column->addWidget(titles.last());
+        column->addWidget(table);
+        column->addStretch(1);
+        tables->addLayout(column);
     }
-    followLanguage(this, [this, hint] {
+    layout->addLayout(tables);
+    followLanguage(this, [this, hint, titles] {
         setWindowTitle(tr("Zelmor — Shortcut cheat sheet", "shortcutSheet.title"));
         hint->setText(
             tr("Current global hotkeys. Remap them in Settings → Hotkeys.", "shortcutSheet.hint"));
-        m_table->setAccessibleName(windowTitle());
-        m_table->setHorizontalHeaderLabels({tr("Action", "shortcutSheet.col.action"),
-                                            tr("Shortcut", "shortcutSheet.col.shortcut")});
+        titles[0]->setText(tr("Global hotkeys", "shortcutSheet.global.title"));
+        titles[1]->setText(tr("In the capture overlay", "shortcutSheet.overlay.title"));
         for (int row = 0; row < int(std::size(kRows)); ++row)
             m_table->item(row, 0)->setText(tr(kRows[row].text.source, kRows[row].text.comment));
-        m_table->resizeColumnsToContents();
-        m_table->resizeRowsToContents();
+        for (int row = 0; row < int(std::size(kOverlayKeys)); ++row) {
+            const OverlayKey& key = kOverlayKeys[row];
+            m_overlayTable->item(row, 0)->setText(tr(key.text.source, key.text.comment));
+            if (!key.keys)
+                m_overlayTable->item(row, 1)->setText(
+                    tr("Ctrl+Wheel", "shortcutSheet.overlay.wheel"));
+        }
+        for (int t = 0; t < 2; ++t) {
+            QTableWidget* table = t == 0 ? m_table : m_overlayTable;
+            table->setAccessibleName(titles[t]->text());
+            table->setHorizontalHeaderLabels({tr("Action", "shortcutSheet.col.action"),
+                                              tr("Shortcut", "shortcutSheet.col.shortcut")});
+            fitRows(table);
+        }
     });
-    layout->addWidget(m_table);
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);

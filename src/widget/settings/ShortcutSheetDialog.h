@@ -6,8 +6,8 @@ class QTableWidget;
 
 namespace zelmor::widget {
 
-// The global hotkeys as they are stored when the sheet opens; an open sheet does not follow
-// later remaps.
+// The global hotkeys as they are stored when the sheet opens, beside the keys of the capture
+// overlay. An open sheet does not follow later remaps.
 class ShortcutSheetDialog : public QDialog
 {
     Q_OBJECT
@@ -15,9 +15,11 @@ public:
     explicit ShortcutSheetDialog(QWidget* parent = nullptr);
 
     QTableWidget* table() const { return m_table; }
+    QTableWidget* overlayTable() const { return m_overlayTable; }
 
 private:
-    QTableWidget* m_table;
+    QTableWidget* m_table = nullptr;
+    QTableWidget* m_overlayTable = nullptr;
 };
 
 } // namespace zelmor::widget

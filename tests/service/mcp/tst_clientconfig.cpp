@@ -106,6 +106,8 @@ private slots:
     {
         const QList<McpClientEntry> entries = mcpClientEntries();
         QCOMPARE(entries.size(), 10);
+        QCOMPARE(entries[1].configPath,
+                 QDir::homePath() + "/.cursor/mcp.json"); // where Cursor reads
         QCOMPARE(entries[8].id, "custom_1");
         QCOMPARE(entries[8].displayName, "自定义实例 (a.json)");
         QCOMPARE(entries[9].id, "custom_2");

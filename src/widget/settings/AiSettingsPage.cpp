@@ -105,7 +105,9 @@ AiSettingsPage::AiSettingsPage(QWidget* parent) : QWidget(parent)
     cards->addWidget(buildForm(), 1);
     page->addLayout(cards, 1);
     page->addWidget(buildBottomRow());
-    connect(&providers(), &AiProviderService::changed, this, &AiSettingsPage::refreshList);
+    // Later, not inside the save: a field left by closing the window saves while it goes away.
+    connect(&providers(), &AiProviderService::changed, this, &AiSettingsPage::refreshList,
+            Qt::QueuedConnection);
     refreshList();
 }
 
@@ -385,6 +387,7 @@ void AiSettingsPage::addProvider()
                                 "settings.ai.list.add.failed"));
         return;
     }
+    refreshList();
     selectRow(id);
     m_name->setFocus();
     m_name->selectAll();
@@ -410,6 +413,7 @@ void AiSettingsPage::pasteImport()
     }
     const qint64 id = providers().importJson(text);
     if (id > 0) {
+        refreshList();
         selectRow(id);
         return;
     }

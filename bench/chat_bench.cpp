@@ -6,6 +6,7 @@
 #include "BenchSupport.h"
 #include "FakeAiServer.h"
 #include "core/Resources.h"
+#include "service/ai/AiDialect.h"
 #include "service/ai/ChatSessions.h"
 #include "widget/chat/AiChatPanel.h"
 #include "widget/chat/ChatWidgets.h"
@@ -127,8 +128,20 @@ int main(int argc, char** argv)
         std::printf("%5d MB %16lld %18.1f %14d %16lld %18.1f %16.1f\n", mb, shownMs,
                     answering.longestMs, answering.over16, firstPaint.at, reopening.longestMs,
                     viewing.longestMs);
-        std::printf("         session file %.1f MB\n",
-                    QFileInfo(zelmor::service::ai::chatSessionsPath()).size() / 1e6);
+        // The parts of the answer's path that cost with its size.
+        const QByteArray reply = zelmor::test::openAiReply(answer);
+        const double readMs = zelmor::bench::medianMs(3, [&] {
+            zelmor::service::ai::toolCallTurn(reply);
+            zelmor::service::ai::replyText(reply);
+        });
+        const QList<zelmor::service::ai::ChatSession> sessions = panel->sessions();
+        const double saveMs = zelmor::bench::medianMs(3, [&] {
+            zelmor::service::ai::saveChatSessions(sandbox.filePath(QStringLiteral("copy.json")),
+                                                  sessions, QString());
+        });
+        std::printf("         session file %.1f MB; reading the reply %.1f ms, saving %.1f ms\n",
+                    QFileInfo(zelmor::service::ai::chatSessionsPath()).size() / 1e6, readMs,
+                    saveMs);
     }
     return 0;
 }

@@ -6,12 +6,14 @@
 #include "service/mcp/McpTool.h"
 #include "service/ocr/LocalOcrJob.h"
 
+#include <QFutureWatcher>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QTimer>
 #include <QUrl>
+#include <QtConcurrent>
 
 #include <memory>
 
@@ -23,6 +25,7 @@ constexpr int kChatLimitMs = 120000;
 constexpr int kTestLimitMs = 30000;
 // A model stuck asking for tools would otherwise drive the desktop without end.
 constexpr int kMaxToolDepth = 100;
+constexpr qsizetype kReadOnGuiThreadBytes = 256 * 1024;
 
 // Neither the key nor the provider's words go to the log: some providers quote the key
 // back in their error message, and a base URL may carry one in its query.
@@ -108,17 +111,36 @@ void AiApiService::finish(QNetworkReply* reply, const Step& step)
         Q_EMIT chatFailed(failureReason(reply->errorString(), bytes));
         return;
     }
-    if (step.protocol == QLatin1String("openai")) {
-        const QJsonObject turn = toolCallTurn(bytes);
-        if (!turn.isEmpty()) {
-            runTools(step, turn);
-            return;
-        }
+    const bool openAi = step.protocol == QLatin1String("openai");
+    if (bytes.size() <= kReadOnGuiThreadBytes) {
+        deliver(step, readAnswer(bytes, openAi));
+        return;
     }
+    // Reading megabytes of JSON takes the GUI thread away for a tenth of a second and more.
+    auto* reading = new QFutureWatcher<Answer>(this);
+    connect(reading, &QFutureWatcher<Answer>::finished, this, [this, reading, step] {
+        reading->deleteLater();
+        if (!failIfCancelled()) deliver(step, reading->result());
+    });
+    reading->setFuture(QtConcurrent::run([bytes, openAi] { return readAnswer(bytes, openAi); }));
+}
+
+AiApiService::Answer AiApiService::readAnswer(const QByteArray& bytes, bool openAi)
+{
+    if (openAi)
+        if (QJsonObject turn = toolCallTurn(bytes); !turn.isEmpty()) return {turn, QString()};
     QString text = replyText(bytes);
     // An answer in no known shape, an HTML page say, is still what the user should see.
     if (text.isEmpty() && !bytes.isEmpty()) text = QString::fromUtf8(bytes);
-    Q_EMIT chatFinished(text);
+    return {QJsonObject(), text};
+}
+
+void AiApiService::deliver(const Step& step, const Answer& answer)
+{
+    if (!answer.toolTurn.isEmpty())
+        runTools(step, answer.toolTurn);
+    else
+        Q_EMIT chatFinished(answer.text);
 }
 
 void AiApiService::runTools(const Step& step, const QJsonObject& turn)

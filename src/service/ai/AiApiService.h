@@ -60,8 +60,17 @@ private:
         int depth = 0;    // rounds of tool calls before this POST
     };
 
+    // A reply read: the tool turn it asks for, else its text.
+    struct Answer
+    {
+        QJsonObject toolTurn;
+        QString text;
+    };
+
     void send(const Step& step);
     void finish(QNetworkReply* reply, const Step& step);
+    static Answer readAnswer(const QByteArray& bytes, bool openAi);
+    void deliver(const Step& step, const Answer& answer);
     void runTools(const Step& step, const QJsonObject& turn);
     bool failIfCancelled();
 

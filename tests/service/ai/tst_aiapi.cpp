@@ -462,6 +462,8 @@ private Q_SLOTS:
         QTest::newRow("no known shape")
             << whole(200, R"({"result":"r"})", json) << R"({"result":"r"})";
         QTest::newRow("plain text") << whole(200, "Grüße", "text/plain") << "Grüße";
+        QTest::newRow("long, read away from the GUI thread")
+            << whole(200, openAiReply(QString(300000, 'y')), json) << QString(300000, 'y');
         QTest::newRow("openai error message quoting the key")
             << whole(401, R"({"error":{"message":"Incorrect key: sk-test","type":"x"}})", json)
             << "~Incorrect key: sk-test";

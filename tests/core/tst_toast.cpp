@@ -18,15 +18,6 @@ using zelmor::core::notifyUser;
 using zelmor::core::tool::Toast;
 using zelmor::manager::ThemeManager;
 
-namespace {
-
-QString opposite(bool dark)
-{
-    return dark ? QStringLiteral("light") : QStringLiteral("dark");
-}
-
-} // namespace
-
 // The toast and the themes it follows.
 class TestToast : public QObject
 {
@@ -76,7 +67,7 @@ private Q_SLOTS:
         QFETCH(QString, current);
         QFETCH(bool, dark);
         ThemeManager& themes = ThemeManager::instance();
-        themes.apply(opposite(dark));
+        themes.apply(dark ? QStringLiteral("light") : QStringLiteral("dark"));
         QSignalSpy changed(&themes, &ThemeManager::themeChanged);
 
         themes.apply(name);

@@ -19,9 +19,9 @@
 #include <QAccessible>
 #include <QComboBox>
 #include <QFile>
-#include <QLineEdit>
 #include <QListWidget>
 #include <QPointer>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QSystemTrayIcon>
 
@@ -60,13 +60,6 @@ QComboBox* languageCombo(QWidget& settings)
     return nullptr;
 }
 
-bool chinese(QChar c)
-{
-    const char16_t u = c.unicode();
-    return (u >= 0x3000 && u <= 0x303F) || (u >= 0x3400 && u <= 0x9FFF) ||
-           (u >= 0xF900 && u <= 0xFAFF) || (u >= 0xFF00 && u <= 0xFFEF);
-}
-
 // The texts of a window that an assistive technology reads and that hold Chinese characters:
 // names, descriptions (tooltips), values and the text of text controls, of shown parts only.
 QStringList chineseTexts(QAccessibleInterface* node)
@@ -78,8 +71,11 @@ QStringList chineseTexts(QAccessibleInterface* node)
         texts << node->text(t);
     if (QAccessibleTextInterface* text = node->textInterface())
         texts << text->text(0, text->characterCount());
+    // Han characters, CJK punctuation and full-width forms.
+    static const QRegularExpression chinese(QStringLiteral(
+        "[\\x{3000}-\\x{303F}\\x{3400}-\\x{9FFF}\\x{F900}-\\x{FAFF}\\x{FF00}-\\x{FFEF}]"));
     for (const QString& text : texts)
-        if (std::any_of(text.begin(), text.end(), chinese)) out << text;
+        if (text.contains(chinese)) out << text;
     for (int i = 0; i < node->childCount(); ++i)
         out << chineseTexts(node->child(i));
     return out;
@@ -88,14 +84,6 @@ QStringList chineseTexts(QAccessibleInterface* node)
 QStringList chineseTexts(QWidget* window)
 {
     return chineseTexts(QAccessible::queryAccessibleInterface(window));
-}
-
-QStringList placeholders(QWidget* panel)
-{
-    QStringList out;
-    for (const QLineEdit* edit : panel->findChildren<QLineEdit*>())
-        out << edit->placeholderText();
-    return out;
 }
 
 } // namespace
@@ -211,17 +199,14 @@ private Q_SLOTS:
         QTest::addColumn<QString>("to");
         QTest::addColumn<QStringList>("trayRows");
         QTest::addColumn<QStringList>("navigation");
-        QTest::addColumn<QString>("historySearch");
         QTest::newRow("English to Chinese")
             << "en_US"
             << "zh_CN" << QStringList{"区域截图", "历史记录", "设置...", "退出"}
-            << QStringList{"常规", "快捷键", "截图", "贴图", "AI", "MCP", "隐私", "关于"}
-            << "搜索文件名、标签或识别出的文字...";
+            << QStringList{"常规", "快捷键", "截图", "贴图", "AI", "MCP", "隐私", "关于"};
         QTest::newRow("Chinese to English")
             << "zh_CN"
             << "en_US" << QStringList{"Region capture", "History", "Settings...", "Quit"}
-            << QStringList{"General", "Hotkeys", "Capture", "Pin", "AI", "MCP", "Privacy", "About"}
-            << "Search file name, tags or OCR text...";
+            << QStringList{"General", "Hotkeys", "Capture", "Pin", "AI", "MCP", "Privacy", "About"};
     }
     void switchingRebuildsTrayAndPanels()
     {
@@ -229,7 +214,6 @@ private Q_SLOTS:
         QFETCH(QString, to);
         QFETCH(QStringList, trayRows);
         QFETCH(QStringList, navigation);
-        QFETCH(QString, historySearch);
         if (ConfigManager::instance().language() != from) chooseInSettings(from);
         const QPointer<QMenu> menuBefore = m_tray->menu();
 
@@ -244,8 +228,6 @@ private Q_SLOTS:
         for (int row = 0; row < nav->count(); ++row)
             shown << nav->item(row)->text();
         QCOMPARE(shown, navigation);
-        QVERIFY(
-            placeholders(m_window->pageWidget(MainWindow::HistoryPage)).contains(historySearch));
         // The rebuilt panel shows the same page, with the new language chosen.
         QCOMPARE(m_window->currentPage(), int(MainWindow::SettingsPage));
         QCOMPARE(languageCombo(*settings())->currentData().toString(), to);

@@ -159,13 +159,13 @@ private:
 // The body of an OpenAI-style answer with `message` as its one choice.
 inline QByteArray openAiAnswer(const QJsonObject& message)
 {
-    const QJsonArray choices{QJsonObject{{QStringLiteral("message"), message}}};
-    return QJsonDocument(QJsonObject{{QStringLiteral("choices"), choices}}).toJson();
+    const QJsonArray choices{QJsonObject{{"message", message}}};
+    return QJsonDocument(QJsonObject{{"choices", choices}}).toJson();
 }
 
 inline QByteArray openAiReply(const QString& text)
 {
-    return openAiAnswer({{QStringLiteral("content"), text}});
+    return openAiAnswer({{"content", text}});
 }
 
 // The assistant turn that asks for tools: pairs of name and arguments, an object or its text.
@@ -173,14 +173,11 @@ inline QJsonObject openAiToolTurn(const QList<QPair<QString, QJsonValue>>& calls
 {
     QJsonArray list;
     for (const auto& [name, arguments] : calls)
-        list.append(QJsonObject{
-            {QStringLiteral("id"), QStringLiteral("call_%1").arg(list.size())},
-            {QStringLiteral("type"), QStringLiteral("function")},
-            {QStringLiteral("function"), QJsonObject{{QStringLiteral("name"), name},
-                                                     {QStringLiteral("arguments"), arguments}}}});
-    return {{QStringLiteral("role"), QStringLiteral("assistant")},
-            {QStringLiteral("content"), QJsonValue::Null},
-            {QStringLiteral("tool_calls"), list}};
+        list.append(
+            QJsonObject{{"id", QStringLiteral("call_%1").arg(list.size())},
+                        {"type", "function"},
+                        {"function", QJsonObject{{"name", name}, {"arguments", arguments}}}});
+    return {{"role", "assistant"}, {"content", QJsonValue::Null}, {"tool_calls", list}};
 }
 
 inline QByteArray openAiToolReply(const QList<QPair<QString, QJsonValue>>& calls)

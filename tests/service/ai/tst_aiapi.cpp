@@ -292,8 +292,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("title");
         QTest::newRow("16 characters") << "abcdefghijklmnop"
                                        << "abcdefghijklmnop";
-        QTest::newRow("17 characters") << "abcdefghijklmnopq"
-                                       << "abcdefghijklmnop...";
         QTest::newRow("image alone") << QString() << "Image Chat";
     }
     void title()

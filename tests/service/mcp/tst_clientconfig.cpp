@@ -6,8 +6,7 @@
 #include <QtCore>
 
 using namespace zelmor::service::mcp;
-using zelmor::test::readFile;
-using zelmor::test::writeFile;
+using namespace zelmor::test;
 using namespace Qt::StringLiterals;
 
 class TestClientConfig : public QObject
@@ -88,12 +87,9 @@ private slots:
     {
         const QList<McpClientEntry> entries = mcpClientEntries();
         QCOMPARE(entries.size(), 10);
-        QCOMPARE(entries[1].configPath,
-                 QDir::homePath() + "/.cursor/mcp.json"); // where Cursor reads
-        QCOMPARE(entries[8].id, "custom_1");
-        QCOMPARE(entries[8].displayName, "自定义实例 (a.json)");
-        QCOMPARE(entries[9].id, "custom_2");
-        QCOMPARE(entries[9].configPath, "/y/b.json");
+        QCOMPARE(entries[1].configPath, QDir::homePath() + "/.cursor/mcp.json"); // Cursor's own
+        QCOMPARE(entries[8].id + entries[8].displayName, "custom_1自定义实例 (a.json)");
+        QCOMPARE(entries[9].id + entries[9].configPath, "custom_2/y/b.json");
         const QJsonDocument snippet =
             QJsonDocument::fromJson(clientConfigSnippet("zelmor").toUtf8());
         QCOMPARE(snippet["mcpServers"]["zelmor"]["command"].toString(), mcpExecutablePath());

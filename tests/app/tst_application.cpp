@@ -6,7 +6,6 @@
 
 #include <QFile>
 #include <QStandardPaths>
-#include <QStyle>
 
 using zelmor::app::Application;
 using zelmor::core::ConfigManager;
@@ -59,29 +58,8 @@ private Q_SLOTS:
         QCOMPARE(QString::fromLatin1(found), expected);
     }
 
-    // Some source texts are Chinese: every language falls back to a shipped translation.
-    void translationLocales_data()
-    {
-        QTest::addColumn<QString>("language");
-        QTest::addColumn<QLocale>("system");
-        QTest::addColumn<QStringList>("expected");
-        QTest::newRow("system: the full name, then English")
-            << "system" << QLocale("de_DE") << QStringList{"de_DE", "en_US"};
-        QTest::newRow("empty is system; C is English")
-            << "" << QLocale::c() << QStringList{"C", "en_US"};
-        QTest::newRow("any Chinese falls back to Chinese")
-            << "system" << QLocale("zh_TW") << QStringList{"zh_TW", "zh_CN"};
-        QTest::newRow("a shipped one alone") << "en_US" << QLocale("zh_CN") << QStringList{"en_US"};
-    }
-    void translationLocales()
-    {
-        QFETCH(QString, language);
-        QFETCH(QLocale, system);
-        QFETCH(QStringList, expected);
-        QCOMPARE(Application::translationLocales(language, system), expected);
-    }
-
-    // Ours by the exact file name only; Qt's own texts (standard buttons) in the same language.
+    // Ours by the exact file name, else the shipped one of the language (English for all but
+    // Chinese); Qt's own texts (standard buttons) in the language loaded.
     void loadsTranslations_data()
     {
         QTest::addColumn<QString>("placed"); // a copy of the Chinese file under this name

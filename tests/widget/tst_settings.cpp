@@ -72,15 +72,19 @@ QList<widget::ShortcutSheetDialog*> openSheets()
     return sheets;
 }
 
-// Pixels of `area` that stand out from its top-left pixel: text, marks, arrows.
+// Pixels of `area` that stand out from its most common shade: text, marks, arrows.
 int inkIn(QWidget* w, QRect area)
 {
     const QImage image = w->grab().toImage();
-    const int ground = qGray(image.pixel(area.topLeft()));
-    int ink = 0;
+    area &= image.rect();
+    QList<int> shades(256);
     for (int y = area.top(); y <= area.bottom(); ++y)
         for (int x = area.left(); x <= area.right(); ++x)
-            ink += qAbs(qGray(image.pixel(x, y)) - ground) > 40;
+            ++shades[qGray(image.pixel(x, y))];
+    const auto ground = int(std::max_element(shades.cbegin(), shades.cend()) - shades.cbegin());
+    int ink = 0;
+    for (int shade = 0; shade < 256; ++shade)
+        ink += qAbs(shade - ground) > 40 ? shades[shade] : 0;
     return ink;
 }
 
@@ -295,7 +299,6 @@ private Q_SLOTS:
         config().removeMcpCustomPath(path);
     }
 
-    // Each row: the keys pressed in the field and what is stored afterwards.
     void hotkeyFieldKeepsItsValueUntilACombinationIsWhole_data()
     {
         QTest::addColumn<QKeyCombination>("keys");
@@ -399,6 +402,7 @@ private Q_SLOTS:
         auto* list = new QComboBox(&toolbar);
         list->addItems({QStringLiteral("Manual"), QStringLiteral("5s")});
         toolbar.show();
+        QCursor::setPos(0, 0); // no row is under the pointer
         list->showPopup();
         QAbstractItemView* view = list->view();
         QTRY_VERIFY(view->isVisible());
@@ -432,9 +436,8 @@ private Q_SLOTS:
     void startWithTheSessionIsTheAutostartEntry()
     {
         const QString entry = qEnvironmentVariable("XDG_CONFIG_HOME") + "/autostart/zelmor.desktop";
-        QVERIFY(!control(*m_panel, "Run as administrator")); // Linux has no elevation to ask for
         auto* toggle = control<QCheckBox>(*m_panel, "Start with the session");
-        QVERIFY(toggle);
+        QVERIFY(toggle && !control(*m_panel, "Run as administrator")); // no elevation on Linux
         toggle->setChecked(true);
         const QByteArray exec =
             "Exec=\"" + QCoreApplication::applicationFilePath().toUtf8() + "\"\n";

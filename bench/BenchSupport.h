@@ -7,6 +7,7 @@
 #include <QEvent>
 #include <QFile>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QTimer>
 
 #include <algorithm>
@@ -91,6 +92,15 @@ inline void spinUntil(const std::function<bool()>& done)
 {
     while (!done())
         QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+}
+
+// Points the data, configuration and cache folders into the sandbox, never the user's.
+inline void useSandbox(const QTemporaryDir& sandbox)
+{
+    for (const char* name : {"data", "config", "cache"}) {
+        const QByteArray variable = "XDG_" + QByteArray(name).toUpper() + "_HOME";
+        qputenv(variable.constData(), sandbox.filePath(QLatin1String(name)).toUtf8());
+    }
 }
 
 } // namespace zelmor::bench

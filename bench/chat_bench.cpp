@@ -62,9 +62,7 @@ int main(int argc, char** argv)
 {
     // The panel reads and writes the session file in the data folder: a private one.
     QTemporaryDir sandbox;
-    qputenv("XDG_DATA_HOME", sandbox.filePath(QStringLiteral("data")).toUtf8());
-    qputenv("XDG_CONFIG_HOME", sandbox.filePath(QStringLiteral("config")).toUtf8());
-    qputenv("XDG_CACHE_HOME", sandbox.filePath(QStringLiteral("cache")).toUtf8());
+    zelmor::bench::useSandbox(sandbox);
     QApplication app(argc, argv);
     app.setOrganizationName(QStringLiteral("Zelmor"));
     app.setApplicationName(QStringLiteral("Zelmor"));

@@ -176,9 +176,7 @@ int main(int argc, char** argv)
 {
     // The panel reads the store in the data folder: a private one, never the user's.
     QTemporaryDir sandbox;
-    qputenv("XDG_DATA_HOME", sandbox.filePath(QStringLiteral("data")).toUtf8());
-    qputenv("XDG_CONFIG_HOME", sandbox.filePath(QStringLiteral("config")).toUtf8());
-    qputenv("XDG_CACHE_HOME", sandbox.filePath(QStringLiteral("cache")).toUtf8());
+    zelmor::bench::useSandbox(sandbox);
     TimedApplication app(argc, argv);
     app.setOrganizationName(QStringLiteral("Zelmor"));
     app.setApplicationName(QStringLiteral("Zelmor"));

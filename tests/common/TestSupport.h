@@ -24,6 +24,12 @@ inline bool writeFile(const QString& path, const QByteArray& bytes)
     return f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(bytes) == bytes.size();
 }
 
+// Presses the keys one after another, in this order, through the X server.
+inline bool xdotoolKey(const QString& keys)
+{
+    return QProcess::execute("xdotool", QStringList{"key"} + keys.split(QLatin1Char(' '))) == 0;
+}
+
 // A shown top-level window filled with one colour, for pixel checks on the screen.
 inline std::unique_ptr<QWidget> makeSolidWindow(const QString& title, const QColor& colour,
                                                 const QRect& geometry)

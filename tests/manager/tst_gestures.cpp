@@ -101,9 +101,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("action");
         const QPoint left(-20, 0), right(20, 0), up(0, -20), down(0, 20);
         QTest::newRow("left") << QList<QPoint>{left, left, left} << "next-pin";
-        QTest::newRow("right") << QList<QPoint>{right, right} << "prev-pin";
         QTest::newRow("up: history") << QList<QPoint>{up, up, up} << "show-history";
-        QTest::newRow("down") << QList<QPoint>{down, down} << "show-desktop";
         QTest::newRow("up, left: region capture")
             << QList<QPoint>{up, up, left, left} << "capture-region";
         QTest::newRow("one step up-left: region capture")

@@ -16,16 +16,7 @@
 
 using namespace zelmor;
 using manager::HotkeyService;
-
-namespace {
-
-// Presses the keys one after another, in this order.
-bool xdotoolKey(const QString& keys)
-{
-    return QProcess::execute("xdotool", QStringList{"key"} + keys.split(QLatin1Char(' '))) == 0;
-}
-
-} // namespace
+using test::xdotoolKey;
 
 class TestHotkeys : public QObject
 {

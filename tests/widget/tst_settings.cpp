@@ -20,6 +20,7 @@
 #include <QtWidgets>
 
 using namespace zelmor;
+using test::xdotoolKey;
 using widget::SettingsDialog;
 
 namespace {
@@ -55,11 +56,6 @@ QVariant valueOf(QWidget* w, const QVariant& set = QVariant())
     if (set.isValid())
         combo ? combo->setCurrentIndex(combo->findData(set)) : void(user.write(w, set));
     return combo ? combo->currentData() : user.read(w);
-}
-
-bool xdotoolKey(const QString& keys)
-{
-    return QProcess::execute("xdotool", QStringList{"key"} + keys.split(QLatin1Char(' '))) == 0;
 }
 
 QList<widget::ShortcutSheetDialog*> openSheets()

@@ -6,11 +6,11 @@
 #include "TestMain.h"
 #include "TestSupport.h"
 #include "UiFixture.h"
+#include "UrlCatcher.h"
 
 #include "platform/Windows.h"
 #include "service/mcp/McpTool.h"
 
-#include <QDesktopServices>
 #include <QDir>
 #include <QScreen>
 #include <QUrl>
@@ -21,16 +21,6 @@ using zelmor::test::succeeded;
 using zelmor::test::UiFixture;
 
 namespace {
-
-// Collects what the desktop would have opened.
-class UrlCatcher : public QObject
-{
-    Q_OBJECT
-public:
-    QList<QUrl> opened;
-public Q_SLOTS:
-    void open(const QUrl& url) { opened << url; }
-};
 
 WindowRecord recordOf(WindowHandle handle)
 {
@@ -50,19 +40,9 @@ class TestWindowTools : public QObject
 {
     Q_OBJECT
 
-    UrlCatcher m_urls;
+    zelmor::test::UrlCatcher m_urls{{"http", "https", "file"}};
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        for (const char* scheme : {"http", "https", "file"})
-            QDesktopServices::setUrlHandler(scheme, &m_urls, "open");
-    }
-    void cleanupTestCase()
-    {
-        for (const char* scheme : {"http", "https", "file"})
-            QDesktopServices::unsetUrlHandler(scheme);
-    }
     void init() { m_urls.opened.clear(); }
 
     void listsAndFocusesOtherPrograms()

@@ -492,13 +492,18 @@ void ActionManager::captureDelayed(int secs)
 {
     toast(tr("Delayed capture", "capture.delayed.title"),
           tr("Capturing in %1 seconds...").arg(secs));
-    QTimer::singleShot(qMax(secs, 1) * 1000, this, [this] {
-        const core::CaptureResult result = m_captureService->captureFullscreen();
-        if (result.pixmap.isNull()) return;
-        core::copyPixmapToClipboard(result.pixmap);
-        toast(tr("Captured", "capture.captured.title"),
-              tr("Delayed capture done (%1x%2)").arg(result.width).arg(result.height));
-    });
+    // The notices, this one and the task card, leave the screen a moment before the grab.
+    QTimer::singleShot(qMax(secs, 1) * 1000 - kMenuGoneMs, this,
+                       [this] { runAfterMenu(&ActionManager::copyFullscreen); });
+}
+
+void ActionManager::copyFullscreen()
+{
+    const core::CaptureResult result = m_captureService->captureFullscreen();
+    if (result.pixmap.isNull()) return;
+    core::copyPixmapToClipboard(result.pixmap);
+    toast(tr("Captured", "capture.captured.title"),
+          tr("Delayed capture done (%1x%2)").arg(result.width).arg(result.height));
 }
 
 void ActionManager::showHistory()

@@ -109,6 +109,8 @@ private:
     void showTextResult(const QString& text, bool translation);
     void reopenChat();
     void toastCaptureFailed();
+    // The end of a delayed capture: the whole screen to the clipboard only.
+    void copyFullscreen();
     void handTextToChat(const QString& text);
     void copyAndSave(const QPixmap& cropped);
     void saveCropped(const QPixmap& cropped, SaveKind kind);

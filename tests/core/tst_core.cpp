@@ -4,11 +4,14 @@
 #include "core/ConfigManager.h"
 #include "core/Log.h"
 #include "core/Utilities.h"
+#include "service/capture/OutputFile.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QHash>
+#include <QPixmap>
+#include <QRegularExpression>
 #include <QSignalSpy>
 
 #include <memory>
@@ -18,6 +21,7 @@
 #include <unistd.h>
 
 using namespace zelmor::core;
+using zelmor::service::capture::makeOutputPath;
 
 class TestCore : public QObject
 {
@@ -42,6 +46,7 @@ class TestCore : public QObject
     }
 
     static QByteArray read(const QString& path) { return zelmor::test::readFile(path); }
+    QString dir(const QString& sub = {}) const { return m_dir->filePath(sub); }
     // Lines of 64 bytes, numbered, so that where a cut falls can be checked.
     static QByteArray numberedLines(qint64 size)
     {
@@ -241,6 +246,62 @@ private Q_SLOTS:
         QFETCH(qint64, bytes);
         QFETCH(QString, text);
         QCOMPARE(formatFileSize(bytes), text);
+    }
+
+    // Only the lower-case placeholders of an output name are known.
+    void outputPlaceholdersAreFilled()
+    {
+        const QString path = makeOutputPath(dir(), "Zelmor_{date}_{time}_{DATE}{seq}", "png");
+        QCOMPARE(QFileInfo(path).absolutePath(), m_dir->path());
+        QVERIFY2(QRegularExpression("^Zelmor_\\d{4}-\\d\\d-\\d\\d_\\d\\d-\\d\\d-\\d\\d-\\d{3}_\\{"
+                                    "DATE\\}\\{seq\\}\\.png$")
+                     .match(QFileInfo(path).fileName())
+                     .hasMatch(),
+                 qPrintable(path));
+    }
+
+    void outputCollisionsCountOnToFourDigits()
+    {
+        QStringList names;
+        for (int i = 0; i < 3; ++i) {
+            names << QFileInfo(makeOutputPath(dir(), "x", "png")).fileName();
+            writeFile(dir(names.last()), {});
+        }
+        QCOMPARE(names, (QStringList{"x.png", "x_001.png", "x_002.png"}));
+        for (int n = 3; n <= 999; ++n)
+            writeFile(dir(QStringLiteral("x_%1.png").arg(n, 3, 10, QLatin1Char('0'))), {});
+        QCOMPARE(makeOutputPath(dir(), "x", "png"), dir("x_1000.png"));
+    }
+
+    // A missing output folder is made; no folder means the working one.
+    void outputFolders()
+    {
+        QCOMPARE(makeOutputPath(dir("a/b/c"), "n", "png"), dir("a/b/c/n.png"));
+        QVERIFY(QFileInfo(dir("a/b/c")).isDir());
+        const QString saved = QDir::currentPath();
+        QDir::setCurrent(dir());
+        const QString path = makeOutputPath(QString(), "here", "png");
+        QDir::setCurrent(saved);
+        QCOMPARE(path, dir("here.png"));
+    }
+
+    void failedSaveLeavesNoFile_data()
+    {
+        QTest::addColumn<QStringList>("folderAndPattern");
+        QTest::newRow("folder below a file") << QStringList{"file/sub", "n"};
+        QTest::newRow("slash in the pattern") << QStringList{"", "sub/n"};
+        QTest::newRow("null pixmap") << QStringList{"", "null"};
+    }
+    void failedSaveLeavesNoFile()
+    {
+        QFETCH(QStringList, folderAndPattern);
+        const QString &folder = folderAndPattern[0], &pattern = folderAndPattern[1];
+        writeFile(dir("file"), {});
+        QPixmap pixmap(pattern == "null" ? 0 : 8, 8);
+        pixmap.fill(Qt::red);
+        const QString path = makeOutputPath(dir(folder), pattern, "png");
+        QVERIFY(!zelmor::service::capture::savePixmapFile(pixmap, path));
+        QVERIFY(!QFile::exists(path));
     }
 };
 

@@ -1,19 +1,22 @@
 // Drives the real zelmor-mcp with the official MCP TypeScript client: handshake, the tool
-// list, calls, and starts without a display or an accessibility bus.
-//   node sdk_client.mjs <path to zelmor-mcp>
+// list, calls, starts without a display or an accessibility bus, and typing into another
+// program's window read back through that program's UI elements.
+//   node sdk_client.mjs <path to zelmor-mcp> <path to zelmor-ui-fixture>
 import { Client } from "@modelcontextprotocol/sdk/client/index.js";
 import { StdioClientTransport } from "@modelcontextprotocol/sdk/client/stdio.js";
 import Ajv from "ajv";
 import assert from "node:assert/strict";
+import { execFileSync, spawn } from "node:child_process";
 import { once } from "node:events";
 import { existsSync, mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
 import { createServer } from "node:http";
 import { tmpdir } from "node:os";
 import { dirname, join } from "node:path";
+import { setTimeout as sleep } from "node:timers/promises";
 
-const server = process.argv[2];
-if (!server) {
-  console.error("usage: node sdk_client.mjs <path to zelmor-mcp>");
+const [server, fixturePath] = process.argv.slice(2);
+if (!server || !fixturePath) {
+  console.error("usage: node sdk_client.mjs <path to zelmor-mcp> <path to zelmor-ui-fixture>");
   process.exit(2);
 }
 
@@ -182,6 +185,70 @@ await check("recorded session", async (stderr) => {
   const env = { HOME: root, PATH: process.env.PATH, USER: process.env.USER ?? "root" };
   await withClient(env, stderr, async (_, call) =>
     assert.equal(toolData(await call("capture_fullscreen")).width, 1920));
+});
+
+async function until(what, probe) {
+  for (let i = 0; i < 200; i++) {
+    const value = await probe();
+    if (value) return value;
+    await sleep(50);
+  }
+  throw new Error(`timed out waiting for ${what}`);
+}
+
+await check("typed into another program and read back through its UI elements", async (stderr) => {
+  const title = "SDK typing fixture";
+  const fixture = spawn(fixturePath, [title, "200", "200", "400", "400"],
+    { stdio: ["pipe", "ignore", "inherit"] });
+  const exited = once(fixture, "exit");
+  fixture.stdin.write("add echo 1 Echo:\n");
+  const { DISPLAY, DBUS_SESSION_BUS_ADDRESS, XDG_RUNTIME_DIR = "" } = process.env;
+  let ours = [];
+  try {
+    await withClient({ ...sandbox, DISPLAY, DBUS_SESSION_BUS_ADDRESS, XDG_RUNTIME_DIR }, stderr,
+      async (_, raw) => {
+        // The fields of the last text block; null for a failure when `failureIsNull`.
+        const call = async (name, args = {}, failureIsNull = false) => {
+          const result = await raw(name, args);
+          if (result.isError && failureIsNull) return null;
+          assert.notEqual(result.isError, true, `${name}: ${firstText(result)}`);
+          return JSON.parse(result.content.at(-1).text);
+        };
+        const echoed = async () => (await call("find_ui_elements", { name: "echo:" })).elements;
+        const windows = async () => (await call("list_windows")).windows
+          .filter((w) => w.title.startsWith(title));
+        await until("the fixture's window", async () => (await windows()).length > 0);
+        // A window manager may pass over one activation request while another window is
+        // mapped, so the request is repeated until the fixture is active.
+        let asks = 0;
+        await until("the fixture's focus", async () => {
+          if (asks++ % 20 === 0) await call("focus_window", { title: "sdk typing" });
+          return (await call("get_active_window_info", {}, true))?.title === title;
+        });
+        // The window manager names the active window before the program has the keyboard: a
+        // key that lands is the sign, and select-all lets the text replace it.
+        await until("a key to land", async () => {
+          await call("type_text", { text: "x" });
+          return (await echoed()).some((e) => e.name.startsWith("Echo: x"));
+        });
+        await call("send_hotkey", { hotkey: "ctrl+a" });
+        const text = "typed 中文 ✓ 😀";
+        assert.deepEqual(await call("type_text", { text }), { length: 13, success: true });
+        const echo = await until("the typed text",
+          async () => (await echoed()).find((e) => e.name === `Echo: ${text}`));
+        assert.equal(echo.controlType, "Text");
+        ours = (await windows()).map((w) => parseInt(w.hwnd, 16));
+      });
+  } finally {
+    fixture.kill();
+    await exited;
+  }
+  // The next program on the display may be given the same window ids; until the window manager
+  // has let go of the fixture's windows, it takes the newcomer's windows for them.
+  const managed = () => (execFileSync("xprop", ["-root", "_NET_CLIENT_LIST"]).toString()
+    .match(/0x[0-9a-f]+/g) ?? []).map((id) => parseInt(id, 16));
+  await until("the window manager to let go of the fixture",
+    async () => !managed().some((id) => ours.includes(id)));
 });
 
 rmSync(home, { recursive: true, force: true });

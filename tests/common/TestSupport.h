@@ -2,10 +2,17 @@
 
 // Small helpers shared by the suites.
 
+#include <QAbstractButton>
+#include <QAbstractItemView>
+#include <QAbstractSpinBox>
+#include <QAccessible>
+#include <QComboBox>
 #include <QCoreApplication>
 #include <QFile>
+#include <QLineEdit>
 #include <QPalette>
 #include <QProcess>
+#include <QSlider>
 #include <QWidget>
 
 #include <memory>
@@ -22,6 +29,23 @@ inline bool writeFile(const QString& path, const QByteArray& bytes)
 {
     QFile f(path);
     return f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(bytes) == bytes.size();
+}
+
+// The controls under `root` that a screen reader would read out without a name, the line edits
+// inside spin and combo boxes left to their boxes.
+inline QString unnamedControls(QWidget* root)
+{
+    QStringList unnamed;
+    for (QWidget* w : root->findChildren<QWidget*>()) {
+        const bool inBox = qobject_cast<QAbstractSpinBox*>(w->parentWidget()) ||
+                           qobject_cast<QComboBox*>(w->parentWidget());
+        if ((qobject_cast<QAbstractButton*>(w) || (qobject_cast<QLineEdit*>(w) && !inBox) ||
+             qobject_cast<QComboBox*>(w) || qobject_cast<QAbstractSpinBox*>(w) ||
+             qobject_cast<QSlider*>(w) || qobject_cast<QAbstractItemView*>(w)) &&
+            QAccessible::queryAccessibleInterface(w)->text(QAccessible::Name).isEmpty())
+            unnamed << w->metaObject()->className() + (' ' + w->objectName());
+    }
+    return unnamed.join(QStringLiteral(", "));
 }
 
 // Presses the keys one after another, in this order, through the X server.

@@ -57,9 +57,8 @@ private Q_SLOTS:
         QTest::newRow("dark") << QString("dark") << "dark" << true;
         QTest::newRow("system") << QString("system") << system << systemDark;
         QTest::newRow("empty is system") << QString() << system << systemDark;
-        QTest::newRow("unknown kept, applied light")
-            << QString("solarized") << "solarized" << false;
-        QTest::newRow("names are case-sensitive") << QString("Dark") << "Dark" << false;
+        QTest::newRow("unknown kept, applied light; names are case-sensitive")
+            << QString("Dark") << "Dark" << false;
     }
     void applyResolvesTheName()
     {

@@ -123,11 +123,13 @@ class TestPinWindow : public QObject
 
     std::unique_ptr<PinManager> m_manager;
 
+    // A new pin of the quadrants, on screen; the test fails if it never shows.
     PinWindow* pin()
     {
         m_manager->addPin(quadrants());
         PinWindow* p = m_manager->pins().last();
-        return QTest::qWaitForWindowExposed(p) ? p : nullptr;
+        [p] { QVERIFY(QTest::qWaitForWindowExposed(p)); }();
+        return p;
     }
 
 private Q_SLOTS:
@@ -153,7 +155,6 @@ private Q_SLOTS:
         QFETCH(QSize, imageSize);
         QFETCH(QColor, topLeft);
         PinWindow* p = pin();
-        QVERIFY(p);
         // The window manager places the frame a moment after the window is shown.
         QTRY_COMPARE(p->frameGeometry().center(), p->screen()->availableGeometry().center());
         const QPoint centre = p->frameGeometry().center();
@@ -179,7 +180,6 @@ private Q_SLOTS:
         QFETCH(double, changedLimit);
         const QString key = QString::fromLatin1(QTest::currentDataTag());
         PinWindow* p = pin();
-        QVERIFY(p);
         for (int i = 0; i < 40; ++i)
             input(p, key);
         QCOMPARE(p->zoom(), limit);
@@ -193,7 +193,6 @@ private Q_SLOTS:
     void copyAndSaveTakeThePinnedImageDragOutTheShownOne()
     {
         PinWindow* p = pin();
-        QVERIFY(p);
         input(p, QStringLiteral("R"));
         const QImage pinned = rgb(p->sourcePixmap().toImage());
         const QImage shown = rgb(p->displayPixmap().toImage());
@@ -225,7 +224,6 @@ private Q_SLOTS:
     void resetLeavesClickThroughAlone()
     {
         PinWindow* p = pin();
-        QVERIFY(p);
         input(p, QStringLiteral("F9"));
         QVERIFY(p->clickThrough());
         // X11 gives an input-transparent window no keys, so the toast names the way back.
@@ -249,7 +247,6 @@ private Q_SLOTS:
         QSignalSpy clicked(&below, &QPushButton::clicked);
 
         PinWindow* p = pin();
-        QVERIFY(p);
         const QRect before = p->frameGeometry();
         // The pin's red corner is on screen over the button, so a click there must pass through.
         const QPoint red = p->mapToGlobal(p->imageRect().topLeft() + QPoint(20, 20));
@@ -283,7 +280,6 @@ private Q_SLOTS:
     void shiftPressWithoutDragLeavesThePin()
     {
         PinWindow* p = pin();
-        QVERIFY(p);
         const QPoint start = p->pos();
         const QPoint at(60, 40);
         QTest::mousePress(p, Qt::LeftButton, Qt::ShiftModifier, at);
@@ -310,7 +306,6 @@ private Q_SLOTS:
         QSignalSpy changed(m_manager.get(), &PinManager::pinsChanged);
         m_manager->addPin(QPixmap()); // nothing to pin, nothing to tell
         QPointer<PinWindow> p = pin();
-        QVERIFY(p);
         QCOMPARE(changed.count(), 1);
         if (how == QLatin1String("Escape"))
             input(p, how);
@@ -330,7 +325,6 @@ private Q_SLOTS:
     void clearAllWhileTheSaveDialogIsOpen()
     {
         QPointer<PinWindow> p = pin();
-        QVERIFY(p);
         bool hidden = false;
         chooseFromMenu(p, QStringLiteral("Save as..."), [&](QWidget* modal) {
             QPointer<QWidget> dialog = modal;
@@ -351,7 +345,6 @@ private Q_SLOTS:
             zelmor::test::makeSolidWindow(QStringLiteral("backdrop"), Qt::magenta, underThePin());
         QVERIFY(QTest::qWaitForWindowExposed(backdrop.get()));
         PinWindow* p = pin();
-        QVERIFY(p);
         const auto onScreen = [p](QPoint at) {
             return pixelOnScreen(p->mapToGlobal(p->imageRect().topLeft() + at));
         };

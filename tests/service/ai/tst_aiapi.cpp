@@ -305,8 +305,6 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("html");
-        QTest::newRow("typed HTML stays text") << "<b>x</b>"
-                                               << "&lt;b&gt;x&lt;/b&gt;";
         QTest::newRow("bold then italic") << "**a** *b*"
                                           << "<b>a</b> <i>b</i>";
         QTest::newRow("fence keeps its breaks")
@@ -521,21 +519,14 @@ private Q_SLOTS:
                  QJsonDocument::fromJson(R"({"model":"tiny","max_tokens":1,)"
                                          R"("messages":[{"role":"user","content":"hi"}]})")
                      .object());
+        // A test still waiting when its service goes answers nobody.
+        m_server.enqueueHold();
+        auto gone = std::make_unique<AiApiService>();
+        gone->testConnection(p, [&](bool ok, const QString& why) { answers.append({ok, why}); });
+        QTRY_COMPARE(m_server.requests().size(), 2);
+        gone.reset();
         settle();
         QCOMPARE(answers.size(), 1);
-    }
-
-    void testConnectionEndsWithItsService()
-    {
-        m_server.enqueueHold();
-        const AiProvider p{0, {}, "ollama", m_server.baseUrl(), {}, {}, false, 0};
-        int answers = 0;
-        auto service = std::make_unique<AiApiService>();
-        service->testConnection(p, [&](bool, const QString&) { ++answers; });
-        QTRY_COMPARE(m_server.requests().size(), 1);
-        service.reset();
-        settle();
-        QCOMPARE(answers, 0);
     }
 
     void twoCallsInOneAnswer()

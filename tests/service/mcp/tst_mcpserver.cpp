@@ -1,10 +1,16 @@
 #include "TestMain.h"
 #include "TestSupport.h"
 
+#include "service/history/HistoryService.h"
+#include "service/mcp/CaptureTools.h"
+#include "service/mcp/ClientConfig.h"
 #include "service/mcp/McpServer.h"
+#include "service/mcp/McpTool.h"
+#include "service/mcp/ModelImage.h"
 #include "service/mcp/StdinReader.h"
 
 #include <QBuffer>
+#include <QDateTime>
 #include <QDir>
 #include <QGuiApplication>
 #include <QImage>
@@ -12,7 +18,10 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QRandomGenerator>
+#include <QSettings>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QTcpServer>
 #include <QTemporaryDir>
 
@@ -21,7 +30,9 @@
 #include <unistd.h>
 
 using namespace zelmor::service::mcp;
+using namespace zelmor::test;
 using namespace Qt::StringLiterals;
+using Shape = zelmor::service::capture::AnnotationShape;
 
 namespace {
 
@@ -90,13 +101,132 @@ struct PipedStdin
     }
 };
 
+zelmor::service::history::HistoryService& store()
+{
+    return zelmor::service::history::HistoryService::instance();
+}
+
+QList<qint64> itemIds(const McpToolResult& result)
+{
+    QList<qint64> ids;
+    const QJsonDocument doc = QJsonDocument::fromJson(result.value("text").toString().toUtf8());
+    for (const QJsonValue& item : doc.object().value("items").toArray())
+        ids << item.toObject().value("id").toInteger();
+    return ids;
+}
+
+// Rows are ordered by their millisecond; a row that must be older than the next starts a new one.
+void nextMillisecond()
+{
+    const qint64 start = QDateTime::currentMSecsSinceEpoch();
+    while (QDateTime::currentMSecsSinceEpoch() == start) {
+    }
+}
+
 } // namespace
 
+// The tool server: its messages and process, the tools that need no desktop, and the clients'
+// configuration files that start it.
 class TestMcpServer : public QObject
 {
     Q_OBJECT
 
+    QTemporaryDir m_dir;
+
 private slots:
+    void initTestCase()
+    {
+        // As a user may leave it by editing the file, before the store reads it.
+        QSettings(QSettings::IniFormat, QSettings::UserScope, QCoreApplication::organizationName(),
+                  QCoreApplication::applicationName())
+            .setValue("mcp/customPaths", QStringList{"", "/x/a.json", "", "/y/b.json"});
+        // The executable is looked for beside this one.
+        const QString beside = mcpExecutablePath();
+        if (!QFile::exists(beside))
+            QVERIFY(QFile::link(qEnvironmentVariable("ZELMOR_BIN_DIR") + "/zelmor-mcp", beside));
+    }
+
+    // Runs first, while the history is empty.
+    void noSourceImage_data()
+    {
+        QTest::addColumn<QString>("tool");
+        QTest::addColumn<QVariantMap>("args");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("annotate, undecodable image")
+            << "annotate_image" << QVariantMap{{"image", "%%% not base64"}, {"annotations", {}}}
+            << "no source image (provide id or base64)";
+        QTest::newRow("ocr, bad path") << "ocr" << QVariantMap{{"path", "/nowhere/x.png"}}
+                                       << "no image to OCR. Please specify a valid 'path' or "
+                                          "history 'id'.";
+        QTest::newRow("pin") << "pin_last" << QVariantMap{} << "no image to pin";
+    }
+    void noSourceImage()
+    {
+        QFETCH(QString, tool);
+        QFETCH(QVariantMap, args);
+        QFETCH(QString, message);
+        QVERIFY(store().recent(1).isEmpty());
+        QCOMPARE(callMcpTool(tool, args), mcpToolError(message));
+    }
+
+    // Short inner arrays are skipped, extra items ignored.
+    void annotationPoints()
+    {
+        const Shape shape = readMcpAnnotation(
+            {{"kind", "line"},
+             {"points", QVariantList{QVariantList{1}, QVariantList{2.5, 3, 9}, QVariantList{5, 6}}},
+             {"color", "#00ff00"},
+             {"penWidth", 7}});
+        QCOMPARE(shape.points, (QList<QPointF>{{2.5, 3}, {5, 6}}));
+        QCOMPARE(shape.kind, Shape::Line);
+        QCOMPARE(shape.color, QColor(Qt::green));
+    }
+
+    // Quotes become blanks and the whole query is one phrase matched as a prefix.
+    void searchPhrasePrefix()
+    {
+        const QPixmap pixmap(4, 4);
+        const qint64 hit = store().insert(pixmap, "/nowhere/a.png", {}, "foo barbaz");
+        store().insert(pixmap, "/nowhere/b.png", {}, "foo qux bar");
+        store().insert(pixmap, "/nowhere/c.png", {}, "xfoo bar");
+        QVERIFY(hit > 0);
+        QCOMPARE(itemIds(callMcpTool("search_history", {{"query", " foo\"bar "}})),
+                 QList<qint64>{hit});
+    }
+
+    // Only the latest 200 rows can be listed or named by id.
+    void rowsBeyondLatest200()
+    {
+        const QString path = zelmor::test::sandboxRoot().filePath("four-by-three.png");
+        QVERIFY(QPixmap(4, 3).save(path));
+        const qint64 oldest = store().insert(QPixmap(4, 3), path, {});
+        nextMillisecond();
+        qint64 newer = 0;
+        for (int i = 0; i < 200; ++i)
+            newer = store().insert(QPixmap(4, 3), path, {});
+        QCOMPARE(itemIds(callMcpTool("list_history", {{"limit", 1000}})).size(), 200);
+        QCOMPARE(itemIds(callMcpTool("list_history", {{"limit", 0}})).size(), 1);
+        QCOMPARE(callMcpTool("pin_last", {{"id", oldest}}), mcpToolError("no image to pin"));
+        const McpToolResult pinned = callMcpTool("pin_last", {{"id", newer}});
+        QVERIFY(pinned.value("text").toString().startsWith("Image resolved (4x3) "));
+        QCOMPARE(pinned.value("isError"), QVariant(false));
+    }
+
+    // Noise in four channels compresses worst: the picture is made smaller until its PNG fits
+    // the line a client takes, aspect kept.
+    void modelImageOfNoise()
+    {
+        QImage noise(3840, 2160, QImage::Format_ARGB32);
+        QRandomGenerator random(7);
+        for (int y = 0; y < noise.height(); ++y)
+            random.fillRange(reinterpret_cast<quint32*>(noise.scanLine(y)), noise.width());
+        const McpModelImage picture = makeModelImage(noise);
+        QCOMPARE(QImage::fromData(picture.png, "PNG").size(), picture.size);
+        QVERIFY(picture.png.size() * 4 / 3 < 6 * 1024 * 1024);
+        QVERIFY(picture.size.width() < 1568);
+        QCOMPARE(qRound(3840 * picture.scale), picture.size.width());
+        QVERIFY(qAbs(picture.size.width() * 2160.0 / picture.size.height() - 3840) < 20);
+    }
     void framing_data()
     {
         QTest::addColumn<QByteArrayList>("chunks");
@@ -310,6 +440,85 @@ private slots:
         QCOMPARE(replyIds(replies), ids);
         const QString text = replies.first()["result"]["content"][0]["text"].toString();
         QVERIFY2(ids.first() != 1 || text.startsWith("[error]"), qPrintable(text));
+    }
+    // Each row: the file before (absent when null), the action, and what must hold after.
+    void edits_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<bool>("insert");
+        QTest::addColumn<int>("times");
+        QTest::addColumn<QByteArray>("after"); // compact JSON; "same" when untouched
+        const QByteArray entry =
+            QJsonDocument(QJsonObject{{"args", QJsonArray()}, {"command", mcpExecutablePath()}})
+                .toJson(QJsonDocument::Compact);
+        QTest::newRow("insert into a missing file")
+            << QByteArray() << true << 1
+            << QByteArray(R"({"mcpServers":{"zelmor":)" + entry + "}}");
+        QTest::newRow("others kept, inserted twice")
+            << R"({"theme":1,"mcpServers":{"other":{"command":"x"}}})"_ba << true << 2
+            << QByteArray(R"({"mcpServers":{"other":{"command":"x"},"zelmor":)" + entry +
+                          R"(},"theme":1})");
+        QTest::newRow("a string of servers is lost")
+            << R"({"mcpServers":"text"})"_ba << true << 1
+            << QByteArray(R"({"mcpServers":{"zelmor":)" + entry + "}}");
+        QTest::newRow("remove the last: the key goes, the file stays")
+            << R"({"a":2,"mcpServers":{"zelmor":{}}})"_ba << false << 1 << R"({"a":2})"_ba;
+        QTest::newRow("remove from a missing file") << QByteArray() << false << 1 << "same"_ba;
+        QTest::newRow("remove a name not there")
+            << R"({"mcpServers":{"other":{}}})"_ba << false << 1 << "same"_ba;
+        for (bool insert : {true, false})
+            QTest::addRow("top-level array, %s", insert ? "insert" : "remove")
+                << "[1, 2]"_ba << insert << 1 << "same"_ba;
+    }
+    void edits()
+    {
+        QFETCH(QByteArray, before);
+        QFETCH(bool, insert);
+        QFETCH(int, times);
+        QFETCH(QByteArray, after);
+        const QString path =
+            m_dir.filePath(QString("%1/deeper/config.json").arg(QTest::currentDataTag()));
+        if (!before.isNull())
+            QVERIFY(QDir().mkpath(QFileInfo(path).path()) && writeFile(path, before));
+        QString message;
+        for (int i = 0; i < times; ++i)
+            message =
+                insert ? injectClientConfig(path, "zelmor") : removeClientConfig(path, "zelmor");
+        const bool parseError = before.startsWith('[');
+        QCOMPARE(message.startsWith("Parse error in " + path + ": "), parseError);
+        QVERIFY2(message.isEmpty() || parseError, qPrintable(message));
+        if (after == "same") {
+            QCOMPARE(QFile::exists(path), !before.isNull());
+            if (!before.isNull()) QCOMPARE(readFile(path), before);
+        } else {
+            QCOMPARE(QJsonDocument::fromJson(readFile(path)).toJson(QJsonDocument::Compact), after);
+        }
+        QCOMPARE(isClientConfigured(path, "zelmor"), insert && !parseError);
+    }
+
+    void entriesAndSnippet()
+    {
+        const QList<McpClientEntry> entries = mcpClientEntries();
+        QCOMPARE(entries.size(), 10);
+        QCOMPARE(entries[1].configPath, QDir::homePath() + "/.cursor/mcp.json"); // Cursor's own
+        QCOMPARE(entries[8].id + entries[8].displayName, "custom_1自定义实例 (a.json)");
+        QCOMPARE(entries[9].id + entries[9].configPath, "custom_2/y/b.json");
+        const QJsonDocument snippet =
+            QJsonDocument::fromJson(clientConfigSnippet("zelmor").toUtf8());
+        QCOMPARE(snippet["mcpServers"]["zelmor"]["command"].toString(), mcpExecutablePath());
+    }
+
+    // What Zelmor writes starts the server for a real client.
+    void entryStartsTheServer()
+    {
+        if (QStandardPaths::findExecutable("node").isEmpty()) QSKIP("node is not installed");
+        const QString path = m_dir.filePath("client/config.json");
+        QCOMPARE(injectClientConfig(path, "zelmor"), QString());
+        QProcess node;
+        node.setWorkingDirectory(QStringLiteral(ZELMOR_TESTS_DIR "/mcp"));
+        node.start("node", {"config_entry.mjs", path});
+        QVERIFY(node.waitForFinished(60000));
+        QCOMPARE(node.readAllStandardOutput().trimmed(), "32");
     }
 };
 

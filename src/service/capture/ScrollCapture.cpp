@@ -49,8 +49,7 @@ void CaptureService::captureScrolling(const QRect& region)
         m_scrollMemoryBudget > 0
             ? m_scrollMemoryBudget
             : qint64(double(platform::availableMemoryBytes()) * kAvailableMemoryShare);
-    auto* stitcher = new ScrollStitcher(config.scrollOverlapPx(), config.scrollSadThreshold(),
-                                        config.scrollIdleFrames(), nullptr, budget);
+    auto* stitcher = new ScrollStitcher(config.scrollIdleFrames(), nullptr, budget);
     // Read here: the settings belong to the GUI thread.
     const QString outputDir = config.outputDir();
     const QString naming = config.fileNaming();

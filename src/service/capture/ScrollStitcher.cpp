@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
-#include <vector>
 
 namespace zelmor::service::capture {
 
@@ -12,213 +10,141 @@ namespace {
 
 constexpr QImage::Format kCanvasFormat = QImage::Format_ARGB32_Premultiplied;
 constexpr int kBytesPerPixel = 4;
-// One scroll step must move the picture by nearly the region's height: the strip is only
-// looked for this far below the top of the new frame.
-constexpr int kMaxOffset = 64;
-constexpr int kMaxOffsetCap = 256;
+constexpr int kBlockRows = 2048;
 
-bool is32Bit(const QImage& image)
+// Frames are compared pixel by pixel as stored; any 32-bit layout will do.
+QImage as32Bit(const QImage& frame)
 {
-    const QImage::Format format = image.format();
-    return format == QImage::Format_RGB32 || format == QImage::Format_ARGB32 ||
-           format == kCanvasFormat;
-}
-
-uchar luma(QRgb pixel)
-{
-    return uchar((54 * qRed(pixel) + 183 * qGreen(pixel) + 19 * qBlue(pixel)) >> 8);
-}
-
-// Luma of the top-left `width` x `rows` pixels, row after row; pixels are read as they are
-// stored, so a premultiplied frame is compared by its premultiplied values.
-std::vector<uchar> lumaOfTop(const QImage& image, int rows, int width)
-{
-    const QImage source =
-        is32Bit(image) ? image : image.copy(0, 0, width, rows).convertToFormat(kCanvasFormat);
-    std::vector<uchar> out(size_t(rows) * size_t(width));
-    if (source.isNull()) return out;
-    for (int y = 0; y < rows; ++y) {
-        const auto* in = reinterpret_cast<const QRgb*>(source.constScanLine(y));
-        uchar* row = out.data() + size_t(y) * size_t(width);
-        for (int x = 0; x < width; ++x)
-            row[x] = luma(in[x]);
-    }
-    return out;
-}
-
-// Blocks of a fixed length, so that the compiler turns them into vector instructions.
-qint64 rowDifference(const uchar* a, const uchar* b, int width)
-{
-    constexpr int kBlock = 16;
-    qint64 sum = 0;
-    int x = 0;
-    for (; x + kBlock <= width; x += kBlock) {
-        unsigned block = 0;
-        for (int k = 0; k < kBlock; ++k)
-            block += unsigned(std::abs(int(a[x + k]) - int(b[x + k])));
-        sum += block;
-    }
-    for (; x < width; ++x)
-        sum += std::abs(int(a[x]) - int(b[x]));
-    return sum;
+    const QImage::Format format = frame.format();
+    if (format == QImage::Format_RGB32 || format == QImage::Format_ARGB32 ||
+        format == kCanvasFormat)
+        return frame;
+    return frame.convertToFormat(kCanvasFormat);
 }
 
 } // namespace
 
-ScrollStitcher::ScrollStitcher(int overlapPx, int sadThreshold, int idleLimit, QObject* parent,
-                               qint64 maxCanvasBytes)
-    : QObject(parent), m_overlapPx(overlapPx), m_sadThreshold(sadThreshold), m_idleLimit(idleLimit),
-      m_maxCanvasBytes(std::max<qint64>(0, maxCanvasBytes))
+ScrollStitcher::ScrollStitcher(int idleLimit, QObject* parent, qint64 maxCanvasBytes)
+    : QObject(parent), m_idleLimit(idleLimit), m_maxCanvasBytes(std::max<qint64>(0, maxCanvasBytes))
 {}
 
-int ScrollStitcher::addFrame(const QImage& frame)
+int ScrollStitcher::addFrame(const QImage& input)
 {
-    if (frame.isNull()) return Rejected;
-    if (m_canvas.isNull()) return start(frame);
+    m_lastDisplacement = 0;
+    if (input.isNull()) return settle(Step::None, Rejected);
+    if (m_canvasHeight == 0) return start(input);
+    const QImage frame = as32Bit(input);
+    if (frame.isNull()) return stopForMemory();
+    FrameRows rows(frame, std::min(frame.width(), m_canvasWidth));
+    if (rows.width() != m_referenceRows.width())
+        m_referenceRows = FrameRows(m_reference, rows.width());
 
-    const int s = std::min(m_previousFrame.height(), m_overlapPx);
-    const int w = std::min(m_previousFrame.width(), frame.width());
-    const QImage strip =
-        s > 0 ? m_previousFrame.copy(0, m_previousFrame.height() - s, w, s) : QImage();
-    const Overlap overlap = findOverlap(frame, strip);
-    if (!overlap.match) {
-        m_previousFrame = frame;
-        m_idleCount = 0;
-        return Rejected;
+    const Displacement found = findDisplacement(m_referenceRows, rows);
+    switch (found.kind) {
+    case Displacement::Still:
+        return countStill(frame, std::move(rows));
+    case Displacement::TooFast:
+        return settle(Step::TooFast, Rejected);
+    case Displacement::Unreliable:
+        return settle(Step::Unreliable, Rejected);
+    case Displacement::Moved:
+        break;
     }
-    if (overlap.offset == s || overlap.offset >= frame.height() - 1) return countStill(frame);
-
-    const int newRows = frame.height() - (s + overlap.offset);
-    if (newRows > 0 && !append(frame, overlap.offset + s, newRows)) {
-        m_memoryLimitReached = true;
-        return Stop;
-    }
-    m_previousFrame = frame;
-    m_idleCount = 0;
-    return Used;
+    m_lastDisplacement = found.rows;
+    // Scrolled back: the image holds those rows already, and its end still matches the
+    // reference, where the next step down continues.
+    if (found.rows < 0) return settle(Step::Back, Used);
+    return appendMoved(frame, std::move(rows), found);
 }
 
 QImage ScrollStitcher::canvas() const
 {
-    if (m_canvasHeight == m_canvas.height()) return m_canvas;
-    return m_canvas.copy(0, 0, m_canvas.width(), m_canvasHeight);
+    if (m_canvasHeight == 0) return {};
+    QImage image(m_canvasWidth, m_canvasHeight, kCanvasFormat);
+    if (image.isNull()) return image;
+    const size_t rowBytes = size_t(m_canvasWidth) * kBytesPerPixel;
+    for (int y = 0; y < m_canvasHeight; ++y)
+        std::memcpy(image.scanLine(y),
+                    m_blocks[size_t(y / kBlockRows)].constScanLine(y % kBlockRows), rowBytes);
+    return image;
 }
 
-int ScrollStitcher::canvasHeight() const
+int ScrollStitcher::start(const QImage& input)
 {
-    return m_canvasHeight;
-}
-
-bool ScrollStitcher::memoryLimitReached() const
-{
-    return m_memoryLimitReached;
-}
-
-ScrollStitcher::Overlap ScrollStitcher::findOverlap(const QImage& frame, const QImage& strip) const
-{
-    const int w = std::min(frame.width(), strip.width());
-    const int h = strip.height();
-    if (w < 1 || h < 1) return {};
-    const int m = std::min({kMaxOffsetCap, kMaxOffset, frame.height() - h});
-    if (m < 0) return {};
-
-    // The frame's luma is taken once, for the rows the search can reach; as m leaves room for
-    // the strip below every offset, no row it compares lies beyond the frame.
-    const int frameRows = m + h;
-    const std::vector<uchar> frameLuma = lumaOfTop(frame, frameRows, w);
-    const std::vector<uchar> stripLuma = lumaOfTop(strip, h, w);
-
-    qint64 best = INT_MAX;
-    int bestOffset = h;
-    for (int y = 0; y <= m; ++y) {
-        qint64 sum = 0;
-        for (int r = 0; r < h; ++r) {
-            sum += rowDifference(frameLuma.data() + size_t(y + r) * size_t(w),
-                                 stripLuma.data() + size_t(r) * size_t(w), w);
-            if (sum > best) break;
-        }
-        if (sum < best) {
-            best = sum;
-            bestOffset = y;
-        }
-    }
-
-    Overlap overlap;
-    overlap.offset = bestOffset;
-    overlap.score = double(best) / (double(h) * double(w));
-    overlap.match = double(m_sadThreshold) >= overlap.score;
-    return overlap;
-}
-
-int ScrollStitcher::start(const QImage& frame)
-{
-    if (exceedsBound(qint64(frame.width()) * kBytesPerPixel * frame.height()))
+    const QImage frame = as32Bit(input);
+    m_canvasWidth = frame.width();
+    if (frame.isNull() || !writeRows(frame, 0, 0)) {
+        m_blocks.clear();
         return stopForMemory();
-    QImage canvas = frame.convertToFormat(kCanvasFormat);
-    if (canvas.isNull()) return stopForMemory();
-    m_canvas = canvas;
-    m_canvasHeight = canvas.height();
-    m_previousFrame = frame;
-    m_idleCount = 0;
-    return Used;
+    }
+    m_reference = frame;
+    m_referenceRows = FrameRows(frame, frame.width());
+    return settle(Step::Started, Used);
 }
 
-int ScrollStitcher::countStill(const QImage& frame)
+int ScrollStitcher::settle(Step step, int result)
 {
+    m_lastStep = step;
+    if (step != Step::None) m_idleCount = 0;
+    return result;
+}
+
+int ScrollStitcher::countStill(const QImage& frame, FrameRows rows)
+{
+    m_lastStep = Step::Still;
     if (++m_idleCount >= m_idleLimit) return Stop;
-    m_previousFrame = frame;
+    // The newest look of what stays: a caret that blinked is not a change the next time.
+    m_reference = frame;
+    m_referenceRows = std::move(rows);
     return Used;
 }
 
 int ScrollStitcher::stopForMemory()
 {
-    m_memoryLimitReached = true;
+    m_lastStep = Step::MemoryFull;
     return Stop;
 }
 
-bool ScrollStitcher::exceedsBound(qint64 bytes) const
+int ScrollStitcher::appendMoved(const QImage& frame, FrameRows rows, const Displacement& moved)
 {
-    return m_maxCanvasBytes > 0 && bytes > m_maxCanvasBytes;
+    // A footer taller than the true one costs nothing: the rows it covers moved like the
+    // rest, and they are written again from the new frame at the place they belong.
+    m_footerRows = std::max(m_footerRows, moved.footerRows);
+    const int footer = std::clamp(m_footerRows, 0, frame.height() - moved.rows - moved.headerRows);
+    if (!writeRows(frame, frame.height() - footer - moved.rows, m_canvasHeight - footer))
+        return stopForMemory();
+    m_reference = frame;
+    m_referenceRows = std::move(rows);
+    return settle(Step::Appended, Used);
 }
 
-bool ScrollStitcher::append(const QImage& frame, int firstRow, int rows)
+bool ScrollStitcher::writeRows(const QImage& frame, int firstRow, int at)
 {
-    if (!reserveRows(qint64(m_canvasHeight) + rows)) return false;
-    const int width = std::min(frame.width(), m_canvas.width());
-    // Frames normally come in the canvas's format and are copied straight from their rows.
-    const bool direct = frame.format() == kCanvasFormat;
-    const QImage source =
-        direct ? frame : frame.copy(0, firstRow, width, rows).convertToFormat(kCanvasFormat);
-    if (source.isNull()) return false;
-    const int sourceTop = direct ? firstRow : 0;
-
+    const int rows = frame.height() - firstRow;
+    if (!reserveRows(qint64(at) + rows)) return false;
+    const int width = std::min(frame.width(), m_canvasWidth);
     const size_t copied = size_t(width) * kBytesPerPixel;
-    const size_t rowBytes = size_t(m_canvas.bytesPerLine());
+    const size_t rowBytes = size_t(m_canvasWidth) * kBytesPerPixel;
     for (int r = 0; r < rows; ++r) {
-        uchar* out = m_canvas.scanLine(m_canvasHeight + r);
-        std::memcpy(out, source.constScanLine(sourceTop + r), copied);
+        const int y = at + r;
+        uchar* out = m_blocks[size_t(y / kBlockRows)].scanLine(y % kBlockRows);
+        std::memcpy(out, frame.constScanLine(firstRow + r), copied);
         std::memset(out + copied, 0, rowBytes - copied);
     }
-    m_canvasHeight += rows;
+    m_canvasHeight = at + rows;
     return true;
 }
 
 bool ScrollStitcher::reserveRows(qint64 rows)
 {
-    if (rows <= m_canvas.height()) return true;
-    const qint64 rowBytes = m_canvas.bytesPerLine();
-    const qint64 maxRows = m_maxCanvasBytes > 0 ? m_maxCanvasBytes / rowBytes : INT_MAX;
-    if (rows > maxRows) return false;
-
-    // Doubling keeps appends cheap: the stitched rows are moved only when the room runs out.
-    const qint64 roomy = std::min(std::max(rows, 2 * qint64(m_canvas.height())), maxRows);
-    QImage grown(m_canvas.width(), int(roomy), kCanvasFormat);
-    if (grown.isNull() && roomy > rows) grown = QImage(m_canvas.width(), int(rows), kCanvasFormat);
-    if (grown.isNull()) return false;
-    const size_t used = size_t(m_canvas.width()) * kBytesPerPixel;
-    for (int y = 0; y < m_canvasHeight; ++y)
-        std::memcpy(grown.scanLine(y), m_canvas.constScanLine(y), used);
-    m_canvas = grown;
+    const qint64 rowBytes = qint64(m_canvasWidth) * kBytesPerPixel;
+    if (rows > INT_MAX || (m_maxCanvasBytes > 0 && rows * rowBytes > m_maxCanvasBytes))
+        return false;
+    while (qint64(m_blocks.size()) * kBlockRows < rows) {
+        QImage block(m_canvasWidth, kBlockRows, kCanvasFormat);
+        if (block.isNull()) return false;
+        m_blocks.push_back(std::move(block));
+    }
     return true;
 }
 

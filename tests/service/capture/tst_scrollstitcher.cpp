@@ -2,87 +2,218 @@
 
 #include "service/capture/ScrollStitcher.h"
 
-#include <QRandomGenerator>
+#include <QFile>
+#include <QPainter>
 
 using namespace zelmor::service::capture;
 using Ints = QList<int>;
+using Step = ScrollStitcher::Step;
+
+namespace {
+
+const QSize kRegion(320, 600);
+constexpr int kLinePitch = 17;
+constexpr int kHeaderRows = 44;
+const QString kPhoto = "/usr/share/matplotlib/mpl-data/sample_data/grace_hopper.jpg";
+
+QStringList licenceLines()
+{
+    QFile file("/usr/share/common-licenses/GPL-3");
+    if (!file.open(QIODevice::ReadOnly)) return {};
+    return QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
+}
+
+// The licence as a reader shows it; `every` > 1 keeps only every so many lines, cut short:
+// most rows of such a page are blank.
+QImage textPage(QColor ink, QColor paper, int every, int height)
+{
+    QImage page(kRegion.width(), height, QImage::Format_RGB32);
+    page.fill(paper);
+    QPainter painter(&page);
+    painter.setFont(QFont("DejaVu Sans", 10));
+    painter.setPen(ink);
+    const QStringList lines = licenceLines();
+    for (int i = 0; i * kLinePitch < height; ++i)
+        if (i % every == 0)
+            painter.drawText(6, (i + 1) * kLinePitch - 4,
+                             lines.value(i + 60).left(every > 1 ? 18 : 200));
+    return page;
+}
+
+// A web page: headings, paragraphs and pictures (the photo, small), under a sticky header.
+QImage webContent(int height)
+{
+    QImage page = textPage(QColor(40, 40, 40), QColor(255, 255, 255), 1, height);
+    QPainter painter(&page);
+    const QImage photo = QImage(kPhoto).scaledToWidth(120, Qt::SmoothTransformation);
+    for (int y = 120; y < height; y += 380) {
+        painter.fillRect(0, y - 30, page.width(), 26, QColor(230, 238, 250));
+        painter.drawImage(page.width() - 130, y, photo);
+    }
+    return page;
+}
+
+QImage header()
+{
+    QImage bar(kRegion.width(), kHeaderRows, QImage::Format_RGB32);
+    bar.fill(QColor(30, 60, 120));
+    QPainter painter(&bar);
+    painter.setPen(Qt::white);
+    painter.setFont(QFont("DejaVu Sans", 14, QFont::Bold));
+    painter.drawText(bar.rect(), Qt::AlignCenter, "Release notes");
+    return bar;
+}
+
+QImage photoPage(int height)
+{
+    const QImage photo = QImage(kPhoto).scaledToHeight(height, Qt::SmoothTransformation);
+    return photo.copy(0, 0, kRegion.width(), height).convertToFormat(QImage::Format_RGB32);
+}
+
+// Identical lines: every displacement by whole lines fits as well as any other.
+QImage repetitivePage(int height)
+{
+    QImage page(kRegion.width(), height, QImage::Format_RGB32);
+    page.fill(Qt::white);
+    QPainter painter(&page);
+    for (int y = kLinePitch; y < height; y += kLinePitch)
+        painter.drawText(6, y - 4, "= = = = = = = = = = = =");
+    return page;
+}
+
+// What a region `rows` tall shows when the page's row `top` is at its top (under the header,
+// if there is one).
+QImage shown(const QImage& page, int top, int rows, bool sticky)
+{
+    if (!sticky) return page.copy(0, top, kRegion.width(), rows);
+    QImage frame(kRegion.width(), rows, QImage::Format_RGB32);
+    QPainter painter(&frame);
+    painter.drawImage(0, 0, header());
+    painter.drawImage(0, kHeaderRows, page, 0, top, kRegion.width(), rows - kHeaderRows);
+    return frame;
+}
+
+QImage frameAt(const QImage& page, int top, bool sticky = false)
+{
+    return shown(page, top, kRegion.height(), sticky);
+}
+
+QImage pageOf(const QString& kind, int height)
+{
+    if (kind == "dense light") return textPage(Qt::black, Qt::white, 1, height);
+    if (kind == "sparse light")
+        return textPage(QColor(60, 60, 60), QColor(250, 250, 245), 3, height);
+    if (kind == "dense dark") return textPage(QColor(210, 210, 210), QColor(30, 30, 36), 1, height);
+    if (kind == "sparse dark") return textPage(QColor(140, 220, 140), Qt::black, 4, height);
+    if (kind == "web") return webContent(height);
+    if (kind == "repetitive") return repetitivePage(height);
+    return photoPage(height);
+}
+
+Ints steps(std::initializer_list<Step> list)
+{
+    Ints out;
+    for (Step step : list)
+        out << int(step);
+    return out;
+}
+
+} // namespace
 
 class TestScrollStitcher : public QObject
 {
     Q_OBJECT
 
-    static constexpr int kWidth = 64; // of the first frame; later ones may differ
-
-    // Seeded noise above row 1600 (no row repeats), one flat colour below; wider than frames.
-    static QImage content()
+private Q_SLOTS:
+    void initTestCase()
     {
-        QImage image(96, 2000, QImage::Format_ARGB32_Premultiplied);
-        QRandomGenerator random(7);
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
-                image.setPixel(x, y, y >= 1600 ? 0xff336699 : random.generate() | 0xff000000);
-        return image;
+        QVERIFY2(!licenceLines().isEmpty() && !QImage(kPhoto).isNull(),
+                 "the licence text and the photo come from Debian packages");
     }
 
-private Q_SLOTS:
-    // Frames cut from the content at `tops` (-1: null); idle limit 1 stops on any still frame.
-    void framesAreStitched_data()
+    // Frames cut from a page at `tops` (scrolling by hand: any step, still, back, too far):
+    // the image is the page's rows from the first top to the last appended frame's bottom.
+    void pagesComeBackRowForRow_data()
+    {
+        QTest::addColumn<QString>("page");
+        QTest::addColumn<Ints>("tops");
+        QTest::addColumn<Ints>("steps");
+        QTest::addColumn<int>("bottom"); // of the page's rows in the image
+        const int h = kRegion.height();
+        for (const char* page :
+             {"dense light", "sparse light", "dense dark", "sparse dark", "web", "photo"}) {
+            const int moving = h - (page == QByteArray("web") ? kHeaderRows : 0);
+            for (int step : {1, 3 * kLinePitch, moving / 2, moving * 9 / 10}) {
+                Ints tops{0};
+                Ints kinds{int(Step::Started)};
+                for (int i = 1; i <= 4; ++i) {
+                    tops << i * step;
+                    kinds << int(Step::Appended);
+                }
+                QTest::addRow("%s, step %d", page, step) << page << tops << kinds << 4 * step + h;
+            }
+        }
+        QTest::newRow("still frames")
+            << "dense light" << Ints{0, 51, 51, 51, 51}
+            << steps({Step::Started, Step::Appended, Step::Still, Step::Still, Step::Still})
+            << 51 + h;
+        QTest::newRow("too far, then back within reach")
+            << "dense dark" << Ints{0, h + 30, h - 60, h + 40}
+            << steps({Step::Started, Step::TooFast, Step::Appended, Step::Appended}) << 2 * h + 40;
+        QTest::newRow("back up, then on")
+            << "sparse light" << Ints{0, 100, 40, 150}
+            << steps({Step::Started, Step::Appended, Step::Back, Step::Appended}) << 150 + h;
+        QTest::newRow("repetitive lines are no match")
+            << "repetitive" << Ints{0, 40} << steps({Step::Started, Step::Unreliable}) << h;
+        QTest::newRow("a null frame is skipped")
+            << "photo" << Ints{0, -1, 90} << steps({Step::Started, Step::None, Step::Appended})
+            << 90 + h;
+    }
+    void pagesComeBackRowForRow()
+    {
+        QFETCH(QString, page);
+        QFETCH(Ints, tops);
+        QFETCH(Ints, steps);
+        QFETCH(int, bottom);
+        const bool sticky = page == "web";
+        const QImage source = pageOf(page, 5 * kRegion.height());
+        ScrollStitcher stitcher(3);
+        Ints seen;
+        for (int top : tops) {
+            stitcher.addFrame(top < 0 ? QImage() : frameAt(source, top, sticky));
+            seen << int(stitcher.lastStep());
+        }
+        QCOMPARE(seen, steps);
+        QCOMPARE(stitcher.canvas().convertToFormat(QImage::Format_RGB32),
+                 shown(source, 0, bottom, sticky));
+    }
+
+    // Results as the driver reads them: still frames up to the idle limit stop the run; a
+    // missing match, a null frame and the memory bound are told apart.
+    void resultsTellTheDriverWhatToDo_data()
     {
         QTest::addColumn<Ints>("tops");
+        QTest::addColumn<int>("boundRows");
         QTest::addColumn<Ints>("results");
-        for (const char* column : {"height", "stitched", "idleLimit", "boundRows", "laterWidth"})
-            QTest::addColumn<int>(column);
-        auto row = [](const char* name, int height, Ints tops, Ints results, int stitched,
-                      int idleLimit = 1, int boundRows = 0, int laterWidth = kWidth) {
-            QTest::newRow(name) << tops << results << height << stitched << idleLimit << boundRows
-                                << laterWidth;
-        };
-        row("identical tall frames", 800, {0, 0, 740}, {0, 1, 0}, 1540);
-        row("uniform region", 100, {1600, 1600, 1600}, {0, 0, 0}, 236);
-        row("offset 64 is searched", 200, {0, 104}, {0, 0}, 304);
-        row("offset 65 is not", 200, {0, 103}, {0, 1}, 200);
-        row("height 40 matches at 8", 40, {0, 0}, {0, 0}, 40);
-        row("lower than the overlap", 20, {0, 0}, {0, 0}, 20);
-        row("several steps", 100, {0, 60, 100, 160, 215}, {0, 0, 0, 0, 0}, 315);
-        row("null first frame", 100, {-1, 0, 60}, {1, 0, 0}, 160);
-        row("still frames stop", 64, {0, 0, 0, 0}, {0, 0, 0, 2}, 64, 3);
-        row("a step resets the still count", 64, {0, 0, 10, 10, 10}, {0, 0, 0, 0, 2}, 74, 2);
-        row("memory bound", 100, {0, 60, 120, 180, 240}, {0, 0, 0, 0, 2}, 280, 1, 280);
-        row("narrower frame", 100, {0, 60}, {0, 0}, 160, 1, 0, 40);
-        row("wider frame", 100, {0, 60}, {0, 0}, 160, 1, 0, 96);
+        QTest::addColumn<bool>("memoryFull");
+        QTest::newRow("idle limit") << Ints{0, 0, 0, 0} << 0 << Ints{0, 0, 0, 2} << false;
+        QTest::newRow("a step resets the count")
+            << Ints{0, 0, 10, 10, 10, 10} << 0 << Ints{0, 0, 0, 0, 0, 2} << false;
+        QTest::newRow("no match") << Ints{0, 700} << 0 << Ints{0, 1} << false;
+        QTest::newRow("null frame") << Ints{-1, 0} << 0 << Ints{1, 0} << false;
+        QTest::newRow("memory bound") << Ints{0, 200, 400} << 900 << Ints{0, 0, 2} << true;
     }
-    void framesAreStitched()
+    void resultsTellTheDriverWhatToDo()
     {
-        QFETCH(int, height);
-        QFETCH(int, idleLimit);
-        QFETCH(int, boundRows);
-        QFETCH(int, laterWidth);
         QFETCH(Ints, tops);
-        QFETCH(int, stitched);
-        const QImage source = content();
-        ScrollStitcher stitcher(32, 8, idleLimit, nullptr, qint64(boundRows) * kWidth * 4);
+        QFETCH(int, boundRows);
+        const QImage source = pageOf("dense light", 1000);
+        ScrollStitcher stitcher(3, nullptr, qint64(boundRows) * kRegion.width() * 4);
         Ints results;
-        for (int i = 0; i < tops.size(); ++i)
-            results << stitcher.addFrame(
-                tops[i] < 0 ? QImage() : source.copy(0, tops[i], i ? laterWidth : kWidth, height));
+        for (int top : tops)
+            results << stitcher.addFrame(top < 0 ? QImage() : frameAt(source, top));
         QTEST(results, "results");
-        QCOMPARE(stitcher.memoryLimitReached(), boundRows > 0);
-        QImage expected = source.copy(0, std::max(0, tops[0]), kWidth, stitched);
-        for (int y = height; y < stitched && laterWidth < kWidth; ++y)
-            memset(expected.scanLine(y) + laterWidth * 4, 0, (kWidth - laterWidth) * 4);
-        QCOMPARE(stitcher.canvasHeight(), stitched);
-        QCOMPARE(stitcher.canvas(), expected);
-    }
-
-    // A gray's luma is its level: 8 apart everywhere; the strip's extra columns are skipped.
-    void scoreAtTheThresholdMatches()
-    {
-        QImage frame(50, 100, QImage::Format_ARGB32_Premultiplied), strip(60, 32, frame.format());
-        frame.fill(qRgb(100, 100, 100));
-        strip.fill(qRgb(108, 108, 108));
-        const auto overlap = ScrollStitcher(32, 8, 6).findOverlap(frame, strip);
-        QVERIFY(overlap.match && !ScrollStitcher(32, 7, 6).findOverlap(frame, strip).match);
-        QCOMPARE(overlap.score, 8.0);
+        QTEST(stitcher.memoryLimitReached(), "memoryFull");
     }
 };
 

@@ -21,6 +21,8 @@ packages=(
   xdotool xclip xdg-utils xcompmgr
   # independent GIF readers for the encoder tests, and the benchmark's reference encoder
   gifsicle ffmpeg
+  # a photograph for the scroll stitching tests
+  python-matplotlib-data
 )
 
 missing=()

@@ -1,6 +1,7 @@
 #include "TestMain.h"
 
 #include "app/Application.h"
+#include "app/CommandLine.h"
 #include "core/ConfigManager.h"
 #include "manager/ActionManager.h"
 #include "manager/TaskManager.h"
@@ -37,20 +38,17 @@ using zelmor::widget::TaskNotificationToast;
 
 namespace {
 
-// The built translations, put where the application looks first: the sandbox's data folder.
-bool placeTranslations()
+// A built translation, put under `name` where the application looks first: the sandbox's data
+// folder.
+bool placeTranslation(const char* language, const QString& name)
 {
     const QString built = qEnvironmentVariable(
         "ZELMOR_BIN_DIR", QCoreApplication::applicationDirPath() + QStringLiteral("/../bin"));
     const QString appData = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
     QDir().mkpath(appData);
-    for (const char* language : {"zh_CN", "en_US"}) {
-        const QString name = QStringLiteral("zelmor_%1.qm").arg(QLatin1String(language));
-        QFile::remove(appData + QLatin1Char('/') + name);
-        if (!QFile::copy(built + QLatin1Char('/') + name, appData + QLatin1Char('/') + name))
-            return false;
-    }
-    return true;
+    QFile::remove(appData + QLatin1Char('/') + name);
+    return QFile::copy(built + QStringLiteral("/zelmor_%1.qm").arg(QLatin1String(language)),
+                       appData + QLatin1Char('/') + name);
 }
 
 QComboBox* languageCombo(QWidget& settings)
@@ -125,7 +123,8 @@ class TestLanguage : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        QVERIFY(placeTranslations());
+        for (const char* language : {"zh_CN", "en_US"})
+            QVERIFY(placeTranslation(language, QStringLiteral("zelmor_%1.qm").arg(language)));
         ConfigManager::instance().setLanguage(QStringLiteral("system"));
         static_cast<Application*>(qApp)->reloadTranslators();
         m_window = std::make_unique<MainWindow>();
@@ -231,6 +230,71 @@ private Q_SLOTS:
         // The rebuilt panel shows the same page, with the new language chosen.
         QCOMPARE(m_window->currentPage(), int(MainWindow::SettingsPage));
         QCOMPARE(languageCombo(*settings())->currentData().toString(), to);
+    }
+
+    void captureSwitch_data()
+    {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("program name is not a switch") << QStringList{} << QString();
+        QTest::newRow("first of both wins")
+            << QStringList{"--capture-fullscreen", "--capture-region"} << "--capture-fullscreen";
+        QTest::newRow("spelling counts, no prefix match")
+            << QStringList{"--Capture-Region", "--capture-regions", "--capture-fullscreen="}
+            << QString();
+    }
+    void captureSwitch()
+    {
+        QFETCH(QStringList, args);
+        QFETCH(QString, expected);
+        std::vector<QByteArray> storage{QByteArray("--capture-region")}; // argv[0] is skipped
+        for (const QString& a : args)
+            storage.push_back(a.toUtf8());
+        std::vector<const char*> argv;
+        for (const QByteArray& a : storage)
+            argv.push_back(a.constData());
+        const char* found = zelmor::app::firstCaptureSwitch(int(argv.size()), argv.data());
+        QCOMPARE(QString::fromLatin1(found), expected);
+    }
+
+    // Ours by the exact file name, else the shipped one of the language (English for all but
+    // Chinese); Qt's own texts (standard buttons) in the language loaded. Last, as the files it
+    // places would be found by the cases above.
+    void loadsTranslations_data()
+    {
+        QTest::addColumn<QString>("placed"); // a copy of the Chinese file under this name
+        QTest::addColumn<QString>("language");
+        QTest::addColumn<QString>("ours");
+        QTest::addColumn<QString>("qts");
+        QTest::newRow("no file for the language alone") << "zelmor_de.qm"
+                                                        << "de_DE"
+                                                        << "Language:"
+                                                        << "Cancel";
+        QTest::newRow("the exact file") << "zelmor_de_DE.qm"
+                                        << "de_DE"
+                                        << "语言："
+                                        << "Abbrechen";
+        QTest::newRow("Chinese") << "zelmor_zh_CN.qm"
+                                 << "zh_CN"
+                                 << "语言："
+                                 << "取消";
+        QTest::newRow("no file drops the old translators") << QString() << "fr_FR"
+                                                           << "Language:"
+                                                           << "Cancel";
+    }
+    void loadsTranslations()
+    {
+        QFETCH(QString, placed);
+        QFETCH(QString, language);
+        QFETCH(QString, ours);
+        QFETCH(QString, qts);
+        if (!placed.isEmpty()) QVERIFY(placeTranslation("zh_CN", placed));
+        ConfigManager::instance().setLanguage(language);
+        static_cast<Application*>(qApp)->reloadTranslators();
+        QCOMPARE(QCoreApplication::translate("zelmor::widget::SettingsDialog",
+                                             "Language:", "settings.general.language"),
+                 ours);
+        QCOMPARE(QCoreApplication::translate("QPlatformTheme", "Cancel"), qts);
     }
 };
 

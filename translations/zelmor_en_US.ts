@@ -266,6 +266,11 @@
         <translation>The stitched image reached its memory limit of %1 MB; what was stitched so far is saved.</translation>
     </message>
     <message>
+        <source>The page jumped further than the region in one step, so the image ends there.</source>
+        <comment>record.scroll.autoTooFast.body</comment>
+        <translation>The page jumped further than the region in one step, so the image ends there.</translation>
+    </message>
+    <message>
         <source>Gestures on</source>
         <comment>tray.gesture.on</comment>
         <translation>Gestures on</translation>
@@ -1940,6 +1945,11 @@ See the documentation for details.</translation>
         <comment>scroll.hud.saving</comment>
         <translation>Saving…</translation>
     </message>
+    <message>
+        <source>scrolled too fast — scroll back a little</source>
+        <comment>scroll.hud.tooFast</comment>
+        <translation>scrolled too fast — scroll back a little</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::widget::SessionItemWidget</name>
@@ -2687,6 +2697,11 @@ See the documentation for details.</translation>
         <source>Start</source>
         <comment>overlay.btn.start</comment>
         <translation>Start</translation>
+    </message>
+    <message>
+        <source>Scroll for me</source>
+        <comment>overlay.btn.autoScroll</comment>
+        <translation>Scroll for me</translation>
     </message>
     <message>
         <source>Select / Move</source>

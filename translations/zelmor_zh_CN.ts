@@ -266,6 +266,11 @@
         <translation>拼接图已达到 %1 MB 的内存上限；已拼接的部分已保存。</translation>
     </message>
     <message>
+        <source>The page jumped further than the region in one step, so the image ends there.</source>
+        <comment>record.scroll.autoTooFast.body</comment>
+        <translation>自动滚动时页面一步移动超过了选区的高度，拼接图到此为止。</translation>
+    </message>
+    <message>
         <source>Gestures on</source>
         <comment>tray.gesture.on</comment>
         <translation>鼠标手势已开启</translation>
@@ -1940,6 +1945,11 @@
         <comment>scroll.hud.saving</comment>
         <translation>正在保存…</translation>
     </message>
+    <message>
+        <source>scrolled too fast — scroll back a little</source>
+        <comment>scroll.hud.tooFast</comment>
+        <translation>滚动太快——请往回滚一点</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::widget::SessionItemWidget</name>
@@ -2687,6 +2697,11 @@
         <source>Start</source>
         <comment>overlay.btn.start</comment>
         <translation>开始</translation>
+    </message>
+    <message>
+        <source>Scroll for me</source>
+        <comment>overlay.btn.autoScroll</comment>
+        <translation>自动滚动</translation>
     </message>
     <message>
         <source>Select / Move</source>

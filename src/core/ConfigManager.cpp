@@ -19,8 +19,6 @@ enum class ConfigManager::Key {
     GifFps,
     GifDurationSecs,
     ScrollIntervalMs,
-    ScrollOverlapPx,
-    ScrollSadThreshold,
     ScrollIdleFrames,
     PinMinZoom,
     PinMaxZoom,
@@ -60,8 +58,6 @@ const Setting& setting(Key key)
         {Key::GifFps, "record/gifFps", 15, false},
         {Key::GifDurationSecs, "record/gifDurationSecs", 5, false},
         {Key::ScrollIntervalMs, "record/scrollIntervalMs", 250, false},
-        {Key::ScrollOverlapPx, "record/scrollOverlapPx", 32, false},
-        {Key::ScrollSadThreshold, "record/scrollSadThreshold", 8, false},
         {Key::ScrollIdleFrames, "record/scrollIdleFrames", 6, false},
         {Key::PinMinZoom, "pin/minZoom", 0.1, false},
         {Key::PinMaxZoom, "pin/maxZoom", 5.0, false},
@@ -256,14 +252,6 @@ void ConfigManager::setGifDurationSecs(int secs)
 int ConfigManager::scrollIntervalMs() const
 {
     return read(Key::ScrollIntervalMs).toInt();
-}
-int ConfigManager::scrollOverlapPx() const
-{
-    return read(Key::ScrollOverlapPx).toInt();
-}
-int ConfigManager::scrollSadThreshold() const
-{
-    return read(Key::ScrollSadThreshold).toInt();
 }
 int ConfigManager::scrollIdleFrames() const
 {

@@ -50,8 +50,6 @@ public:
     void setGifDurationSecs(int secs);
     // Edited in the file only.
     int scrollIntervalMs() const;
-    int scrollOverlapPx() const;
-    int scrollSadThreshold() const;
     int scrollIdleFrames() const;
 
     double pinMinZoom() const;

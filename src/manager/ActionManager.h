@@ -122,7 +122,7 @@ private:
     void retireRegionFrame();
     void connectScrolling();
     void connectHistory();
-    void startScroll(const QRect& rect);
+    void startScroll(const QRect& rect, bool autoScroll = false);
     void endScroll();
     void onGesture(const QString& action);
     widget::CaptureOverlay* takeOverlay(const QPixmap& pixmap, const QRect& geometry = QRect());
@@ -138,6 +138,8 @@ private:
     widget::RecordRegionFrame* m_regionFrame = nullptr;
     widget::ScrollHud* m_scrollHud = nullptr;
     qint64 m_scrollLimitBytes = 0; // the budget the running scroll capture reached, else 0
+    bool m_scrollAuto = false;     // the running scroll capture scrolls the page itself
+    int m_scrollStep = 0;          // what the stitcher last found, a ScrollStitcher::Step
     bool m_regionCaptureActive = false;
     // Built while nobody waits, so that a hotkey costs only the grab and the first frame.
     QPointer<widget::CaptureOverlay> m_preparedOverlay;

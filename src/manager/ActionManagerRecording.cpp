@@ -4,6 +4,7 @@
 
 #include "core/Toast.h"
 #include "service/capture/CaptureService.h"
+#include "service/capture/ScrollStitcher.h"
 #include "service/record/RecordingService.h"
 #include "widget/GifEditorDialog.h"
 #include "widget/MainWindow.h"
@@ -119,19 +120,25 @@ void ActionManager::openGifEditor(const QList<QImage>& frames, int intervalMs, c
 void ActionManager::connectScrolling()
 {
     using service::capture::CaptureService;
+    using Step = service::capture::ScrollStitcher::Step;
     CaptureService* capture = m_captureService;
     connect(capture, &CaptureService::scrollCaptureCompleted, this,
             [this](const core::CaptureResult& result) {
                 endScroll();
                 QString body =
                     tr("Stitched image saved (%1x%2)").arg(result.width).arg(result.height);
-                // One toast says both: a second would replace the first at once.
+                // One toast says all: a second would replace the first at once.
                 if (m_scrollLimitBytes > 0)
                     body += QLatin1Char('\n') +
                             tr("The stitched image reached its memory limit of %1 MB; what was "
                                "stitched so far is saved.",
                                "record.scroll.memoryLimit.body")
                                 .arg(m_scrollLimitBytes / kMebibyte);
+                if (m_scrollAuto && m_scrollStep == int(Step::TooFast))
+                    body += QLatin1Char('\n') +
+                            tr("The page jumped further than the region in one step, so the "
+                               "image ends there.",
+                               "record.scroll.autoTooFast.body");
                 core::notifyUser(tr("Scroll capture", "record.scroll.saved"), body, kToastMs);
             });
     connect(capture, &CaptureService::scrollCaptureFailed, this, [this](const QString& reason) {
@@ -141,6 +148,13 @@ void ActionManager::connectScrolling()
     connect(capture, &CaptureService::scrollCaptureCancelled, this, &ActionManager::endScroll);
     connect(capture, &CaptureService::scrollProgressChanged, this, [this](int height) {
         if (m_scrollHud) m_scrollHud->setStitchedHeight(height);
+    });
+    connect(capture, &CaptureService::scrollStepChanged, this, [this](int step) {
+        m_scrollStep = step;
+        // The hint stands until rows are appended again, whatever comes between.
+        if (!m_scrollHud) return;
+        if (step == int(Step::TooFast)) m_scrollHud->setTooFast(true);
+        if (step == int(Step::Appended)) m_scrollHud->setTooFast(false);
     });
     connect(capture, &CaptureService::scrollMemoryLimitReached, this,
             [this](qint64 budget) { m_scrollLimitBytes = budget; });
@@ -156,11 +170,13 @@ void ActionManager::scrollCapture()
     auto* overlay = takeOverlay(pixmap);
     overlay->setMode(2);
     connect(overlay, &widget::CaptureOverlay::scrollStartRequested, this,
-            &ActionManager::startScroll);
+            [this](const QRect& rect) { startScroll(rect); });
+    connect(overlay, &widget::CaptureOverlay::autoScrollStartRequested, this,
+            [this](const QRect& rect) { startScroll(rect, true); });
     overlay->show();
 }
 
-void ActionManager::startScroll(const QRect& rect)
+void ActionManager::startScroll(const QRect& rect, bool autoScroll)
 {
     showRegionFrame(rect);
     if (!m_scrollHud) {
@@ -175,13 +191,17 @@ void ActionManager::startScroll(const QRect& rect)
                 &CaptureService::cancelScrollCapture);
     }
     m_scrollLimitBytes = 0;
+    m_scrollAuto = autoScroll;
+    m_scrollStep = 0;
     m_scrollHud->setSaving(false);
+    m_scrollHud->setTooFast(false);
     m_scrollHud->setStitchedHeight(0);
     placeAtTopCentre(m_scrollHud);
     m_scrollHud->show();
     m_scrollHud->raise();
-    QTimer::singleShot(kOverlayGoneMs, m_captureService,
-                       [this, rect] { m_captureService->captureScrolling(rect); });
+    QTimer::singleShot(kOverlayGoneMs, m_captureService, [this, rect, autoScroll] {
+        m_captureService->captureScrolling(rect, autoScroll);
+    });
 }
 
 void ActionManager::endScroll()

@@ -26,11 +26,6 @@ ScrollHud::ScrollHud(QWidget* parent) : QWidget(parent, recordOverlayFlags())
     m_heightLabel->setStyleSheet(QStringLiteral(
         "color:#ffffff; font-family:'Cascadia Mono','Consolas',monospace;font-size:13px;"));
     m_heightLabel->setAccessibleName(tr("Stitched height", "scroll.hud.heightName"));
-    // Wide enough for a height of seven digits and for the saving notice, in either language.
-    m_heightLabel->ensurePolished();
-    const QFontMetrics metrics = m_heightLabel->fontMetrics();
-    m_heightLabel->setMinimumWidth(std::max(metrics.horizontalAdvance(heightText(9999999)),
-                                            metrics.horizontalAdvance(savingText())));
     layout->addWidget(m_heightLabel);
     m_stopButton =
         makeHudButton(this, tr("Stop", "scroll.hud.stop"), QStringLiteral("rgba(80,200,120,70)"),
@@ -46,12 +41,24 @@ ScrollHud::ScrollHud(QWidget* parent) : QWidget(parent, recordOverlayFlags())
     followLanguage(this, [this] {
         setAccessibleName(tr("Scroll capture", "record.scroll.saved"));
         m_heightLabel->setAccessibleName(tr("Stitched height", "scroll.hud.heightName"));
-        m_heightLabel->setText(m_saving ? savingText() : heightText(m_height));
+        m_heightLabel->setText(labelText());
+        fitLabelWidth();
         m_stopButton->setText(tr("Stop", "scroll.hud.stop"));
         m_cancelButton->setText(tr("Cancel", "scroll.hud.cancel"));
     });
     connect(&Translucency::instance(), &Translucency::availableChanged, this,
             qOverload<>(&QWidget::update));
+}
+
+// Wide enough for a height of seven digits and for the notices, in the current language, so
+// that the strip keeps its width while the label changes.
+void ScrollHud::fitLabelWidth()
+{
+    m_heightLabel->ensurePolished();
+    const QFontMetrics metrics = m_heightLabel->fontMetrics();
+    m_heightLabel->setMinimumWidth(std::max({metrics.horizontalAdvance(heightText(9999999)),
+                                             metrics.horizontalAdvance(savingText()),
+                                             metrics.horizontalAdvance(tooFastText())}));
 }
 
 QString ScrollHud::heightText(int px)
@@ -64,10 +71,27 @@ QString ScrollHud::savingText()
     return tr("Saving…", "scroll.hud.saving");
 }
 
+QString ScrollHud::tooFastText()
+{
+    return tr("scrolled too fast — scroll back a little", "scroll.hud.tooFast");
+}
+
+QString ScrollHud::labelText() const
+{
+    if (m_saving) return savingText();
+    return m_tooFast ? tooFastText() : heightText(m_height);
+}
+
 void ScrollHud::setStitchedHeight(int px)
 {
     m_height = px;
-    if (!m_saving) m_heightLabel->setText(heightText(px));
+    m_heightLabel->setText(labelText());
+}
+
+void ScrollHud::setTooFast(bool tooFast)
+{
+    m_tooFast = tooFast;
+    m_heightLabel->setText(labelText());
 }
 
 void ScrollHud::setSaving(bool saving)
@@ -76,7 +100,7 @@ void ScrollHud::setSaving(bool saving)
     m_stopButton->setEnabled(!saving);
     m_cancelButton->setEnabled(!saving);
     setCursor(saving ? Qt::BusyCursor : Qt::ArrowCursor);
-    if (saving) m_heightLabel->setText(savingText());
+    m_heightLabel->setText(labelText());
 }
 
 void ScrollHud::paintEvent(QPaintEvent*)

@@ -18,6 +18,8 @@ public slots:
     void setStitchedHeight(int px);
     // While the image is written the strip says so and takes no more clicks.
     void setSaving(bool saving);
+    // Asks the user to scroll back: the page moved further than the region in one step.
+    void setTooFast(bool tooFast);
 
 signals:
     void stopRequested();
@@ -29,11 +31,15 @@ protected:
 private:
     static QString heightText(int px);
     static QString savingText();
+    static QString tooFastText();
+    QString labelText() const;
+    void fitLabelWidth();
 
     QLabel* m_heightLabel = nullptr;
     QPushButton* m_stopButton = nullptr;
     QPushButton* m_cancelButton = nullptr;
     bool m_saving = false;
+    bool m_tooFast = false;
     int m_height = 0;
 };
 

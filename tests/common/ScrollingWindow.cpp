@@ -1,6 +1,6 @@
 // Another application for the tests: a page taller than its window that moves by a fixed
-// step for each notch of the wheel. It prints "shown X Y" with its client area's global top
-// left once on screen.
+// step for each notch of the wheel, either way. It prints "shown X Y" with its client area's global
+// top left once on screen.
 //   zelmor-test-scroller WIDTH HEIGHT PAGE_HEIGHT STEP
 
 #include "ScrollContent.h"
@@ -12,6 +12,7 @@
 #include <QWidget>
 #include <QWindow>
 
+#include <algorithm>
 #include <iostream>
 
 namespace {
@@ -29,8 +30,8 @@ protected:
     }
     void wheelEvent(QWheelEvent* event) override
     {
-        if (event->angleDelta().y() < 0)
-            m_offset = std::min(m_offset + m_step, m_page.height() - height());
+        const int notches = event->angleDelta().y() / 120; // positive: up
+        m_offset = std::clamp(m_offset - notches * m_step, 0, m_page.height() - height());
         update();
     }
 

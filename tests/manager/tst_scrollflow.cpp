@@ -25,11 +25,12 @@
 using namespace zelmor;
 using namespace zelmor::test;
 using service::capture::CaptureService;
+using service::history::HistoryService;
 
 namespace {
 
 constexpr int kPageHeight = 3000;
-constexpr int kStep = 300; // a region of 360 rows finds a step of 264 to 327 rows
+constexpr int kStep = 50; // rows the page moves for a notch of the wheel
 
 struct Scroller
 {
@@ -58,11 +59,6 @@ int lastHeight(const QSignalSpy& progress)
     return progress.isEmpty() ? 0 : progress.last().first().toInt();
 }
 
-qsizetype historyRows()
-{
-    return service::history::HistoryService::instance().recent(1000).size();
-}
-
 } // namespace
 
 class TestScrollFlow : public QObject
@@ -74,10 +70,19 @@ class TestScrollFlow : public QObject
 private slots:
     void initTestCase() { core::ConfigManager::instance().setOutputDir(m_out.path()); }
 
-    // Scrolled by the wheel, step by step, the page comes back whole, row for row.
-    void hotkeyToStitchedPage()
+    // Scrolled by hand, notch by notch, or by the program down to the page's end, the page
+    // comes back whole, row for row; the program's scrolling gives the pointer back.
+    void stitchedPage_data()
     {
-        Scroller page(QSize(600, 400));
+        QTest::addColumn<bool>("autoScroll");
+        QTest::newRow("by hand") << false;
+        QTest::newRow("scroll for me") << true;
+    }
+    void stitchedPage()
+    {
+        QFETCH(bool, autoScroll);
+        const QSize window(600, 400);
+        Scroller page(window);
         QVERIFY(!page.origin.isNull());
         widget::MainWindow mainWindow;
         manager::ActionManager actions(&mainWindow);
@@ -92,35 +97,49 @@ private slots:
         auto* overlay = shownTopLevel<widget::CaptureOverlay>();
         const QRect region(page.origin + QPoint(20, 20), QSize(560, 360));
         QVERIFY(drag(region.topLeft(), region.bottomRight()));
-        QTRY_VERIFY(overlay->findChild<QWidget*>("start") &&
-                    overlay->findChild<QWidget*>("start")->isVisible());
-        QSignalSpy started(overlay, &widget::CaptureOverlay::scrollStartRequested);
-        QVERIFY(clickButton(overlay, "start"));
+        const char* button = autoScroll ? "autoScroll" : "start";
+        QTRY_VERIFY(overlay->findChild<QWidget*>(button) &&
+                    overlay->findChild<QWidget*>(button)->isVisible());
+        QSignalSpy started(overlay, autoScroll ? &widget::CaptureOverlay::autoScrollStartRequested
+                                               : &widget::CaptureOverlay::scrollStartRequested);
+        QVERIFY(clickButton(overlay, button));
+        const auto pointer = platform::cursorPosition();
         QTRY_COMPARE(started.size(), 1);
         const QRect stitched = started.first().first().toRect();
-        QTRY_VERIFY(lastHeight(progress) > 0);
-        const int first = lastHeight(progress);
-        for (int step = 1; step <= 4; ++step) {
+        int rows = 0; // of the page, from the region's top
+        if (autoScroll) {
+            QVERIFY(completed.wait(60000));
+            QCOMPARE(platform::cursorPosition(), pointer);
+            rows = kPageHeight - window.height() + stitched.height();
+        } else {
+            QTRY_VERIFY(lastHeight(progress) > 0);
+            const int first = lastHeight(progress);
             QVERIFY(moveTo(stitched.center()));
             QVERIFY(platform::sendMouseWheel(-120));
-            QTRY_COMPARE_WITH_TIMEOUT(lastHeight(progress), first + step * kStep, 10000);
+            QTRY_COMPARE(lastHeight(progress), first + kStep);
+            // A jump past the region is told, and scrolling back a little goes on from there.
+            auto* hud = shownTopLevel<widget::ScrollHud>();
+            QLabel* said = hud->findChildren<QLabel*>().first();
+            QVERIFY(platform::sendMouseWheel(-120 * 8));
+            QTRY_COMPARE(said->text(), QString("scrolled too fast — scroll back a little"));
+            QVERIFY(platform::sendMouseWheel(120 * 4));
+            QTRY_COMPARE(lastHeight(progress), first + 5 * kStep);
+            QTRY_VERIFY(said->text().startsWith("Stitched"));
+            QVERIFY(clickButton(hud, "Stop"));
+            QVERIFY(completed.wait(20000));
+            // Till the image was written, the strip said so and took no more clicks.
+            QVERIFY(said->text().startsWith("Saving"));
+            QVERIFY(!hud->findChildren<QPushButton*>().first()->isEnabled());
+            rows = first + 5 * kStep;
         }
-        auto* hud = shownTopLevel<widget::ScrollHud>();
-        QVERIFY(clickButton(hud, "Stop"));
-        QVERIFY(completed.wait(20000));
-        // Till the image was written, the strip said so and took no more clicks.
-        QVERIFY(hud->findChildren<QLabel*>().first()->text().startsWith("Saving"));
-        QVERIFY(!hud->findChildren<QPushButton*>().first()->isEnabled());
 
         const auto result = completed.first().first().value<core::CaptureResult>();
         const QImage saved(result.filePath);
-        const QImage expected =
-            scrollContent(600, kPageHeight)
-                .copy(stitched.translated(-page.origin).x(), stitched.translated(-page.origin).y(),
-                      stitched.width(), first + 4 * kStep);
+        const QRect inPage = stitched.translated(-page.origin);
+        const QImage expected = scrollContent(window.width(), kPageHeight)
+                                    .copy(inPage.x(), inPage.y(), inPage.width(), rows);
         QCOMPARE(saved.convertToFormat(QImage::Format_RGB32), expected);
-        QCOMPARE(service::history::HistoryService::instance().recent(1).value(0).path,
-                 result.filePath);
+        QCOMPARE(HistoryService::instance().recent(1).value(0).path, result.filePath);
         QCOMPARE(core::tool::Toast::current()->body(),
                  QString("Stitched image saved (%1x%2)").arg(saved.width()).arg(saved.height()));
         QTRY_VERIFY(!shownTopLevel<widget::ScrollHud>());
@@ -166,7 +185,7 @@ private slots:
         QSignalSpy progress(&capture, &CaptureService::scrollProgressChanged);
         QSignalSpy cancelled(&capture, &CaptureService::scrollCaptureCancelled);
         QSignalSpy failed(&capture, &CaptureService::scrollCaptureFailed);
-        const qsizetype rows = historyRows();
+        const qsizetype rows = HistoryService::instance().recent(1000).size();
         const QStringList files = QDir(m_out.path()).entryList(QDir::Files);
 
         capture.captureScrolling(QRect(10, 10, 200, 150));
@@ -176,7 +195,7 @@ private slots:
         QTRY_COMPARE(cancelled.size() + failed.size(), 1);
         QCOMPARE(cancelled.size(), int(cancel));
         QCOMPARE(failed.value(0).value(0).toString(), failure);
-        QCOMPARE(historyRows(), rows);
+        QCOMPARE(HistoryService::instance().recent(1000).size(), rows);
         QCOMPARE(QDir(m_out.path()).entryList(QDir::Files), files);
 
         progress.clear();

@@ -7,7 +7,13 @@
 
 #include <atomic>
 
+namespace zelmor::platform {
+struct Point;
+}
+
 namespace zelmor::service::capture {
+
+class ScrollStitcher;
 
 class CaptureService : public QObject
 {
@@ -24,9 +30,10 @@ public:
     // The frozen screens under an overlay.
     QPixmap grabScreens();
 
-    // Samples the region on a pool thread while the user scrolls it, and saves the stitched
-    // image. A start while one runs does nothing.
-    void captureScrolling(const QRect& region);
+    // Samples the region on a pool thread while the user scrolls it, or with `autoScroll`
+    // scrolls it by the wheel down to the page's end, and saves the stitched image. A start
+    // while one runs does nothing.
+    void captureScrolling(const QRect& region, bool autoScroll = false);
     void stopScrollCapture();
     void cancelScrollCapture();
 
@@ -38,6 +45,9 @@ signals:
     void scrollCaptureFailed(QString reason);
     void scrollCaptureCancelled();
     void scrollProgressChanged(int canvasHeight);
+    // From the pool thread: what the stitcher found the last frame to be, a
+    // ScrollStitcher::Step, when it differs from the frame before.
+    void scrollStepChanged(int step);
     // From the pool thread: the sampling has ended and the image is being written.
     void scrollSaving();
     // Comes before scrollCaptureCompleted when the image reached the memory budget.
@@ -45,7 +55,13 @@ signals:
 
 private:
     struct ScrollOutcome;
-    ScrollOutcome runScroll(const QRect& region, int intervalMs, class ScrollStitcher* stitcher);
+    struct ScrollPace;
+    ScrollOutcome runScroll(const QRect& region, const ScrollPace& pace, ScrollStitcher* stitcher);
+    void watchUserScroll(const QRect& region, int intervalMs, ScrollStitcher* stitcher);
+    void scrollForUser(const QRect& region, const platform::Point& pointer,
+                       ScrollStitcher* stitcher);
+    // Adds a frame and tells the GUI thread the height and, when it changed, the step.
+    int feed(ScrollStitcher* stitcher, const QImage& frame, int& shownStep);
     void finishScroll(const ScrollOutcome& outcome);
 
     std::atomic_bool m_stopRequested{false};

@@ -1,7 +1,9 @@
-// The scroll capture of CaptureService: a pool job samples the region, a stitcher grows the
-// image, and the same job saves it, so that a tall image doesn't stall the GUI thread.
+// The scroll capture of CaptureService: a pool job samples the region (or scrolls it itself),
+// a stitcher grows the image, and the same job saves it, so that a tall image doesn't stall
+// the GUI thread.
 #include "CaptureService.h"
 
+#include "AutoScroller.h"
 #include "OutputFile.h"
 #include "ScreenGrabber.h"
 #include "ScrollStitcher.h"
@@ -12,6 +14,8 @@
 #include <QFutureWatcher>
 #include <QThread>
 #include <QtConcurrent>
+
+#include <optional>
 
 namespace zelmor::service::capture {
 
@@ -31,6 +35,14 @@ struct CaptureService::ScrollOutcome
     qint64 budget = 0;
 };
 
+// How the region is scrolled: by the user, sampled every `intervalMs`, or by the wheel with
+// the pointer held at `pointer`.
+struct CaptureService::ScrollPace
+{
+    int intervalMs = 0;
+    std::optional<platform::Point> pointer;
+};
+
 CaptureService::~CaptureService()
 {
     m_cancelRequested = true;
@@ -38,13 +50,15 @@ CaptureService::~CaptureService()
         job->waitForFinished();
 }
 
-void CaptureService::captureScrolling(const QRect& region)
+void CaptureService::captureScrolling(const QRect& region, bool autoScroll)
 {
     if (m_scrollBusy.exchange(true)) return;
     m_stopRequested = false;
     m_cancelRequested = false;
     const core::ConfigManager& config = core::ConfigManager::instance();
-    const int intervalMs = config.scrollIntervalMs();
+    ScrollPace pace;
+    pace.intervalMs = config.scrollIntervalMs();
+    if (autoScroll) pace.pointer = AutoScroller::pointerTarget(region);
     const qint64 budget =
         m_scrollMemoryBudget > 0
             ? m_scrollMemoryBudget
@@ -61,7 +75,7 @@ void CaptureService::captureScrolling(const QRect& region)
         watcher->deleteLater();
     });
     watcher->setFuture(QtConcurrent::run(QThreadPool::globalInstance(), [=] {
-        ScrollOutcome outcome = runScroll(region, intervalMs, stitcher);
+        ScrollOutcome outcome = runScroll(region, pace, stitcher);
         outcome.budget = budget;
         if (!outcome.result.pixmap.isNull()) {
             emit scrollSaving();
@@ -83,22 +97,15 @@ void CaptureService::cancelScrollCapture()
     m_cancelRequested = true;
 }
 
-CaptureService::ScrollOutcome CaptureService::runScroll(const QRect& region, int intervalMs,
+CaptureService::ScrollOutcome CaptureService::runScroll(const QRect& region, const ScrollPace& pace,
                                                         ScrollStitcher* stitcher)
 {
     ScrollOutcome outcome;
     outcome.result.kind = core::Scroll;
-    while (!m_cancelRequested) {
-        if (m_stopRequested) break;
-        const QPixmap grabbed = grabRegion(region);
-        if (!grabbed.isNull()) {
-            const int added = stitcher->addFrame(
-                grabbed.toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied));
-            if (stitcher->canvasHeight() > 0) emit scrollProgressChanged(stitcher->canvasHeight());
-            if (added == ScrollStitcher::Stop) break;
-        }
-        QThread::msleep(ulong(std::max(intervalMs, 0)));
-    }
+    if (pace.pointer)
+        scrollForUser(region, *pace.pointer, stitcher);
+    else
+        watchUserScroll(region, pace.intervalMs, stitcher);
     QImage canvas;
     if (!m_cancelRequested && stitcher->canvasHeight() > 0) {
         canvas = stitcher->canvas();
@@ -111,6 +118,44 @@ CaptureService::ScrollOutcome CaptureService::runScroll(const QRect& region, int
         outcome.result.height = outcome.result.pixmap.height();
     }
     return outcome;
+}
+
+void CaptureService::watchUserScroll(const QRect& region, int intervalMs, ScrollStitcher* stitcher)
+{
+    int shownStep = -1;
+    while (!m_cancelRequested && !m_stopRequested) {
+        const QPixmap grabbed = grabRegion(region);
+        if (!grabbed.isNull()) {
+            const QImage frame =
+                grabbed.toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+            if (feed(stitcher, frame, shownStep) == ScrollStitcher::Stop) break;
+        }
+        QThread::msleep(ulong(std::max(intervalMs, 0)));
+    }
+}
+
+// Ends at the page's end: a notch that moves nothing, or a picture the stitcher finds still.
+// A step further than the region cannot be taken back by the wheel, so the image ends there.
+void CaptureService::scrollForUser(const QRect& region, const platform::Point& pointer,
+                                   ScrollStitcher* stitcher)
+{
+    AutoScroller scroller(region, pointer, [this] { return m_stopRequested || m_cancelRequested; });
+    int shownStep = -1;
+    for (QImage frame = scroller.first(); !frame.isNull(); frame = scroller.next()) {
+        if (feed(stitcher, frame, shownStep) == ScrollStitcher::Stop) break;
+        const ScrollStitcher::Step step = stitcher->lastStep();
+        if (step == ScrollStitcher::Step::Still || step == ScrollStitcher::Step::TooFast) break;
+    }
+}
+
+int CaptureService::feed(ScrollStitcher* stitcher, const QImage& frame, int& shownStep)
+{
+    const int added = stitcher->addFrame(frame);
+    if (stitcher->canvasHeight() > 0) emit scrollProgressChanged(stitcher->canvasHeight());
+    const int step = int(stitcher->lastStep());
+    if (step != shownStep) emit scrollStepChanged(step);
+    shownStep = step;
+    return added;
 }
 
 void CaptureService::finishScroll(const ScrollOutcome& outcome)

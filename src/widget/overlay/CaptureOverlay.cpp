@@ -300,6 +300,11 @@ void CaptureOverlay::onAction(int action)
         if (m_mode == Scroll) Q_EMIT scrollStartRequested(m_selection);
         close();
         break;
+    case OverlayPanels::AutoScroll:
+        if (m_selection.isNull() || m_mode != Scroll) return;
+        Q_EMIT autoScrollStartRequested(m_selection);
+        close();
+        break;
     }
 }
 

@@ -71,6 +71,8 @@ Q_SIGNALS:
     void cancelled();
     void recordStartRequested(const QRect& rect, int durationSecs, int fps);
     void scrollStartRequested(const QRect& rect);
+    // The scrolling capture, with the page scrolled by the program.
+    void autoScrollStartRequested(const QRect& rect);
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;

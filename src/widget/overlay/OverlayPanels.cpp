@@ -31,7 +31,7 @@ struct ButtonSpec
     OverlayPanels::Action action;
     const char* name;
     Text tooltip;
-    const char* icon;
+    const char* icon; // null: the button shows its text
     int spacingAfter; // 0: none
 };
 
@@ -74,6 +74,10 @@ const ButtonSpec kActionButtons[] = {
     {OverlayPanels::Start, "start",
      QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Start", "overlay.btn.start"),
      "overlay/start", 0},
+    {OverlayPanels::AutoScroll, "autoScroll",
+     QT_TRANSLATE_NOOP3("zelmor::widget::overlay::OverlayPanels", "Scroll for me",
+                        "overlay.btn.autoScroll"),
+     nullptr, 0},
 };
 
 struct ToolSpec
@@ -164,6 +168,20 @@ QToolButton* makeButton(QWidget* parent, const QString& objectName, const QStrin
     return button;
 }
 
+QToolButton* makeTextButton(QWidget* parent, const QString& objectName, const QString& text)
+{
+    auto* button = new QToolButton(parent);
+    button->setObjectName(objectName);
+    button->setText(text);
+    button->setAccessibleName(text);
+    button->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    button->setStyleSheet(QStringLiteral("QToolButton { color: #ffffff; padding: 0 8px; }"));
+    button->setCursor(Qt::PointingHandCursor);
+    button->setFocusPolicy(Qt::NoFocus);
+    button->setFixedHeight(30);
+    return button;
+}
+
 QWidget* makePanel(QWidget* overlay, const char* objectName)
 {
     auto* panel = new QWidget(overlay);
@@ -200,7 +218,7 @@ void OverlayPanels::buildActionBar(QWidget* overlay)
     m_actionBar = makePanel(overlay, "captureToolbar");
     auto* row = new QHBoxLayout(m_actionBar);
     row->setContentsMargins(6, 4, 6, 4);
-    m_actionButtons.resize(Start + 1);
+    m_actionButtons.resize(AutoScroll + 1);
     for (const ButtonSpec& spec : kActionButtons) {
         if (spec.action == Start) {
             m_duration = makeCombo(m_actionBar, kDurations, int(std::size(kDurations)),
@@ -212,8 +230,10 @@ void OverlayPanels::buildActionBar(QWidget* overlay)
             row->addSpacing(6);
         }
         QToolButton* button =
-            makeButton(m_actionBar, QLatin1String(spec.name), spec.tooltip.translated(),
-                       QLatin1String(spec.icon), QSize(32, 30));
+            spec.icon
+                ? makeButton(m_actionBar, QLatin1String(spec.name), spec.tooltip.translated(),
+                             QLatin1String(spec.icon), QSize(32, 30))
+                : makeTextButton(m_actionBar, QLatin1String(spec.name), spec.tooltip.translated());
         const int action = spec.action;
         connect(button, &QToolButton::clicked, this,
                 [this, action] { Q_EMIT actionTriggered(action); });
@@ -346,6 +366,7 @@ void OverlayPanels::setButtonsForMode(int mode)
     m_duration->setVisible(mode == 1);
     m_fps->setVisible(mode == 1);
     m_actionButtons[Start]->setVisible(!region);
+    m_actionButtons[AutoScroll]->setVisible(mode == 2);
 }
 
 void OverlayPanels::hideAll()

@@ -29,7 +29,8 @@ public:
         Redo,
         Reselect,
         Cancel,
-        Start
+        Start,
+        AutoScroll
     };
     Q_ENUM(Action)
 

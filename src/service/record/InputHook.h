@@ -44,7 +44,7 @@ public:
     static QString keyLabel(int virtualKey);
 
 private:
-    friend class TestInputHook;
+    friend class TestRecordingService;
 
     // Hook rows as the system delivers them, on the thread that installed.
     void onButtonDown(qint64 timestampMs, const QPoint& pos);

@@ -120,15 +120,20 @@ CaptureService::ScrollOutcome CaptureService::runScroll(const QRect& region, con
     return outcome;
 }
 
+// Still frames end the capture only once the page has moved: before that, the user is still
+// on the way to it.
 void CaptureService::watchUserScroll(const QRect& region, int intervalMs, ScrollStitcher* stitcher)
 {
     int shownStep = -1;
+    bool moved = false;
     while (!m_cancelRequested && !m_stopRequested) {
         const QPixmap grabbed = grabRegion(region);
         if (!grabbed.isNull()) {
             const QImage frame =
                 grabbed.toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
-            if (feed(stitcher, frame, shownStep) == ScrollStitcher::Stop) break;
+            const int added = feed(stitcher, frame, shownStep);
+            moved |= stitcher->lastStep() == ScrollStitcher::Step::Appended;
+            if (added == ScrollStitcher::Stop && (moved || stitcher->memoryLimitReached())) break;
         }
         QThread::msleep(ulong(std::max(intervalMs, 0)));
     }

@@ -2,6 +2,8 @@
 
 // Small helpers shared by the suites.
 
+#include "service/capture/WindowList.h"
+
 #include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QAbstractSpinBox>
@@ -46,6 +48,15 @@ inline QString unnamedControls(QWidget* root)
             unnamed << w->metaObject()->className() + (' ' + w->objectName());
     }
     return unnamed.join(QStringLiteral(", "));
+}
+
+// Where the window list, top first, holds a window of that title, or that handle; -1 if nowhere.
+inline int windowIndex(const QString& title, quintptr handle = 0)
+{
+    const QList<service::capture::WindowInfo> windows = service::capture::listTopLevelWindows();
+    for (int i = 0; i < windows.size(); ++i)
+        if (handle ? windows[i].handle == handle : windows[i].title == title) return i;
+    return -1;
 }
 
 // Presses the keys one after another, in this order, through the X server.

@@ -2,6 +2,7 @@
 // list and the focused window come from the root's children and the input focus.
 
 #include "TestMain.h"
+#include "TestSupport.h"
 
 #include "platform/Windows.h"
 #include "service/capture/WindowList.h"
@@ -22,13 +23,6 @@ class TestBareWindows : public QObject
         w->show();
         return w;
     }
-    static int indexOf(const QString& title)
-    {
-        const QList<WindowInfo> windows = listTopLevelWindows();
-        for (int i = 0; i < windows.size(); ++i)
-            if (windows[i].title == title) return i;
-        return -1;
-    }
 
 private Q_SLOTS:
     // Raising, focusing and closing are done without a manager; minimizing and maximizing not.
@@ -39,8 +33,10 @@ private Q_SLOTS:
         auto b = makeWindow(QStringLiteral("Bare B"), QRect(150, 150, 300, 200));
         QVERIFY(QTest::qWaitForWindowExposed(a.get()));
         QVERIFY(QTest::qWaitForWindowExposed(b.get()));
-        QTRY_VERIFY(indexOf(a->windowTitle()) >= 0 && indexOf(b->windowTitle()) >= 0);
-        const WindowInfo info = listTopLevelWindows().at(indexOf(a->windowTitle()));
+        QTRY_VERIFY(zelmor::test::windowIndex(a->windowTitle()) >= 0 &&
+                    zelmor::test::windowIndex(b->windowTitle()) >= 0);
+        const WindowInfo info =
+            listTopLevelWindows().at(zelmor::test::windowIndex(a->windowTitle()));
         QCOMPARE(info.rect, QRect(100, 100, 300, 200)); // no frame without a window manager
         QCOMPARE(info.handle, quintptr(a->winId()));
 
@@ -50,12 +46,13 @@ private Q_SLOTS:
             QCOMPARE(foregroundWindow().title, target->windowTitle());
             QCOMPARE(platform::windowAt({200, 200}), platform::WindowHandle(target->winId()));
         }
-        QVERIFY(indexOf(a->windowTitle()) < indexOf(b->windowTitle())); // raised last, on top
+        QVERIFY(zelmor::test::windowIndex(a->windowTitle()) <
+                zelmor::test::windowIndex(b->windowTitle())); // raised last, on top
         QVERIFY(!platform::minimizeWindow(a->winId()));
         QVERIFY(!platform::maximizeWindow(a->winId()));
         QVERIFY(platform::closeWindow(b->winId()));
         QTRY_VERIFY(!b->isVisible());
-        QTRY_COMPARE(indexOf(b->windowTitle()), -1);
+        QTRY_COMPARE(zelmor::test::windowIndex(b->windowTitle()), -1);
     }
 };
 

@@ -11,6 +11,7 @@
 
 using namespace zelmor::service::capture;
 using zelmor::test::makeSolidWindow;
+using zelmor::test::windowIndex;
 namespace platform = zelmor::platform;
 
 namespace {
@@ -25,15 +26,6 @@ bool allPixels(const QImage& image, const QRect& rect, const QColor& colour)
         for (int x = rect.left(); x <= rect.right(); ++x)
             if (image.pixelColor(x, y) != colour) return false;
     return true;
-}
-
-// Where the window list holds that title, top first; -1 if nowhere.
-int indexOfTitle(const QString& title)
-{
-    const QList<WindowInfo> windows = listTopLevelWindows();
-    for (int i = 0; i < windows.size(); ++i)
-        if (windows[i].title == title) return i;
-    return -1;
 }
 
 } // namespace
@@ -63,7 +55,7 @@ private Q_SLOTS:
         m_probe = makeSolidWindow(QStringLiteral("Zelmor grab probe"), kProbeColour,
                                   QRect(300, 200, 400, 300));
         QVERIFY(QTest::qWaitForWindowExposed(m_probe.get()));
-        QTRY_VERIFY(indexOfTitle(m_probe->windowTitle()) >= 0);
+        QTRY_VERIFY(windowIndex(m_probe->windowTitle()) >= 0);
         m_client = QRect(m_probe->mapToGlobal(QPoint(0, 0)), m_probe->size());
         QTRY_VERIFY(allPixels(grabRegion(m_client).toImage(), QRect(QPoint(), m_client.size()),
                               kProbeColour));
@@ -143,10 +135,10 @@ private Q_SLOTS:
             QCOMPARE(foregroundWindow().rect, target->frameGeometry());
             // Docks such as the tray host stay above; the target is above the other test window.
             const QWidget* below = target == other.get() ? m_probe.get() : other.get();
-            QTRY_VERIFY(indexOfTitle(target->windowTitle()) < indexOfTitle(below->windowTitle()));
+            QTRY_VERIFY(windowIndex(target->windowTitle()) < windowIndex(below->windowTitle()));
         }
         other->showMinimized(); // and a minimized window is left out
-        QTRY_COMPARE(indexOfTitle(other->windowTitle()), -1);
+        QTRY_COMPARE(windowIndex(other->windowTitle()), -1);
     }
 };
 

@@ -131,7 +131,6 @@ private Q_SLOTS:
         QTest::addColumn<int>("index");
         QTest::newRow("left on the first") << "L" << kFrames - 1;
         QTest::newRow("right on the last") << "RRRRR" << 0;
-        QTest::newRow("there and back") << "RRL" << 1;
     }
     void steppingWrapsAround()
     {

@@ -299,7 +299,6 @@ private Q_SLOTS:
     {
         QTest::addColumn<QKeyCombination>("keys");
         QTest::addColumn<QString>("after");
-        QTest::newRow("Shift alone") << QKeyCombination(Qt::SHIFT, Qt::Key_Shift) << "F6";
         QTest::newRow("Alt, as of Alt+F4") << QKeyCombination(Qt::ALT, Qt::Key_Alt) << "F6";
         QTest::newRow("Shift+Tab moves on") << QKeyCombination(Qt::SHIFT, Qt::Key_Backtab) << "F6";
         QTest::newRow("Backspace clears") << QKeyCombination(Qt::Key_Backspace) << "";

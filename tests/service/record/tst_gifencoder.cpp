@@ -178,9 +178,6 @@ private Q_SLOTS:
     {
         QTest::addColumn<QImage>("frame");
         QTest::newRow("256 colours") << colouredFrame(64, 40, 256);
-        QTest::newRow("window") << screenFrame(120, 80, 3)
-                                       .convertToFormat(QImage::Format_Indexed8)
-                                       .convertToFormat(QImage::Format_RGB32);
         QTest::newRow("full dictionary") << colouredFrame(128, 128, 200, 99);
         QTest::newRow("end code at a width change") << widthEdgeFrame();
     }

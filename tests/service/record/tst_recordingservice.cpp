@@ -150,7 +150,6 @@ private slots:
         QTest::addColumn<bool>("dot");
         QTest::newRow("new") << qint64(0) << true << true;
         QTest::newRow("300 ms") << qint64(300) << false << false;
-        QTest::newRow("later") << qint64(301) << false << false;
         QTest::newRow("after the frame") << qint64(-1) << false << false;
     }
     void clickMark()

@@ -57,7 +57,7 @@ private:
     struct ScrollOutcome;
     struct ScrollPace;
     ScrollOutcome runScroll(const QRect& region, const ScrollPace& pace, ScrollStitcher* stitcher);
-    void watchUserScroll(const QRect& region, int intervalMs, ScrollStitcher* stitcher);
+    void watchUserScroll(const QRect& region, const ScrollPace& pace, ScrollStitcher* stitcher);
     void scrollForUser(const QRect& region, const platform::Point& pointer,
                        ScrollStitcher* stitcher);
     // Adds a frame and tells the GUI thread the height and, when it changed, the step.

@@ -40,6 +40,7 @@ struct CaptureService::ScrollOutcome
 struct CaptureService::ScrollPace
 {
     int intervalMs = 0;
+    int idleFrames = 0;
     std::optional<platform::Point> pointer;
 };
 
@@ -58,6 +59,7 @@ void CaptureService::captureScrolling(const QRect& region, bool autoScroll)
     const core::ConfigManager& config = core::ConfigManager::instance();
     ScrollPace pace;
     pace.intervalMs = config.scrollIntervalMs();
+    pace.idleFrames = config.scrollIdleFrames();
     if (autoScroll) pace.pointer = AutoScroller::pointerTarget(region);
     const qint64 budget =
         m_scrollMemoryBudget > 0
@@ -105,7 +107,7 @@ CaptureService::ScrollOutcome CaptureService::runScroll(const QRect& region, con
     if (pace.pointer)
         scrollForUser(region, *pace.pointer, stitcher);
     else
-        watchUserScroll(region, pace.intervalMs, stitcher);
+        watchUserScroll(region, pace, stitcher);
     QImage canvas;
     if (!m_cancelRequested && stitcher->canvasHeight() > 0) {
         canvas = stitcher->canvas();
@@ -120,12 +122,15 @@ CaptureService::ScrollOutcome CaptureService::runScroll(const QRect& region, con
     return outcome;
 }
 
-// Still frames end the capture only once the page has moved: before that, the user is still
-// on the way to it.
-void CaptureService::watchUserScroll(const QRect& region, int intervalMs, ScrollStitcher* stitcher)
+// Before the page first moves the user may still be on the way to it: still frames end the
+// capture only after a few times the idle limit, and at the limit itself once it has moved.
+void CaptureService::watchUserScroll(const QRect& region, const ScrollPace& pace,
+                                     ScrollStitcher* stitcher)
 {
+    constexpr int kFirstStepPatience = 4;
     int shownStep = -1;
     bool moved = false;
+    int stillBeforeMoving = 0;
     while (!m_cancelRequested && !m_stopRequested) {
         const QPixmap grabbed = grabRegion(region);
         if (!grabbed.isNull()) {
@@ -133,9 +138,13 @@ void CaptureService::watchUserScroll(const QRect& region, int intervalMs, Scroll
                 grabbed.toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
             const int added = feed(stitcher, frame, shownStep);
             moved |= stitcher->lastStep() == ScrollStitcher::Step::Appended;
-            if (added == ScrollStitcher::Stop && (moved || stitcher->memoryLimitReached())) break;
+            if (!moved && stitcher->lastStep() == ScrollStitcher::Step::Still) ++stillBeforeMoving;
+            const bool waitedEnough =
+                moved || stillBeforeMoving >= kFirstStepPatience * pace.idleFrames;
+            if (added == ScrollStitcher::Stop && (waitedEnough || stitcher->memoryLimitReached()))
+                break;
         }
-        QThread::msleep(ulong(std::max(intervalMs, 0)));
+        QThread::msleep(ulong(std::max(pace.intervalMs, 0)));
     }
 }
 

@@ -424,60 +424,36 @@ private Q_SLOTS:
                  QRect(QPoint(51, 100), QPoint(99, 199)));
     }
 
-    void snapping_data()
+    // Against a window at x 500 to 699: an edge 8 px away snaps, 9 px not; top and bottom
+    // compare with x values. Hovering takes the smallest window, the earlier of equal ones.
+    void snappingAndHover()
     {
-        QTest::addColumn<QRect>("raw");
-        QTest::addColumn<QRect>("snapped");
-        // Against QRect(500, 300, 200, 100): left 500, right 699.
-        QTest::newRow("8 away snaps, 9 not")
-            << QRect(QPoint(491, 50), QPoint(707, 99)) << QRect(QPoint(491, 50), QPoint(699, 99));
-        // Top and bottom compare with x values: a top 3 away from a vertical edge's x snaps.
-        QTest::newRow("top to an x value")
-            << QRect(QPoint(10, 503), QPoint(40, 520)) << QRect(QPoint(10, 500), QPoint(40, 520));
-    }
-    void snapping()
-    {
-        QFETCH(QRect, raw);
-        QFETCH(QRect, snapped);
-        QCOMPARE(snapRect(raw, {QRect(500, 300, 200, 100)}), snapped);
-        QCOMPARE(snapRect(raw, {}), raw);
-    }
-
-    void hoverTakesTheSmallestWindow()
-    {
-        const QList<QRect> rects{QRect(0, 0, 100, 100), QRect(10, 10, 50, 50),
-                                 QRect(20, 20, 50, 50)};
-        QCOMPARE(smallestContaining(rects, QPoint(30, 30)),
-                 QRect(10, 10, 50, 50)); // equal areas: earlier
+        const QList<QRect> window{QRect(500, 300, 200, 100)};
+        QCOMPARE(snapRect(QRect(QPoint(491, 50), QPoint(707, 99)), window),
+                 QRect(QPoint(491, 50), QPoint(699, 99)));
+        QCOMPARE(snapRect(QRect(QPoint(10, 503), QPoint(40, 520)), window),
+                 QRect(QPoint(10, 500), QPoint(40, 520)));
+        QCOMPARE(snapRect(QRect(1, 2, 3, 4), {}), QRect(1, 2, 3, 4));
+        const QList<QRect> rects{{0, 0, 100, 100}, {10, 10, 50, 50}, {20, 20, 50, 50}};
+        QCOMPARE(smallestContaining(rects, QPoint(30, 30)), QRect(10, 10, 50, 50));
         QCOMPARE(smallestContaining(rects, QPoint(5, 5)), QRect(0, 0, 100, 100));
         QVERIFY(smallestContaining(rects, QPoint(500, 5)).isNull());
     }
 
-    void toolbarPlacement_data()
-    {
-        QTest::addColumn<QRect>("selection");
-        QTest::addColumn<bool>("annotationBar");
-        QTest::addColumn<QPoint>("action");
-        QTest::addColumn<QPoint>("annotation");
-        // Overlay 1920x1080, action bar 400x38, annotation bar 600x38.
-        // Centred on QRect::center(), which rounds down.
-        QTest::newRow("above") << QRect(700, 900, 400, 150) << true << QPoint(699, 852)
-                               << QPoint(599, 808);
-        QTest::newRow("full screen, no annotation bar")
-            << QRect(0, 0, 1920, 1080) << false << QPoint(759, 1031) << QPoint();
-        QTest::newRow("clamped to the right margin")
-            << QRect(1800, 100, 100, 100) << true << QPoint(1512, 209) << QPoint(1312, 253);
-    }
+    // Overlay 1920x1080, action bar 400x38, annotation bar 600x38; centred on QRect::center(),
+    // which rounds down.
     void toolbarPlacement()
     {
-        QFETCH(QRect, selection);
-        QFETCH(bool, annotationBar);
-        QFETCH(QPoint, action);
-        QFETCH(QPoint, annotation);
-        const ToolbarPlacement p = placeToolbars(selection, QSize(1920, 1080), QSize(400, 38),
-                                                 annotationBar ? QSize(600, 38) : QSize());
-        QCOMPARE(p.actionBar, action);
-        if (annotationBar) QCOMPARE(p.annotationBar, annotation);
+        const auto place = [](const QRect& selection, bool annotationBar) {
+            const ToolbarPlacement p = placeToolbars(selection, QSize(1920, 1080), QSize(400, 38),
+                                                     annotationBar ? QSize(600, 38) : QSize());
+            return QList<QPoint>{p.actionBar, annotationBar ? p.annotationBar : QPoint()};
+        };
+        QCOMPARE(place(QRect(700, 900, 400, 150), true), // above
+                 (QList<QPoint>{{699, 852}, {599, 808}}));
+        QCOMPARE(place(QRect(0, 0, 1920, 1080), false), (QList<QPoint>{{759, 1031}, {}}));
+        QCOMPARE(place(QRect(1800, 100, 100, 100), true), // clamped to the right margin
+                 (QList<QPoint>{{1512, 209}, {1312, 253}}));
     }
 
     void toolbarIconsRenderAtToolbarSize_data()

@@ -199,12 +199,11 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("trayRows");
         QTest::addColumn<QStringList>("navigation");
         QTest::newRow("English to Chinese")
-            << "en_US"
-            << "zh_CN" << QStringList{"区域截图", "历史记录", "设置...", "退出"}
+            << QString("en_US") << "zh_CN" << QStringList{"区域截图", "历史记录", "设置...", "退出"}
             << QStringList{"常规", "快捷键", "截图", "贴图", "AI", "MCP", "隐私", "关于"};
         QTest::newRow("Chinese to English")
-            << "zh_CN"
-            << "en_US" << QStringList{"Region capture", "History", "Settings...", "Quit"}
+            << QString("zh_CN") << "en_US"
+            << QStringList{"Region capture", "History", "Settings...", "Quit"}
             << QStringList{"General", "Hotkeys", "Capture", "Pin", "AI", "MCP", "Privacy", "About"};
     }
     void switchingRebuildsTrayAndPanels()
@@ -266,21 +265,15 @@ private Q_SLOTS:
         QTest::addColumn<QString>("language");
         QTest::addColumn<QString>("ours");
         QTest::addColumn<QString>("qts");
-        QTest::newRow("no file for the language alone") << "zelmor_de.qm"
-                                                        << "de_DE"
-                                                        << "Language:"
-                                                        << "Cancel";
-        QTest::newRow("the exact file") << "zelmor_de_DE.qm"
-                                        << "de_DE"
-                                        << "语言："
-                                        << "Abbrechen";
-        QTest::newRow("Chinese") << "zelmor_zh_CN.qm"
-                                 << "zh_CN"
-                                 << "语言："
-                                 << "取消";
-        QTest::newRow("no file drops the old translators") << QString() << "fr_FR"
-                                                           << "Language:"
-                                                           << "Cancel";
+        const auto row = [](const char* name, const char* placed, const char* language,
+                            const char* ours, const char* qts) {
+            QTest::newRow(name) << QString(placed) << QString(language) << QString(ours)
+                                << QString(qts);
+        };
+        row("no file for the language alone", "zelmor_de.qm", "de_DE", "Language:", "Cancel");
+        row("the exact file", "zelmor_de_DE.qm", "de_DE", "语言：", "Abbrechen");
+        row("Chinese", "zelmor_zh_CN.qm", "zh_CN", "语言：", "取消");
+        row("no file drops the old translators", "", "fr_FR", "Language:", "Cancel");
     }
     void loadsTranslations()
     {

@@ -1,9 +1,5 @@
 // The desktop tools of the MCP table and the platform calls under them, on real windows under
-// openbox: the mouse, keys and clipboard (this suite's own window for the mouse, another
-// program's for keys, xclip as the other side of the clipboard); other programs' windows found,
-// focused and changed, the desktop's URL handlers, the search path and a file manager on the
-// session bus; other programs' elements through the accessibility bus, this program's own left
-// out. Typing into another program is checked by the SDK client (sdk_client.mjs).
+// openbox; typing into another program is checked by the SDK client (sdk_client.mjs).
 
 #include "FakeFileManager.h"
 #include "TestMain.h"
@@ -162,38 +158,6 @@ private Q_SLOTS:
         QFETCH(QString, name);
         QFETCH(unsigned, code);
         QCOMPARE(mcpKeyCode(name), code);
-    }
-
-    // Every tool of the desktop names what it lacks or did not find.
-    void failures_data()
-    {
-        QTest::addColumn<QString>("tool");
-        QTest::addColumn<QVariantMap>("args");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("hotkey of blanks")
-            << "send_hotkey" << QVariantMap{{"hotkey", "  "}} << "hotkey cannot be empty";
-        QTest::newRow("hotkey +") << "send_hotkey" << QVariantMap{{"hotkey", "+"}}
-                                  << "unrecognized hotkey: +";
-        QTest::newRow("key ab") << "key_down" << QVariantMap{{"key", " ab"}}
-                                << "unrecognized key: ab";
-        QTest::newRow("no text to type") << "type_text" << QVariantMap{} << "text cannot be empty";
-        QTest::newRow("focus, blanks")
-            << "focus_window" << QVariantMap{{"title", "  "}} << "title keyword cannot be empty";
-        QTest::newRow("focus, no match") << "focus_window" << QVariantMap{{"title", " nope 4711 "}}
-                                         << "no visible window found matching 'nope 4711'";
-        QTest::newRow("action, no window before the action")
-            << "window_action" << QVariantMap{{"action", "hide"}, {"title", "nope 4711"}}
-            << "window not found";
-        QTest::newRow("reveal, missing")
-            << "open_folder_and_select" << QVariantMap{{"path", " /no/such/file "}}
-            << "file does not exist: /no/such/file";
-    }
-    void failures()
-    {
-        QFETCH(QString, tool);
-        QFETCH(QVariantMap, args);
-        QFETCH(QString, message);
-        QCOMPARE(callMcpTool(tool, args), mcpToolError(message));
     }
 
     // Points of a drag are given from the window's centre, where the cursor is at first.
@@ -454,11 +418,30 @@ private Q_SLOTS:
         QCOMPARE(QUrl(shown.first()).toLocalFile(), file);
         QVERIFY(m_urls.opened.isEmpty());
     }
-    void uiFailures_data()
+    // Every tool of the desktop names what it lacks or did not find; last, with the element
+    // fixture up, for the element tools.
+    void failures_data()
     {
         QTest::addColumn<QString>("tool");
         QTest::addColumn<QVariantMap>("args");
         QTest::addColumn<QString>("message");
+        QTest::newRow("hotkey of blanks")
+            << "send_hotkey" << QVariantMap{{"hotkey", "  "}} << "hotkey cannot be empty";
+        QTest::newRow("hotkey +") << "send_hotkey" << QVariantMap{{"hotkey", "+"}}
+                                  << "unrecognized hotkey: +";
+        QTest::newRow("key ab") << "key_down" << QVariantMap{{"key", " ab"}}
+                                << "unrecognized key: ab";
+        QTest::newRow("no text to type") << "type_text" << QVariantMap{} << "text cannot be empty";
+        QTest::newRow("focus, blanks")
+            << "focus_window" << QVariantMap{{"title", "  "}} << "title keyword cannot be empty";
+        QTest::newRow("focus, no match") << "focus_window" << QVariantMap{{"title", " nope 4711 "}}
+                                         << "no visible window found matching 'nope 4711'";
+        QTest::newRow("action, no window before the action")
+            << "window_action" << QVariantMap{{"action", "hide"}, {"title", "nope 4711"}}
+            << "window not found";
+        QTest::newRow("reveal, missing")
+            << "open_folder_and_select" << QVariantMap{{"path", " /no/such/file "}}
+            << "file does not exist: /no/such/file";
         QTest::newRow("find, blanks")
             << "find_ui_elements" << QVariantMap{{"name", " "}} << "name cannot be empty";
         QTest::newRow("click, no name")
@@ -473,7 +456,7 @@ private Q_SLOTS:
             << "set_ui_element_text" << QVariantMap{{"name", "save"}, {"text", "x"}}
             << "no editable UI element found matching 'save'";
     }
-    void uiFailures()
+    void failures()
     {
         QFETCH(QString, tool);
         QFETCH(QVariantMap, args);

@@ -19,6 +19,8 @@ packages=(
   # run and test
   fonts-dejavu-core fonts-liberation2 fonts-noto-cjk fonts-noto-color-emoji at-spi2-core dbus dbus-x11 xvfb xauth x11-utils openbox trayer
   xdotool xclip xdg-utils xcompmgr
+  # programs of other makers that the scroll capture is checked on: a pager and a GTK text view
+  xterm less zenity
   # independent GIF readers for the encoder tests, and the benchmark's reference encoder
   gifsicle ffmpeg
   # a photograph for the scroll stitching tests

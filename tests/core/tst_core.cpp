@@ -209,20 +209,6 @@ private Q_SLOTS:
         }
     }
 
-    void unwritableFolderDropsTheLine()
-    {
-        // The data folder cannot be created below a regular file.
-        const QByteArray saved = qgetenv("XDG_DATA_HOME");
-        const QString blocker =
-            zelmor::test::sandboxRoot().filePath(QStringLiteral("not-a-folder"));
-        writeFile(blocker, "x");
-        qputenv("XDG_DATA_HOME", blocker.toUtf8());
-        writeLogLine(QStringLiteral("nowhere to go"));
-        startupTrace("still fine");
-        qputenv("XDG_DATA_HOME", saved);
-        QCOMPARE(read(blocker), QByteArray("x"));
-    }
-
     void dataFolderIsPrivate()
     {
         QDir(dataDirectory()).removeRecursively();

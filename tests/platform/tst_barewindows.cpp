@@ -7,30 +7,20 @@
 #include "platform/Windows.h"
 #include "service/capture/WindowList.h"
 
-#include <QWidget>
-
 using namespace zelmor::service::capture;
 
 class TestBareWindows : public QObject
 {
     Q_OBJECT
 
-    static std::unique_ptr<QWidget> makeWindow(const QString& title, const QRect& geometry)
-    {
-        auto w = std::make_unique<QWidget>();
-        w->setWindowTitle(title);
-        w->setGeometry(geometry);
-        w->show();
-        return w;
-    }
-
 private Q_SLOTS:
     // Raising, focusing and closing are done without a manager; minimizing and maximizing not.
     void listFocusAndActWithoutAWindowManager()
     {
         namespace platform = zelmor::platform;
-        auto a = makeWindow(QStringLiteral("Bare A é"), QRect(100, 100, 300, 200));
-        auto b = makeWindow(QStringLiteral("Bare B"), QRect(150, 150, 300, 200));
+        using zelmor::test::makeSolidWindow;
+        auto a = makeSolidWindow(QStringLiteral("Bare A é"), Qt::red, QRect(100, 100, 300, 200));
+        auto b = makeSolidWindow(QStringLiteral("Bare B"), Qt::blue, QRect(150, 150, 300, 200));
         QVERIFY(QTest::qWaitForWindowExposed(a.get()));
         QVERIFY(QTest::qWaitForWindowExposed(b.get()));
         QTRY_VERIFY(zelmor::test::windowIndex(a->windowTitle()) >= 0 &&

@@ -46,13 +46,10 @@ template <typename T> void answerWhenShown(std::function<void(T*)> answer)
 {
     auto* poll = new QTimer(qApp);
     QObject::connect(poll, &QTimer::timeout, [poll, answer] {
-        for (QWidget* w : QApplication::topLevelWidgets()) {
-            auto* shown = qobject_cast<T*>(w);
-            if (!shown || !shown->isVisible()) continue;
+        if (T* shown = test::shownTopLevel<T>()) {
             poll->deleteLater();
             poll->stop();
             answer(shown);
-            return;
         }
     });
     poll->start(10);

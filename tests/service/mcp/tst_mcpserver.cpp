@@ -77,13 +77,6 @@ QList<int> replyIds(const QList<QJsonObject>& replies)
     return ids;
 }
 
-QString mcpExecutable()
-{
-    const QString dir = qEnvironmentVariable("ZELMOR_BIN_DIR");
-    return (dir.isEmpty() ? QCoreApplication::applicationDirPath() + "/../bin" : dir) +
-           "/zelmor-mcp";
-}
-
 // Standard input of this process replaced by a pipe the test writes, for the reader.
 struct PipedStdin
 {
@@ -380,9 +373,10 @@ private slots:
         QFETCH(bool, readerGone);
         QProcess mcp;
         if (readerGone) // its output goes to a reader that is gone at once
-            mcp.start("bash", {"-c", "\"$0\" | true; exit \"${PIPESTATUS[0]}\"", mcpExecutable()});
+            mcp.start("bash",
+                      {"-c", "\"$0\" | true; exit \"${PIPESTATUS[0]}\"", mcpExecutablePath()});
         else
-            mcp.start(mcpExecutable(), {});
+            mcp.start(mcpExecutablePath(), {});
         mcp.write(input);
         mcp.closeWriteChannel();
         QVERIFY(mcp.waitForFinished(60000));
@@ -426,7 +420,7 @@ private slots:
         env.insert("XDG_CONFIG_HOME", home.filePath("config"));
         env.insert("XDG_DATA_HOME", home.filePath("data"));
         mcp.setProcessEnvironment(env);
-        mcp.start(mcpExecutable(), {});
+        mcp.start(mcpExecutablePath(), {});
         mcp.write(request(1, "tools/call",
                           {{"name", "ocr"},
                            {"arguments", QJsonObject{{"path", home.filePath("shot.png")}}}}) +

@@ -80,18 +80,4 @@ inline std::unique_ptr<QWidget> makeSolidWindow(const QString& title, const QCol
     return w;
 }
 
-// Starts another application with one focused window of that title, and returns once the window
-// is shown and its focus request sent; it runs until deleted.
-inline std::unique_ptr<QProcess> startForeignWindow(const QString& title, const QRect& geometry)
-{
-    auto process = std::make_unique<QProcess>();
-    process->start(QCoreApplication::applicationDirPath() + QStringLiteral("/zelmor-test-window"),
-                   {title, QString::number(geometry.x()), QString::number(geometry.y()),
-                    QString::number(geometry.width()), QString::number(geometry.height())});
-    QByteArray said;
-    while (!said.contains("shown") && process->waitForReadyRead(10000))
-        said += process->readAllStandardOutput();
-    return process;
-}
-
 } // namespace zelmor::test

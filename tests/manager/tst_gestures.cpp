@@ -1,6 +1,7 @@
 #include "DesktopDriver.h"
 #include "TestMain.h"
 #include "TestSupport.h"
+#include "UiFixture.h"
 
 #include "core/Toast.h"
 #include "manager/ActionManager.h"
@@ -148,13 +149,12 @@ private Q_SLOTS:
     // Another program's line edit, whose context menu says so on its output.
     void rightClickOpensTheWindowsOwnMenuAndDoesNothing()
     {
-        const QRect line(1000, 600, 300, 40);
-        const auto other = zelmor::test::startForeignWindow(QStringLiteral("Menu owner"), line);
+        zelmor::test::UiFixture other(QStringLiteral("Menu owner"), QRect(1000, 600, 300, 240));
+        QVERIFY(other.focusedHandle());
         QSignalSpy detected(gestures(), &MouseGestureService::gestureDetected);
-        press({line.center()});
+        press({other.where(QStringLiteral("Line")).center()});
         release();
-        QByteArray said;
-        QTRY_VERIFY((said += other->readAllStandardOutput()).contains("menu"));
+        QTRY_VERIFY(other.saw(QStringLiteral("menu")));
         QCOMPARE(detected.size(), 0);
     }
 

@@ -1,6 +1,7 @@
 #include "DesktopDriver.h"
 #include "TestMain.h"
 #include "TestSupport.h"
+#include "UiFixture.h"
 
 #include "app/HotkeyBindings.h"
 #include "core/ConfigManager.h"
@@ -36,13 +37,13 @@ class TestHotkeys : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<QProcess> m_focused; // another application's window has the focus
+    std::unique_ptr<UiFixture> m_focused; // another application's window has the focus
 
 private Q_SLOTS:
     void initTestCase()
     {
-        m_focused = test::startForeignWindow(QStringLiteral("Focused elsewhere"),
-                                             QRect(100, 100, 300, 200));
+        m_focused = std::make_unique<UiFixture>(QStringLiteral("Focused elsewhere"),
+                                                QRect(100, 100, 300, 240));
         QTRY_COMPARE_WITH_TIMEOUT(service::capture::foregroundWindow().title,
                                   QStringLiteral("Focused elsewhere"), 10000);
     }
@@ -116,8 +117,7 @@ private Q_SLOTS:
     // From the hotkey through the region, the strip and the editor to the exported file.
     void hotkeyToExportedGif()
     {
-        const auto program =
-            test::startForeignWindow("Recorded program", QRect(200, 200, 500, 300));
+        UiFixture program("Recorded program", QRect(200, 200, 500, 300));
         QTRY_COMPARE_WITH_TIMEOUT(service::capture::foregroundWindow().title,
                                   QString("Recorded program"), 10000);
         const QRect field = service::capture::foregroundWindow().rect.adjusted(40, 60, -40, -40);
@@ -193,8 +193,6 @@ private Q_SLOTS:
         QVERIFY(ticked.wait());
         QCOMPARE(chips->text(), QString());
         recording->cancel();
-        program->kill();
-        program->waitForFinished();
     }
 };
 

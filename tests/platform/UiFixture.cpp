@@ -5,7 +5,8 @@
 //                          "NAME 1" to "NAME COUNT" when COUNT > 1. KIND: label, edit, button,
 //                          hidden (a button never shown), echo (a label showing NAME and then
 //                          the first window's text)
-// Each window, once on screen, is announced as "shown TITLE".
+// Each window, once on screen, is announced as "shown TITLE"; a menu of its own, such as the
+// line's context menu, as "menu".
 //   zelmor-ui-fixture TITLE X Y WIDTH HEIGHT
 
 #include <QApplication>
@@ -14,6 +15,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
 #include <QSlider>
 #include <QSocketNotifier>
@@ -54,6 +56,16 @@ void announceWhenShown(QWidget* window, bool activate)
     poll->start(10);
 }
 
+class MenuReporter : public QObject
+{
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Show && qobject_cast<QMenu*>(watched)) report("menu");
+        return false;
+    }
+};
+
 class KeyReporter : public QObject
 {
 protected:
@@ -73,11 +85,14 @@ protected:
 int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
+    MenuReporter menus;
+    app.installEventFilter(&menus);
     QWidget window;
     window.setWindowTitle(argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral("Fixture"));
     auto* layout = new QVBoxLayout(&window);
 
     auto* edit = new QLineEdit;
+    edit->setAccessibleName(QStringLiteral("Line"));
     KeyReporter keys;
     edit->installEventFilter(&keys);
     QObject::connect(edit, &QLineEdit::textChanged, [](const QString& t) { report("text " + t); });

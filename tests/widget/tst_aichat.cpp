@@ -24,8 +24,8 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
-#include <QProcess>
 #include <QPushButton>
+#include <QRandomGenerator>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -40,6 +40,7 @@ using manager::TaskManager;
 using service::ai::ChatSession;
 using service::history::HistoryService;
 using widget::AiChatPanel;
+using widget::TaskNotificationToast;
 
 namespace {
 
@@ -103,10 +104,7 @@ class TestAiChat : public QObject
     }
 
     static TaskManager& tasks() { return TaskManager::instance(); }
-    static widget::TaskNotificationToast& card()
-    {
-        return widget::TaskNotificationToast::instance();
-    }
+    static TaskNotificationToast& card() { return TaskNotificationToast::instance(); }
     static TaskItem lastTask() { return tasks().tasks().last(); }
     static qsizetype aiRows()
     {
@@ -142,8 +140,8 @@ private Q_SLOTS:
         m_actions = std::make_unique<manager::ActionManager>(&m_window);
     }
 
-    // A first run has only the new chat, and names the endpoint, the model and the hotkey
-    // that are really in use.
+    // A first run has only the new chat, names the endpoint, the model and the hotkey that
+    // are really in use, and gives the message box the focus.
     void firstRunNamesWhatIsInUse()
     {
         m_actions->aiChat();
@@ -154,10 +152,8 @@ private Q_SLOTS:
         QVERIFY(label("providerInfoLabel").endsWith(m_server.baseUrl() + "/v1/chat/completions"));
         QCOMPARE(static_cast<QComboBox*>(child("modelSelect"))->currentText(), QStringLiteral("m"));
         QVERIFY(label("attachInfo").contains(core::ConfigManager::instance().hotkeyRegion()));
+        QTRY_COMPARE(QApplication::focusWidget(), child("chatInput"));
     }
-
-    // Typing on the freshly opened page writes a message.
-    void messageBoxHasTheFocus() { QTRY_COMPARE(QApplication::focusWidget(), child("chatInput")); }
 
     void pastedPictureIsSentAndTheAnswerRendered()
     {
@@ -239,7 +235,6 @@ private Q_SLOTS:
                                  8000);
         QCOMPARE(bubbles(panel(), "bubbleSystem").mid(before), systemLines);
         QCOMPARE(current(panel())->messages.size(), kept + 1 + keptMessages);
-        QCOMPARE(current(panel())->messages.at(kept).role, QStringLiteral("user"));
     }
 
     void answerGoesToTheSessionItWasAskedIn()
@@ -260,16 +255,28 @@ private Q_SLOTS:
             if (s.id == asked) QCOMPARE(s.messages.last().text, QStringLiteral("for the first"));
     }
 
-    // A long answer shows its start in the bubble, is kept whole, and opens whole.
-    void longAnswerOpensWholeInAViewer()
+    // A long answer at the end of a tool round shows its start in the bubble, with the view at
+    // its end also when keeping it takes longer than laying it out (a noisy screenshot in the
+    // session is slow to encode); it is kept whole, and opens whole.
+    void longAnswerAfterAToolRound()
     {
+        QImage screenshot(1920, 1080, QImage::Format_RGB32);
+        QRandomGenerator::global()->fillRange(reinterpret_cast<quint32*>(screenshot.bits()),
+                                              screenshot.sizeInBytes() / 4);
+        panel()->onCaptureForChat(QPixmap::fromImage(screenshot));
         const QString answer = QStringLiteral("a line of a long answer\n").repeated(4000).trimmed();
+        m_server.enqueue(200, test::openAiToolReply({{"ping", QJsonObject()}}));
         m_server.enqueue(200, test::openAiReply(answer));
         type(QStringLiteral("long"));
         QVERIFY(pressEnter());
-        QTRY_VERIFY(child("btnShowAll"));
+        QTRY_VERIFY_WITH_TIMEOUT(child("btnShowAll"), 8000);
         QVERIFY(bubbles(panel()).last().size() < answer.size() / 4);
         QCOMPARE(current(panel())->messages.last().text, answer);
+        QWidget* page = child("scrollWidget");
+        QTRY_VERIFY(child("btnShowAll")->isVisible() &&
+                    page->height() == page->heightForWidth(page->width()));
+        QScrollBar* bar = panel()->findChild<QScrollArea*>("aiScrollArea")->verticalScrollBar();
+        QTRY_COMPARE(bar->value(), bar->maximum());
         static_cast<QPushButton*>(child("btnShowAll"))->click();
         widget::ChatTextViewer* viewer = nullptr;
         QTRY_VERIFY((viewer = test::shownTopLevel<widget::ChatTextViewer>()));
@@ -296,7 +303,6 @@ private Q_SLOTS:
         QVERIFY(pressEnter());
         QTRY_VERIFY(panel()->thinking());
         QTRY_VERIFY(!panel()->thinking());
-        QCOMPARE(m_server.requests().size(), 2);
         QCOMPARE(bubbles(panel(), "bubbleSystem").last(),
                  QStringLiteral("Request failed: Cancelled"));
         QTest::qWait(300);
@@ -359,10 +365,7 @@ private Q_SLOTS:
         QCOMPARE(dialog->text(), QStringLiteral("Total: 42"));
         Q_EMIT dialog->chatRequested(QStringLiteral("note text"));
         QTRY_VERIFY(m_window.isVisible());
-        const QList<QFrame*> asked =
-            m_window.aiChatPanel()->findChildren<QFrame*>(QStringLiteral("bubbleUser"));
-        QVERIFY(
-            asked.last()->findChild<QLabel*>()->text().endsWith(QStringLiteral("<br>note text")));
+        QVERIFY(bubbles(panel(), "bubbleUser").last().endsWith(QStringLiteral("<br>note text")));
         m_window.hide();
 
         // The dialog acts on the edited text; copying keeps it open, pinning closes it.
@@ -505,14 +508,11 @@ private Q_SLOTS:
         tasks().updateTask(first, TaskItem::Finished, QStringLiteral("done"), QString());
         QVERIFY(QTest::qWaitForWindowExposed(&card()));
 
-        const QPoint inside = card().geometry().center();
-        QProcess::execute(
-            QStringLiteral("xdotool"),
-            QStringLiteral("mousemove %1 %2").arg(inside.x()).arg(inside.y()).split(' '));
+        QVERIFY(test::moveTo(card().geometry().center()));
         QTRY_VERIFY(card().underMouse());
         tasks().updateTask(second, TaskItem::Finished, QString(), QString());
         QVERIFY(!card().hideTimerActive());
-        QProcess::execute(QStringLiteral("xdotool"), QStringLiteral("mousemove 10 10").split(' '));
+        QVERIFY(test::moveTo(QPoint(10, 10)));
         QTRY_VERIFY(card().hideTimerActive());
     }
 };

@@ -165,10 +165,6 @@ private slots:
                      last.last() == (scroll == Scroll::Still ? first.last() : kLines);
         for (qsizetype i = 1; i < lines.size(); ++i)
             whole = whole && lines[i] == lines[i - 1] + 1;
-        // The caret that blinks in the rows both frames share, and the overlay scroll bar that
-        // shows and fades at the edge after each step, make the stitcher reject the step.
-        for (const char* row : {"GTK wheel", "GTK page down", "GTK by itself"})
-            QEXPECT_FAIL(row, "the GTK view's caret and scroll bar indicator change", Abort);
         QVERIFY2(whole && endedByItself,
                  qPrintable(QString("shown first %1, last %2; ended by itself: %3; stitched: %4")
                                 .arg(joined(first.mid(0, 1)), joined(last.mid(last.size() - 1)))

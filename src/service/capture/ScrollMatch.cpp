@@ -16,7 +16,10 @@ constexpr int kMinVotes = 3;
 constexpr size_t kCandidates = 4;
 // Pieces that occur once per frame; fewer leave nothing to tell a leap from a blank page.
 constexpr int kMinDistinct = 12;
-// Shared rows may differ in this share of their pieces: a caret, a scroll bar's thumb.
+// A row that differs in no more pixels than this is the same row under a caret or a scroll
+// bar's thumb.
+constexpr int kFewPixels = 8;
+// Shared rows may differ in more than that in this share of them: a tooltip, a hover.
 constexpr int kMaxMismatchPercent = 10;
 // A change confined to this share of the height is in place (a caret, a clock), not a scroll.
 constexpr int kLocalChangeShare = 8;
@@ -78,21 +81,27 @@ Ballot vote(const FrameRows& reference, const FrameRows& current, int top, int b
     return ballot;
 }
 
-// Whether nearly all pieces with something on them, in the rows the two frames share when
-// moved by `rows`, are the same.
+// Whether nearly all rows with something on them that the two frames share when moved by
+// `rows` are the same, but for a few pixels.
 bool sharedRowsAgree(const FrameRows& reference, const FrameRows& current, int top, int bottom,
                      int rows)
 {
-    qint64 compared = 0;
-    qint64 differing = 0;
-    for (int row = std::max(top, top - rows); row < std::min(bottom, bottom - rows); ++row)
+    int compared = 0;
+    int differing = 0;
+    for (int row = std::max(top, top - rows); row < std::min(bottom, bottom - rows); ++row) {
+        bool blank = true;
+        int pixels = 0;
         for (int stripe = 0; stripe < current.stripes(); ++stripe) {
-            if (current.flat(row, stripe) && reference.flat(row + rows, stripe) &&
-                current.cell(row, stripe) == reference.cell(row + rows, stripe))
-                continue;
-            ++compared;
-            if (current.cell(row, stripe) != reference.cell(row + rows, stripe)) ++differing;
+            blank = blank && current.flat(row, stripe) && reference.flat(row + rows, stripe);
+            if (pixels <= kFewPixels &&
+                current.cell(row, stripe) != reference.cell(row + rows, stripe))
+                pixels += current.differingPixels(row, stripe, reference, row + rows,
+                                                  kFewPixels + 1 - pixels);
         }
+        if (blank && pixels == 0) continue;
+        ++compared;
+        if (pixels > kFewPixels) ++differing;
+    }
     return compared > 0 && differing * 100 <= compared * kMaxMismatchPercent;
 }
 
@@ -117,7 +126,7 @@ std::vector<int> agreeingCandidates(const Ballot& ballot, const FrameRows& refer
 } // namespace
 
 FrameRows::FrameRows(const QImage& frame, int width)
-    : m_height(frame.height()), m_width(std::clamp(width, 0, frame.width())),
+    : m_frame(frame), m_height(frame.height()), m_width(std::clamp(width, 0, frame.width())),
       m_stripes(std::clamp(m_width / kStripeWidth, 1, kMaxStripes))
 {
     m_cells.resize(size_t(m_height) * size_t(m_stripes));
@@ -143,6 +152,17 @@ bool FrameRows::sameRow(int row, const FrameRows& other, int otherRow) const
 {
     return std::equal(m_cells.begin() + row * m_stripes, m_cells.begin() + (row + 1) * m_stripes,
                       other.m_cells.begin() + otherRow * m_stripes);
+}
+
+int FrameRows::differingPixels(int row, int stripe, const FrameRows& other, int otherRow,
+                               int enough) const
+{
+    const auto* mine = reinterpret_cast<const quint32*>(m_frame.constScanLine(row));
+    const auto* theirs = reinterpret_cast<const quint32*>(other.m_frame.constScanLine(otherRow));
+    int count = 0;
+    for (int x = stripe * m_width / m_stripes; x < (stripe + 1) * m_width / m_stripes; ++x)
+        if (mine[x] != theirs[x] && ++count >= enough) break;
+    return count;
 }
 
 Displacement findDisplacement(const FrameRows& reference, const FrameRows& current)

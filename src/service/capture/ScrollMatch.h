@@ -23,8 +23,12 @@ public:
     // One colour all along: such a piece tells nothing about where it is.
     bool flat(int row, int stripe) const { return m_flat[size_t(row * m_stripes + stripe)]; }
     bool sameRow(int row, const FrameRows& other, int otherRow) const;
+    // Pixels of the piece that differ from the other frame's piece, counted up to `enough`.
+    int differingPixels(int row, int stripe, const FrameRows& other, int otherRow,
+                        int enough) const;
 
 private:
+    QImage m_frame;
     int m_height = 0;
     int m_width = 0;
     int m_stripes = 0;

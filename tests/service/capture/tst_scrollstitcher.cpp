@@ -101,7 +101,7 @@ QImage frameAt(const QImage& page, int top, bool sticky = false)
 QImage pageOf(const QString& kind, int height)
 {
     if (kind == "dense light") return textPage(Qt::black, Qt::white, 1, height);
-    if (kind == "sparse light")
+    if (kind == "sparse light" || kind == "marked")
         return textPage(QColor(60, 60, 60), QColor(250, 250, 245), 3, height);
     if (kind == "dense dark") return textPage(QColor(210, 210, 210), QColor(30, 30, 36), 1, height);
     if (kind == "sparse dark") return textPage(QColor(140, 220, 140), Qt::black, 4, height);
@@ -153,6 +153,10 @@ private Q_SLOTS:
                 QTest::addRow("%s, step %d", page, step) << page << tops << kinds << 4 * step + h;
             }
         }
+        // A text view's caret and its overlay scroll bar's thumb change the rows both frames share.
+        QTest::newRow("caret and thumb")
+            << "marked" << Ints{0, 300, 600}
+            << steps({Step::Started, Step::Appended, Step::Appended}) << 600 + h;
         QTest::newRow("still frames")
             << "dense light" << Ints{0, 51, 51, 51, 51}
             << steps({Step::Started, Step::Appended, Step::Still, Step::Still, Step::Still})
@@ -176,11 +180,18 @@ private Q_SLOTS:
         QFETCH(Ints, steps);
         QFETCH(int, bottom);
         const bool sticky = page == "web";
+        const bool marked = page == "marked";
         const QImage source = pageOf(page, 5 * kRegion.height());
         ScrollStitcher stitcher(3);
         Ints seen;
         for (int top : tops) {
-            stitcher.addFrame(top < 0 ? QImage() : frameAt(source, top, sticky));
+            QImage frame = top < 0 ? QImage() : frameAt(source, top, sticky);
+            if (marked && top > 0) {
+                QPainter painter(&frame);
+                painter.fillRect(38, 10, 1, 17, Qt::black);
+                painter.fillRect(kRegion.width() - 5, 11, 3, 56, Qt::gray);
+            }
+            stitcher.addFrame(frame);
             seen << int(stitcher.lastStep());
         }
         QCOMPARE(seen, steps);

@@ -56,25 +56,21 @@ void announceWhenShown(QWidget* window, bool activate)
     poll->start(10);
 }
 
-class MenuReporter : public QObject
+// The line's keys, and every menu of this program as it opens.
+class Reporter : public QObject
 {
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        if (event->type() == QEvent::Show && qobject_cast<QMenu*>(watched)) report("menu");
-        return false;
-    }
-};
+public:
+    QObject* line = nullptr;
 
-class KeyReporter : public QObject
-{
 protected:
-    bool eventFilter(QObject*, QEvent* e) override
+    bool eventFilter(QObject* watched, QEvent* e) override
     {
         const auto* key = static_cast<QKeyEvent*>(e);
-        if (e->type() == QEvent::KeyPress)
+        if (e->type() == QEvent::Show && qobject_cast<QMenu*>(watched))
+            report(QStringLiteral("menu"));
+        else if (watched == line && e->type() == QEvent::KeyPress)
             report(QStringLiteral("key %1").arg(key->key()));
-        else if (e->type() == QEvent::KeyRelease && !key->isAutoRepeat())
+        else if (watched == line && e->type() == QEvent::KeyRelease && !key->isAutoRepeat())
             report(QStringLiteral("release %1").arg(key->key()));
         return false;
     }
@@ -85,16 +81,15 @@ protected:
 int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
-    MenuReporter menus;
-    app.installEventFilter(&menus);
+    Reporter reporter;
+    app.installEventFilter(&reporter);
     QWidget window;
     window.setWindowTitle(argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral("Fixture"));
     auto* layout = new QVBoxLayout(&window);
 
     auto* edit = new QLineEdit;
     edit->setAccessibleName(QStringLiteral("Line"));
-    KeyReporter keys;
-    edit->installEventFilter(&keys);
+    reporter.line = edit;
     QObject::connect(edit, &QLineEdit::textChanged, [](const QString& t) { report("text " + t); });
     auto* save = new QPushButton(QStringLiteral("Save"));
     auto* count = new QSpinBox;

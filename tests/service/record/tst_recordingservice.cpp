@@ -101,7 +101,6 @@ private slots:
         QTest::addColumn<QSize>("frame");
         QTest::newRow("wide") << QSize(3000, 1000) << QSize(1920, 640);
         QTest::newRow("odd sides") << QSize(3, 801) << QSize(2, 800);
-        QTest::newRow("one pixel") << QSize(1, 1) << QSize(2, 2);
         QTest::newRow("tall") << QSize(500, 4000) << QSize(240, 1920);
     }
     void outputSize()

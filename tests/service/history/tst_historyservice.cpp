@@ -260,14 +260,6 @@ private Q_SLOTS:
         if (damage == "locked")
             QCOMPARE(RawDb(m_path).run("SELECT path FROM items"), QStringList{"/kept"});
     }
-
-    void takenConnectionNameIsNotStolen()
-    {
-        HistoryService second(m_dir.filePath("other.db"), QString("store-%1").arg(m_count));
-        QCOMPARE(second.insert(QPixmap(1, 1), "/b", HistoryCategory::Ai), -1);
-        QVERIFY(!QFile::exists(m_dir.filePath("other.db")));
-        QVERIFY(m_store->insert(QPixmap(1, 1), "/a", HistoryCategory::Ai) > 0);
-    }
 };
 
 ZELMOR_TEST_MAIN(TestHistoryService, QGuiApplication)

@@ -45,7 +45,7 @@ function startProbe() {
   return { probe, lines, waitFor };
 }
 
-// A white line edit of another (Linux) program at a known place.
+// A white window of another (Linux) program at a known place.
 const marker = spawn(markerProgram, ["Wine marker", "200", "200", "400", "100"]);
 await once(marker.stdout, "data");
 

@@ -227,10 +227,14 @@ QString ConfigManager::hotkey(const char* name) const
     return m_settings.value(QStringLiteral("hotkeys/") + QLatin1String(name), fallback).toString();
 }
 
+// Compared with the key in effect: a default cleared before it was ever stored is stored
+// empty, or it would come back.
 void ConfigManager::setHotkey(const char* name, const QString& sequence)
 {
-    if (writeIfChanged(QStringLiteral("hotkeys/") + QLatin1String(name), sequence, true))
-        Q_EMIT hotkeysChanged();
+    if (hotkey(name) == sequence) return;
+    m_settings.setValue(QStringLiteral("hotkeys/") + QLatin1String(name), sequence);
+    m_settings.sync();
+    Q_EMIT hotkeysChanged();
 }
 
 int ConfigManager::gifFps() const

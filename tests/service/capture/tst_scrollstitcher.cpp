@@ -14,6 +14,7 @@ namespace {
 const QSize kRegion(320, 600);
 constexpr int kLinePitch = 17;
 constexpr int kHeaderRows = 44;
+constexpr int kFooterRows = 30;
 const QString kPhoto = "/usr/share/matplotlib/mpl-data/sample_data/grace_hopper.jpg";
 
 QStringList licenceLines()
@@ -40,7 +41,8 @@ QImage textPage(QColor ink, QColor paper, int every, int height)
     return page;
 }
 
-// A web page: headings, paragraphs and pictures (the photo, small), under a sticky header.
+// A web page: headings, paragraphs and pictures (the photo, small), shown between a sticky
+// header and footer.
 QImage webContent(int height)
 {
     QImage page = textPage(QColor(40, 40, 40), QColor(255, 255, 255), 1, height);
@@ -53,14 +55,14 @@ QImage webContent(int height)
     return page;
 }
 
-QImage header()
+QImage bar(int rows, const char* text)
 {
-    QImage bar(kRegion.width(), kHeaderRows, QImage::Format_RGB32);
+    QImage bar(kRegion.width(), rows, QImage::Format_RGB32);
     bar.fill(QColor(30, 60, 120));
     QPainter painter(&bar);
     painter.setPen(Qt::white);
-    painter.setFont(QFont("DejaVu Sans", 14, QFont::Bold));
-    painter.drawText(bar.rect(), Qt::AlignCenter, "Release notes");
+    painter.setFont(QFont("DejaVu Sans", 12, QFont::Bold));
+    painter.drawText(bar.rect(), Qt::AlignCenter, text);
     return bar;
 }
 
@@ -81,15 +83,17 @@ QImage repetitivePage(int height)
     return page;
 }
 
-// What a region `rows` tall shows when the page's row `top` is at its top (under the header,
-// if there is one).
+// What a region `rows` tall shows when the page's row `top` is at its top (between a sticky
+// header and footer, if there are).
 QImage shown(const QImage& page, int top, int rows, bool sticky)
 {
     if (!sticky) return page.copy(0, top, kRegion.width(), rows);
     QImage frame(kRegion.width(), rows, QImage::Format_RGB32);
     QPainter painter(&frame);
-    painter.drawImage(0, 0, header());
-    painter.drawImage(0, kHeaderRows, page, 0, top, kRegion.width(), rows - kHeaderRows);
+    painter.drawImage(0, 0, bar(kHeaderRows, "Release notes"));
+    painter.drawImage(0, kHeaderRows, page, 0, top, kRegion.width(),
+                      rows - kHeaderRows - kFooterRows);
+    painter.drawImage(0, rows - kFooterRows, bar(kFooterRows, "Accept cookies?"));
     return frame;
 }
 
@@ -142,7 +146,7 @@ private Q_SLOTS:
         const int h = kRegion.height();
         for (const char* page :
              {"dense light", "sparse light", "dense dark", "sparse dark", "web", "photo"}) {
-            const int moving = h - (page == QByteArray("web") ? kHeaderRows : 0);
+            const int moving = h - (page == QByteArray("web") ? kHeaderRows + kFooterRows : 0);
             for (int step : {1, 3 * kLinePitch, moving / 2, moving * 9 / 10}) {
                 Ints tops{0};
                 Ints kinds{int(Step::Started)};

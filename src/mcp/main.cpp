@@ -43,6 +43,16 @@ bool findDisplay()
     return display;
 }
 
+QtMessageHandler qtMessageHandler = nullptr;
+
+// Qt warns when a client starts us without a runtime folder, and then makes a private one:
+// nothing a client's user can act on.
+void reportFaults(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    if (!message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set")))
+        qtMessageHandler(type, context, message);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -50,6 +60,7 @@ int main(int argc, char** argv)
     // Protocol lines alone may reach the client; whatever else prints goes to stderr.
     const int protocolOutput = platform::reserveStandardOutput();
     platform::survivePeerClosingOutput();
+    qtMessageHandler = qInstallMessageHandler(reportFaults);
     QCoreApplication::setOrganizationName(QStringLiteral("Zelmor"));
     QCoreApplication::setApplicationName(QStringLiteral("Zelmor"));
     QCoreApplication::setApplicationVersion(QStringLiteral(ZELMOR_VERSION));

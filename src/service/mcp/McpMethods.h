@@ -29,7 +29,9 @@ struct McpAnswer
 
 McpAnswer answerMcpRequest(const QString& method, const QJsonObject& params);
 
-QJsonObject mcpErrorObject(int code, const QString& message, const QJsonValue& data = {});
+// `data` is left out unless given; a null given is sent as null.
+QJsonObject mcpErrorObject(int code, const QString& message,
+                           const QJsonValue& data = QJsonValue(QJsonValue::Undefined));
 
 // Newest first; the first is offered to handshake clients asking for a version not listed.
 const QStringList& handshakeProtocolVersions();

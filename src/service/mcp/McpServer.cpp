@@ -5,6 +5,7 @@
 #include "StdinReader.h"
 
 #include <QFile>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -39,12 +40,44 @@ Incoming readLine(const QByteArray& line)
     return in;
 }
 
+// Halves of surrogate pairs become U+FFFD.
+QString wellFormed(QString text)
+{
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate())
+            ++i;
+        else if (text[i].isSurrogate())
+            text[i] = QChar::ReplacementCharacter;
+    }
+    return text;
+}
+
+QJsonValue wellFormed(const QJsonValue& value)
+{
+    if (value.isString()) return wellFormed(value.toString());
+    if (value.isArray()) {
+        QJsonArray array;
+        for (const QJsonValue& item : value.toArray())
+            array.append(wellFormed(item));
+        return array;
+    }
+    if (!value.isObject()) return value;
+    QJsonObject object = value.toObject();
+    for (auto it = object.begin(); it != object.end(); ++it)
+        *it = wellFormed(it.value());
+    return object;
+}
+
 QByteArray reply(const QJsonValue& id, const QString& key, const QJsonObject& body)
 {
     const QJsonObject message{{QStringLiteral("jsonrpc"), QStringLiteral("2.0")},
                               {QStringLiteral("id"), id},
                               {key, body}};
-    return QJsonDocument(message).toJson(QJsonDocument::Compact);
+    const QByteArray json = QJsonDocument(message).toJson(QJsonDocument::Compact);
+    // Text a client sent comes back in answers, and half of a surrogate pair in it is no text to
+    // any decoder. Qt escapes only such halves, and writes a whole pair as UTF-8.
+    if (!json.contains("\\ud") && !json.contains("\\uD")) return json;
+    return QJsonDocument(wellFormed(message).toObject()).toJson(QJsonDocument::Compact);
 }
 
 QByteArray errorReply(const QJsonValue& id, int code, const QString& message)

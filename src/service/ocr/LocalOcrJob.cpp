@@ -2,6 +2,7 @@
 
 #include "platform/Memory.h"
 
+#include <QCoreApplication>
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentRun>
 
@@ -13,13 +14,24 @@ namespace {
 constexpr quint64 kBytesPerPixel = 16;
 constexpr quint64 kEngineBytes = 256ull << 20;
 
-// One thread: recognitions queue up behind each other and share one loaded engine. At exit
-// the pool waits for a recognition still running, which its job's destruction has cancelled.
+// One thread: recognitions queue up behind each other and share one loaded engine. The thread
+// and its engine end with the application object, after a recognition still running: before
+// the program's static objects, among them Tesseract's cache of the engine's language data.
 struct OcrWorker : QThreadPool
 {
-    OcrWorker() { setMaxThreadCount(1); }
+    OcrWorker()
+    {
+        setMaxThreadCount(1);
+        qAddPostRoutine(&endThread);
+    }
+    static void endThread();
 };
 Q_GLOBAL_STATIC(OcrWorker, ocrWorker)
+
+void OcrWorker::endThread()
+{
+    ocrWorker()->waitForDone();
+}
 
 LocalOcrEngine& engineFor(const QString& languages)
 {

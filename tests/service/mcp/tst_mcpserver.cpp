@@ -283,6 +283,7 @@ private slots:
         QCOMPARE(QJsonDocument(QJsonArray{replies[0]["id"]}).toJson(QJsonDocument::Compact),
                  "[" + id + "]");
         QVERIFY(!replies[0].contains("result"));
+        QVERIFY(!replies[0]["error"].toObject().contains("data"));
         QVERIFY(replies[1]["result"].isObject()); // the server lives on
     }
 
@@ -304,6 +305,10 @@ private slots:
             << R"("protocolVersion":"2025-06-18")"_ba;
         QTest::newRow("handshake era unchanged")
             << QByteArrayList{request(1, "tools/list")} << "!resultType"_ba;
+        // Half a surrogate pair would be no text once decoded.
+        QTest::newRow("lone surrogate echoed")
+            << QByteArrayList{request(1, "tools/call", {{"name", QString(QChar(0xd800))}})}
+            << "unknown tool: \uFFFD"_ba;
         // A known older version is kept, any other answered with the latest.
         for (const auto& [asked, answered] : {std::pair{"2024-11-05"_ba, "2024-11-05"_ba},
                                               std::pair{"2024-10-07"_ba, "2025-11-25"_ba}})
@@ -382,21 +387,27 @@ private slots:
     }
 
     // A recognition that waits on its provider is cut short. At the end of input the answer
-    // says so rather than passing for an empty text; a cancelled one is never answered.
-    void ocrCutShort_data()
+    // says so rather than passing for an empty text; a cancelled one is never answered. The
+    // local engine answers, then ends with the process. Standard error stays empty, even in a
+    // client's bare environment: clients show it to their user.
+    void ocr_data()
     {
+        QTest::addColumn<bool>("local");
         QTest::addColumn<QByteArray>("then");
         QTest::addColumn<QList<int>>("ids");
-        QTest::newRow("end of input") << QByteArray() << QList<int>{1};
+        QTest::newRow("end of input") << false << QByteArray() << QList<int>{1};
         QTest::newRow("cancelled")
+            << false
             << QByteArray(
                    R"({"jsonrpc":"2.0","method":"notifications/cancelled","params":{"requestId":1}})"
                    "\n" +
                    request(2, "tools/list") + '\n')
             << QList<int>{2};
+        QTest::newRow("local engine") << true << QByteArray() << QList<int>{1};
     }
-    void ocrCutShort()
+    void ocr()
     {
+        QFETCH(bool, local);
         QFETCH(QByteArray, then);
         QFETCH(QList<int>, ids);
         QTcpServer silentProvider; // takes the request and never answers
@@ -405,15 +416,19 @@ private slots:
         QVERIFY(QDir().mkpath(home.filePath("config/Zelmor")));
         QVERIFY(zelmor::test::writeFile(
             home.filePath("config/Zelmor/Zelmor.ini"),
-            "[ai]\nprovider=openai\napiKey=k\nmodel=m\nbaseUrl=http://127.0.0.1:" +
-                QByteArray::number(silentProvider.serverPort()) + "\n"));
-        QVERIFY(QImage(8, 8, QImage::Format_RGB32).save(home.filePath("shot.png")));
+            local ? "[ai]\nprovider=tesseract\nbaseUrl=-\nmodel=eng\n"_ba
+                  : "[ai]\nprovider=openai\napiKey=k\nmodel=m\nbaseUrl=http://127.0.0.1:" +
+                        QByteArray::number(silentProvider.serverPort()) + "\n"));
+        QImage shot(8, 8, QImage::Format_RGB32);
+        shot.fill(Qt::white);
+        QVERIFY(shot.save(home.filePath("shot.png")));
 
         QProcess mcp;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert("HOME", home.path());
         env.insert("XDG_CONFIG_HOME", home.filePath("config"));
         env.insert("XDG_DATA_HOME", home.filePath("data"));
+        env.remove("XDG_RUNTIME_DIR");
         mcp.setProcessEnvironment(env);
         mcp.start(mcpExecutablePath(), {});
         mcp.write(request(1, "tools/call",
@@ -421,14 +436,15 @@ private slots:
                            {"arguments", QJsonObject{{"path", home.filePath("shot.png")}}}}) +
                   '\n');
         QVERIFY(mcp.waitForBytesWritten());
-        QVERIFY(silentProvider.waitForNewConnection(30000));
+        QVERIFY(local ? mcp.waitForReadyRead(30000) : silentProvider.waitForNewConnection(30000));
         mcp.write(then);
         mcp.closeWriteChannel();
         QVERIFY(mcp.waitForFinished(30000));
         const QList<QJsonObject> replies = parseReplies(mcp.readAllStandardOutput());
         QCOMPARE(replyIds(replies), ids);
         const QString text = replies.first()["result"]["content"][0]["text"].toString();
-        QVERIFY2(ids.first() != 1 || text.startsWith("[error]"), qPrintable(text));
+        QVERIFY2(text.startsWith("[error]") == (ids.first() == 1 && !local), qPrintable(text));
+        QCOMPARE(mcp.readAllStandardError(), QByteArray());
     }
     // Each row: the file before (absent when null), the action, and what must hold after.
     void edits_data()

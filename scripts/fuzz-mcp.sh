@@ -23,7 +23,7 @@ fuzzer() {
     -o "$work/$name"
 }
 fuzzer mcp-fuzz tests/fuzz/mcp_message_fuzzer.cpp src/service/mcp/McpServer.cpp \
-  src/service/mcp/McpMethods.cpp
+  src/service/mcp/McpMethods.cpp src/service/mcp/CancellationWatch.cpp
 fuzzer mcp-args-fuzz tests/fuzz/mcp_tool_args_fuzzer.cpp src/service/mcp/McpTool.cpp \
   src/service/mcp/CaptureTools.cpp src/service/capture/AnnotationPainter.cpp \
   src/service/ai/AnnotationBox.cpp src/core/Utilities.cpp

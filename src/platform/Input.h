@@ -2,6 +2,7 @@
 
 #include "Geometry.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -44,7 +45,9 @@ bool sendKeys(const std::vector<KeyEvent>& events);
 unsigned virtualKeyForCharacter(char32_t character);
 
 // Types text as characters, whatever the keyboard layout, taking at least `delayMs` for each
-// character. Unpaired surrogates are skipped.
-bool typeText(const std::u16string& text, int delayMs = 5);
+// character. Unpaired surrogates are skipped. `stop`, when given, is asked before each
+// character, and typing ends as soon as it answers true.
+bool typeText(const std::u16string& text, int delayMs = 5,
+              const std::function<bool()>& stop = nullptr);
 
 } // namespace zelmor::platform

@@ -1,6 +1,8 @@
 // libFuzzer target for the tool server's message layer: framing, JSON-RPC checks, both
-// protocol eras and cancellations. Tool calls are held, never run: they drive the desktop.
+// protocol eras and cancellations, and the reader thread's watch for cancellations, fed the
+// input in two chunks. Tool calls are held, never run: they drive the desktop.
 
+#include "service/mcp/CancellationWatch.h"
 #include "service/mcp/McpServer.h"
 
 #include <QBuffer>
@@ -24,5 +26,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     server.holdToolCalls(true);
     server.receive(input);
     server.finish();
+
+    zelmor::service::mcp::CancellationWatch watch;
+    const qsizetype cut = input.isEmpty() ? 0 : std::uint8_t(input.front()) % (input.size() + 1);
+    watch.begin(1);
+    watch.scan(input.left(cut));
+    watch.scan(input.mid(cut));
+    watch.end();
     return 0;
 }

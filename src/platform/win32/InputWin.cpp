@@ -105,6 +105,7 @@ bool sendMouseButtons(const std::vector<ButtonEvent>& events)
 
 bool sendMouseWheel(int delta, bool horizontal)
 {
+    // The whole delta in one record, however many notches: the receiver gets one message.
     std::vector<INPUT> inputs{
         mouseInput(horizontal ? MOUSEEVENTF_HWHEEL : MOUSEEVENTF_WHEEL, DWORD(delta))};
     return send(inputs);
@@ -130,9 +131,9 @@ unsigned virtualKeyForCharacter(char32_t character)
     return result == -1 ? 0 : unsigned(result & 0xFF);
 }
 
-bool typeText(const std::u16string& text, int delayMs)
+bool typeText(const std::u16string& text, int delayMs, const std::function<bool()>& stop)
 {
-    for (std::size_t i = 0; i < text.size(); ++i) {
+    for (std::size_t i = 0; i < text.size() && !(stop && stop()); ++i) {
         const char16_t unit = text[i];
         std::vector<char16_t> units{unit};
         const bool high = unit >= 0xD800 && unit <= 0xDBFF;

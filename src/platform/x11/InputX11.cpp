@@ -200,7 +200,7 @@ unsigned virtualKeyForCharacter(char32_t character)
     return keycode ? x11::virtualKeyForKeysym(map.plainKeysym(keycode)) : 0;
 }
 
-bool typeText(const std::u16string& text, int delayMs)
+bool typeText(const std::u16string& text, int delayMs, const std::function<bool()>& stop)
 {
     X11Connection* x = injector();
     if (!x) return false;
@@ -215,7 +215,7 @@ bool typeText(const std::u16string& text, int delayMs)
     if (keys.empty()) return false;
 
     std::size_t typed = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
+    for (std::size_t i = 0; i < text.size() && !(stop && stop()); ++i) {
         char32_t c = text[i];
         if (c >= 0xD800 && c < 0xDC00 && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
             text[i + 1] < 0xE000)

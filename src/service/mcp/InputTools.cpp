@@ -8,6 +8,8 @@
 #include <QMimeData>
 #include <QThread>
 
+#include <cstdlib>
+#include <optional>
 #include <vector>
 
 namespace zelmor::service::mcp {
@@ -21,6 +23,10 @@ using platform::MouseButton;
 constexpr unsigned kControlKey = 0x11;
 constexpr unsigned kVKey = 0x56;
 constexpr int kTypingPauseMs = 10;
+// Typing 10,000 characters takes about four minutes; longer texts are refused, not cut.
+constexpr int kMaxTextLength = 10000;
+// X sends a wheel press per notch; past 5,000 notches a call would keep the display busy.
+constexpr int kMaxScrollDelta = 5000 * 120;
 
 QString text(const McpToolArgs& args, const char* key)
 {
@@ -56,6 +62,17 @@ McpToolResult success(McpToolResult result)
 {
     result.insert(QStringLiteral("success"), true);
     return result;
+}
+
+// Null when the text is there and not too long to type or paste.
+std::optional<McpToolResult> unusableText(const QString& text)
+{
+    if (text.isEmpty()) return mcpToolError(QStringLiteral("text cannot be empty"));
+    if (text.size() > kMaxTextLength)
+        return mcpToolError(QStringLiteral("text is %1 characters long, more than the %2 allowed")
+                                .arg(text.size())
+                                .arg(kMaxTextLength));
+    return std::nullopt;
 }
 
 McpToolResult sendKey(const McpToolArgs& args, bool down)
@@ -126,12 +143,16 @@ McpToolResult mouseMoveTool(const McpToolArgs& args)
 
 McpToolResult mouseScrollTool(const McpToolArgs& args)
 {
+    int delta = integer(args, "delta");
+    if (delta == 0) delta = -120;
+    if (std::abs(delta) > kMaxScrollDelta)
+        return mcpToolError(QStringLiteral("delta %1 is out of range: at most %2 either way")
+                                .arg(delta)
+                                .arg(kMaxScrollDelta));
     if (hasPoint(args)) {
         moveTo(integer(args, "x"), integer(args, "y"));
         QThread::msleep(20);
     }
-    int delta = integer(args, "delta");
-    if (delta == 0) delta = -120;
     // X moves the wheel in whole notches, so a part of one moves a whole one.
     platform::sendMouseWheel(delta);
     return success({{QStringLiteral("delta"), delta}});
@@ -192,18 +213,23 @@ McpToolResult sendHotkeyTool(const McpToolArgs& args)
 McpToolResult typeTextTool(const McpToolArgs& args)
 {
     const QString typed = text(args, "text");
-    if (typed.isEmpty()) return mcpToolError(QStringLiteral("text cannot be empty"));
+    if (auto refused = unusableText(typed)) return *refused;
     // X types a character at a time through a remapped key, so a surrogate pair is one key
     // press here (Windows sends two Unicode events). The pause around each press gives a busy
     // receiver time to read the remapping.
-    platform::typeText(typed.toStdU16String(), kTypingPauseMs);
+    const McpToolCancellation& cancellation = McpToolCancellation::instance();
+    platform::typeText(typed.toStdU16String(), kTypingPauseMs,
+                       [&cancellation] { return cancellation.isRequested(); });
+    if (cancellation.isRequested())
+        return mcpToolError(
+            QStringLiteral("typing stopped: the request was cancelled or input ended"));
     return success({{QStringLiteral("length"), int(typed.size())}});
 }
 
 McpToolResult pasteTextToFocusedTool(const McpToolArgs& args)
 {
     const QString pasted = text(args, "text");
-    if (pasted.isEmpty()) return mcpToolError(QStringLiteral("text cannot be empty"));
+    if (auto refused = unusableText(pasted)) return *refused;
     // On X the target fetches the text from this process once the caller's event loop runs
     // again, which it does as soon as the tool returns.
     QGuiApplication::clipboard()->setText(pasted, QClipboard::Clipboard);

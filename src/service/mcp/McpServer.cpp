@@ -136,6 +136,13 @@ void McpServer::attach(StdinReader* reader)
 {
     m_reader = reader;
     connect(reader, &StdinReader::dataReady, this, &McpServer::receive);
+    // Direct: these run on the reader's thread as the bytes come.
+    connect(
+        reader, &StdinReader::dataRead, this,
+        [this](const QByteArray& chunk) { m_watch.scan(chunk); }, Qt::DirectConnection);
+    connect(
+        reader, &StdinReader::inputEnded, this, [this] { m_watch.endOfInput(); },
+        Qt::DirectConnection);
 }
 
 void McpServer::receive(const QByteArray& chunk)
@@ -207,7 +214,9 @@ void McpServer::answerWaitingLines()
         m_lines.removeFirst();
         m_running = in.id;
         m_runningCancelled = false;
+        m_watch.begin(in.id);
         const QByteArray answered = replyTo(in);
+        if (m_watch.end()) m_runningCancelled = true;
         if (!answered.isEmpty() && !m_runningCancelled) write(answered);
     }
     m_running = QJsonValue(QJsonValue::Undefined);
@@ -230,6 +239,7 @@ void McpServer::noteCancellation(const QByteArray& line)
     if (target.isUndefined()) return;
     if (m_answering && m_running == target) {
         m_runningCancelled = true;
+        McpToolCancellation::instance().setRequested(true);
         emit McpToolCancellation::instance().requested();
         return;
     }

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "CancellationWatch.h"
+
 #include <QByteArray>
 #include <QByteArrayList>
 #include <QJsonValue>
 #include <QObject>
-#include <QSet>
 
 class QIODevice;
 
@@ -24,7 +25,9 @@ public:
     // Where reply lines go; standard output when never set. Not owned.
     void setOutput(QIODevice* output);
 
-    // Feeds the reader's chunks into receive(); the reader stays the caller's.
+    // Feeds the reader's chunks into receive(), and lets a running tool learn of its
+    // cancellation or of the end of input while it keeps this thread busy. The reader stays
+    // the caller's and must not outlive the server.
     void attach(StdinReader* reader);
 
     // Appends bytes and answers every whole line among them. A cancellation takes effect
@@ -50,11 +53,11 @@ private:
     void write(const QByteArray& line);
 
     QByteArray m_buffer;
-    qsizetype m_scanned = 0;   // leading bytes of m_buffer known to hold no newline
-    QByteArrayList m_lines;    // whole lines not yet answered, in order
-    QSet<QString> m_cancelled; // requests cancelled before their turn came
-    QJsonValue m_running;      // id of the request being answered
+    qsizetype m_scanned = 0; // leading bytes of m_buffer known to hold no newline
+    QByteArrayList m_lines;  // whole lines not yet answered, in order
+    QJsonValue m_running;    // id of the request being answered
     bool m_runningCancelled = false;
+    CancellationWatch m_watch;
     StdinReader* m_reader = nullptr;
     QIODevice* m_output = nullptr;
     bool m_skippingLine = false; // the rest of an oversized line is being dropped

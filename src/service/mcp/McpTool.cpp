@@ -7,9 +7,12 @@
 
 #include "core/Utilities.h"
 
+#include <QDeadlineTimer>
 #include <QGuiApplication>
 #include <QJsonArray>
+#include <QThread>
 
+#include <algorithm>
 #include <initializer_list>
 
 namespace zelmor::service::mcp {
@@ -134,7 +137,7 @@ QList<McpTool> buildTable()
         tool(
             "launch_app",
             "Launch an application, open a URL, or open a file using the default system "
-            "handler.",
+            "handler, then wait 1 s for it to come up.",
             [] {
                 return objectSchema({{"target", "string",
                                       "The URL, file path, or application command to launch "
@@ -187,7 +190,8 @@ QList<McpTool> buildTable()
                      {"y", "integer", "Y screen coordinate to move and click (optional)"},
                      {"button", "string", "Mouse button: 'left' (default), 'right', or 'middle'"},
                      {"clicks", "integer",
-                      "Number of clicks: 1 (single click, default) or 2 (double click)"}});
+                      "Number of clicks: 1 (single click, default) or 2 (double click), at "
+                      "most 3"}});
             },
             &mouseClickTool, Display),
         tool(
@@ -198,11 +202,15 @@ QList<McpTool> buildTable()
             },
             &mouseMoveTool, Display),
         tool(
-            "mouse_scroll", "Scroll the mouse wheel vertically (positive = up, negative = down).",
+            "mouse_scroll",
+            "Scroll the mouse wheel vertically (positive = up, negative = down), at most 600000 "
+            "(5000 notches) either way.",
             [] {
                 return objectSchema(
                     {{"delta", "integer",
-                      "Scroll amount (e.g., 120 for scroll up, -120 for scroll down)", Required},
+                      "Scroll amount (e.g., 120 for scroll up, -120 for scroll down), from "
+                      "-600000 to 600000",
+                      Required},
                      {"x", "integer", "X screen coordinate (optional)"},
                      {"y", "integer", "Y screen coordinate (optional)"}});
             },
@@ -210,10 +218,13 @@ QList<McpTool> buildTable()
         tool(
             "type_text",
             "Type text (supports unicode, Chinese, English, numbers, and symbols) into the "
-            "currently active window.",
+            "currently active window, at most 10000 characters at about 45 a second; cancelling "
+            "the request stops the typing.",
             [] {
                 return objectSchema(
-                    {{"text", "string", "The text content to type into the active window",
+                    {{"text", "string",
+                      "The text content to type into the active window (at most 10000 "
+                      "characters)",
                       Required}});
             },
             &typeTextTool, Display),
@@ -291,7 +302,7 @@ QList<McpTool> buildTable()
         tool(
             "find_ui_elements",
             "Search UIAutomation elements across the entire Windows desktop by name or control "
-            "type.",
+            "type. Returns at most 30; cancelling the request stops the search.",
             [] {
                 return objectSchema(
                     {{"name", "string", "Element name or title keyword to search", Required}});
@@ -340,7 +351,8 @@ QList<McpTool> buildTable()
         tool(
             "paste_text_to_focused",
             "Set text into Windows clipboard and simulate Ctrl+V to paste into the active "
-            "window instantly (100% reliable for Chinese text & symbols).",
+            "window instantly (100% reliable for Chinese text & symbols), at most 10000 "
+            "characters.",
             [] {
                 return objectSchema({{"text", "string",
                                       "Text to set to clipboard and paste via Ctrl+V", Required}});
@@ -358,7 +370,8 @@ QList<McpTool> buildTable()
                       Required},
                      {"hotkey", "string",
                       "Optional hotkey to send after focusing window (e.g. 'ctrl+f', 'enter')"},
-                     {"text", "string", "Optional text to paste via Ctrl+V"}});
+                     {"text", "string",
+                      "Optional text to paste via Ctrl+V (at most 10000 characters)"}});
             },
             &activateWindowAndPasteTool, Display),
         tool(
@@ -447,6 +460,15 @@ McpToolCancellation& McpToolCancellation::instance()
 {
     static McpToolCancellation cancellation;
     return cancellation;
+}
+
+bool mcpToolPause(int ms)
+{
+    const QDeadlineTimer until(ms);
+    McpToolCancellation& cancellation = McpToolCancellation::instance();
+    while (!cancellation.isRequested() && !until.hasExpired())
+        QThread::msleep(std::min<qint64>(until.remainingTime(), 10));
+    return !cancellation.isRequested();
 }
 
 } // namespace zelmor::service::mcp

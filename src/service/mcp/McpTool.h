@@ -6,6 +6,8 @@
 #include <QString>
 #include <QVariantMap>
 
+#include <atomic>
+
 namespace zelmor::service::mcp {
 
 using McpToolArgs = QVariantMap;
@@ -54,8 +56,20 @@ class McpToolCancellation : public QObject
 public:
     static McpToolCancellation& instance();
 
+    // Whether the tool running now should stop: its request was cancelled or input ended. Set
+    // from any thread, even while the tools' thread is busy; tools that loop ask it between
+    // steps.
+    bool isRequested() const { return m_requested; }
+    void setRequested(bool requested) { m_requested = requested; }
+
 signals:
     void requested();
+
+private:
+    std::atomic<bool> m_requested{false};
 };
+
+// Sleeps `ms`, waking early when the tool is to stop; false then.
+bool mcpToolPause(int ms);
 
 } // namespace zelmor::service::mcp

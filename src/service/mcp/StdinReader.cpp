@@ -40,6 +40,8 @@ void StdinReader::start()
     // Emitted on the worker's thread, so these reach the reader's thread queued, in order.
     connect(worker, &ReaderWorker::dataReady, this, &StdinReader::dataReady);
     connect(worker, &ReaderWorker::eof, this, &StdinReader::eof);
+    connect(worker, &ReaderWorker::dataReady, this, &StdinReader::dataRead, Qt::DirectConnection);
+    connect(worker, &ReaderWorker::eof, this, &StdinReader::inputEnded, Qt::DirectConnection);
     connect(&m_thread, &QThread::started, worker, &ReaderWorker::run);
     // The loop has ended by then; the thread has nothing more to do.
     connect(worker, &ReaderWorker::eof, &m_thread, &QThread::quit, Qt::DirectConnection);

@@ -38,6 +38,10 @@ public:
 signals:
     void dataReady(QByteArray chunk);
     void eof();
+    // The same two, emitted at once on the reading thread, for whoever must hear of them
+    // while the owner's thread is busy; receivers connect directly and are thread-safe.
+    void dataRead(QByteArray chunk);
+    void inputEnded();
 
 private:
     QThread m_thread;

@@ -41,11 +41,14 @@ QVariantMap describe(const UiElement& element)
 }
 
 // Walks every element of the other programs on the desktop in tree order, handing those whose
-// name holds the keyword, ignoring case, to `visit` until it returns false.
+// name holds the keyword, ignoring case, to `visit` until it returns false or the caller gives
+// up. Each name is a round trip to its program, so the walk can take long.
 void walkMatches(const QString& keyword,
                  const std::function<bool(const UiElement&, const QString& name)>& visit)
 {
+    const McpToolCancellation& cancellation = McpToolCancellation::instance();
     for (const UiElement& element : UiElement().descendants()) {
+        if (cancellation.isRequested()) return;
         const std::optional<std::string> name = element.name();
         if (!name) continue;
         const QString text = QString::fromStdString(*name);

@@ -139,7 +139,10 @@ McpToolResult activateWindowAndPasteTool(const McpToolArgs& args)
         QThread::msleep(60);
     }
     const QString text = argument(args, "text");
-    if (!text.isEmpty()) pasteTextToFocusedTool({{QStringLiteral("text"), text}});
+    if (!text.isEmpty()) {
+        const McpToolResult pasted = pasteTextToFocusedTool({{QStringLiteral("text"), text}});
+        if (pasted.value(QStringLiteral("isError")).toBool()) return pasted;
+    }
     return success({{QStringLiteral("title"), title}});
 }
 
@@ -156,8 +159,9 @@ McpToolResult launchAppTool(const McpToolArgs& args)
         // One program name looked up on the search path; a command line is not split.
         launched = QProcess::startDetached(target, {}, {});
     if (!launched) return mcpToolError(QStringLiteral("Failed to launch target: %1").arg(target));
-    // A fixed pause for the program to come up; nothing looks for its window.
-    QThread::msleep(1000);
+    // A fixed pause for the program to come up, cut short when the caller gives up; nothing
+    // looks for its window.
+    mcpToolPause(1000);
     return success({{QStringLiteral("text"),
                      QStringLiteral("Launched successfully: %1. App window is now ready for UI "
                                     "automation.")

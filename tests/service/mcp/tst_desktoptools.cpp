@@ -16,6 +16,8 @@
 #include <QClipboard>
 #include <QDir>
 #include <QImage>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPushButton>
@@ -181,6 +183,8 @@ private Q_SLOTS:
                                          << QStringList{"wheel -120", "wheel -120"};
         QTest::newRow("scroll part of a notch up")
             << "mouse_scroll" << QVariantMap{{"delta", 30}} << QStringList{"wheel 120"};
+        QTest::newRow("scroll 2000, 17 notches up")
+            << "mouse_scroll" << QVariantMap{{"delta", 2000}} << QStringList(17, "wheel 120");
         QTest::newRow("drag across")
             << "mouse_drag"
             << QVariantMap{{"startX", 40}, {"startY", -40}, {"endX", -57}, {"endY", 13}}
@@ -211,6 +215,50 @@ private Q_SLOTS:
             {{platform::MouseButton::Left, true}, {platform::MouseButton::Left, false}}));
         QTRY_COMPARE(recorder.events.size(), events.size() + 2);
         QCOMPARE(recorder.events.mid(0, events.size()), events);
+    }
+
+    // Typing keeps the server's thread busy, yet a cancellation or the end of input stops it
+    // between characters; what was cancelled is not answered, the next request is.
+    void typingStops_data()
+    {
+        QTest::addColumn<QByteArray>("then");
+        QTest::addColumn<int>("answered");
+        QTest::newRow("cancelled") << QByteArray(R"({"jsonrpc":"2.0","method":"notifications/)"
+                                                 R"(cancelled","params":{"requestId":1}})"
+                                                 "\n"
+                                                 R"({"jsonrpc":"2.0","id":2,"method":"ping"})"
+                                                 "\n")
+                                   << 2;
+        QTest::newRow("end of input") << QByteArray() << 1;
+    }
+    void typingStops()
+    {
+        QFETCH(QByteArray, then);
+        QFETCH(int, answered);
+        UiFixture& fixture = focusedFixture();
+        QProcess mcp;
+        mcp.start(qEnvironmentVariable("ZELMOR_BIN_DIR") + "/zelmor-mcp", {});
+        QVERIFY(mcp.waitForStarted());
+        const QJsonObject call{{"name", "type_text"},
+                               {"arguments", QJsonObject{{"text", QString(200, 'a')}}}};
+        mcp.write(QJsonDocument(
+                      {{"jsonrpc", "2.0"}, {"id", 1}, {"method", "tools/call"}, {"params", call}})
+                      .toJson(QJsonDocument::Compact) +
+                  '\n');
+        QTRY_VERIFY_WITH_TIMEOUT(!fixture.lastText().isEmpty(), 30000);
+        QTest::qWait(500);
+        mcp.write(then);
+        if (then.isEmpty()) mcp.closeWriteChannel();
+        QTRY_VERIFY_WITH_TIMEOUT(mcp.canReadLine(), 30000);
+        QCOMPARE(QJsonDocument::fromJson(mcp.readLine())["id"].toInt(), answered);
+        mcp.closeWriteChannel();
+        QVERIFY(mcp.waitForFinished(30000));
+        QCOMPARE(mcp.readAllStandardOutput(), QByteArray());
+        // A key of this process after the typing: all that was typed is in once it is.
+        callMcpTool("send_hotkey", {{"hotkey", "shift"}});
+        QTRY_VERIFY(fixture.saw(QStringLiteral("release %1").arg(Qt::Key_Shift)));
+        const QString typed = fixture.lastText();
+        QVERIFY2(typed.size() < 200 && typed == QString(typed.size(), 'a'), qPrintable(typed));
     }
 
     void hotkeyPressesInOrderAndReleasesInReverse()
@@ -432,6 +480,13 @@ private Q_SLOTS:
         QTest::newRow("key ab") << "key_down" << QVariantMap{{"key", " ab"}}
                                 << "unrecognized key: ab";
         QTest::newRow("no text to type") << "type_text" << QVariantMap{} << "text cannot be empty";
+        for (const char* tool : {"type_text", "paste_text_to_focused"})
+            QTest::addRow("%s, too long", tool)
+                << tool << QVariantMap{{"text", QString(10001, 'x')}}
+                << "text is 10001 characters long, more than the 10000 allowed";
+        QTest::newRow("scroll of a billion")
+            << "mouse_scroll" << QVariantMap{{"delta", 1e9}}
+            << "delta 1000000000 is out of range: at most 600000 either way";
         QTest::newRow("focus, blanks")
             << "focus_window" << QVariantMap{{"title", "  "}} << "title keyword cannot be empty";
         QTest::newRow("focus, no match") << "focus_window" << QVariantMap{{"title", " nope 4711 "}}

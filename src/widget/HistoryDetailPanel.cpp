@@ -2,13 +2,13 @@
 
 #include "ControlName.h"
 #include "core/Log.h"
+#include "core/PictureFile.h"
 #include "core/Utilities.h"
 
 #include <QCryptographicHash>
 #include <QFile>
 #include <QFileInfo>
 #include <QHBoxLayout>
-#include <QImageReader>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
@@ -210,14 +210,13 @@ void HistoryDetailPanel::clear()
 
 QPixmap HistoryDetailPanel::loadPicture(const QString& path, QString* tooLarge)
 {
-    const QPixmap pixmap(path);
-    const QSize size = pixmap.isNull() ? QImageReader(path).size() : QSize();
-    if (tooLarge && size.isValid())
+    core::DecodedPicture picture = core::decodePicture(path);
+    if (tooLarge && picture.fault == core::DecodedPicture::TooLarge)
         *tooLarge = tr("%1×%2 px is too large to open with the memory of this computer.",
                        "history.tooLarge")
-                        .arg(size.width())
-                        .arg(size.height());
-    return pixmap;
+                        .arg(picture.size.width())
+                        .arg(picture.size.height());
+    return QPixmap::fromImage(std::move(picture.image));
 }
 
 void HistoryDetailPanel::resizeEvent(QResizeEvent* event)

@@ -71,9 +71,9 @@ void openWithViewer(const QString& path)
 }
 
 // Writes the image in the format its new suffix names, so that "a.jpg" really is a JPEG.
-bool exportConverted(const QString& source, const QString& destination)
+bool exportConverted(const QString& source, const QString& destination, QString* tooLarge)
 {
-    const QImage image(source);
+    const QImage image = HistoryDetailPanel::loadPicture(source, tooLarge).toImage();
     if (image.isNull()) return false;
     QSaveFile file(destination);
     if (!file.open(QIODevice::WriteOnly)) return false;
@@ -484,14 +484,17 @@ void HistoryPanel::exportItem(qint64 id)
 
     const bool sameFormat = QFileInfo(source).suffix().compare(QFileInfo(destination).suffix(),
                                                                Qt::CaseInsensitive) == 0;
+    QString tooLarge;
     const bool saved = sameFormat ? HistoryService::instance().exportTo(id, destination)
-                                  : exportConverted(source, destination);
+                                  : exportConverted(source, destination, &tooLarge);
     if (saved)
         QMessageBox::information(this, tr("Export", "history.export.done.title"),
                                  tr("Saved to %1", "history.export.done.body").arg(destination));
     else
         QMessageBox::warning(this, tr("Export failed", "history.export.fail.title"),
-                             tr("Could not export the image.", "history.export.fail.body"));
+                             tooLarge.isEmpty()
+                                 ? tr("Could not export the image.", "history.export.fail.body")
+                                 : tooLarge);
 }
 
 void HistoryPanel::deleteItem(qint64 id)

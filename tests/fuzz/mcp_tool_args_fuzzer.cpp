@@ -30,6 +30,8 @@ const QStringList& vocabulary()
                           "text",  "rect",   "oval",  "arrow",    "line",     "pen",
                           "blur",  "number", "stamp", "#00FF00",  "*",        "\"",
                           "NEAR(", "/tmp",   ".."};
+        set << "/etc/hostname"
+            << "data:image/png;base64,"; // given pictures that are none
         for (const McpTool& tool : zelmor::service::mcp::mcpTools())
             for (const QString& key : keysOf(tool))
                 set.insert(key);

@@ -111,6 +111,23 @@ class TestHistoryPanel : public QObject
             if (b->text() == text) return b;
         return nullptr;
     }
+    // Exports the item shown to `target` and returns what the closing message said.
+    QString exportShown(const QString& target)
+    {
+        answerWhenShown<QFileDialog>([target](QFileDialog* dialog) {
+            dialog->selectFile(target);
+            QTest::mouseClick(
+                dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save),
+                Qt::LeftButton);
+        });
+        QString told;
+        answerWhenShown<QMessageBox>([&told](QMessageBox* box) {
+            told = box->text();
+            QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
+        });
+        QTest::mouseClick(detailButton(QStringLiteral("Export")), Qt::LeftButton);
+        return told;
+    }
     QLineEdit* tagLine() const { return m_panel->findChildren<QLineEdit*>("detailInput").first(); }
     // Null when the store has no such row.
     std::optional<QStringList> storedTags(const QString& name) const
@@ -271,8 +288,8 @@ private Q_SLOTS:
         QVERIFY(metaLine(longName) != metaLine(QStringLiteral("same-a.png")));
     }
 
-    // Pictures past Qt's default decoding limit open; one past what the computer's memory
-    // allows, here a smaller limit, says so.
+    // Pictures past Qt's default decoding limit open and export; one past what the computer's
+    // memory allows, here a smaller limit, says so.
     void largePictures_data()
     {
         QTest::addColumn<int>("limitMiB"); // 0: the program's own
@@ -298,9 +315,13 @@ private Q_SLOTS:
         QCOMPARE(copied.count(), int(opens));
         const QLabel* preview = m_panel->findChild<QLabel*>("detailPreview");
         QCOMPARE(!preview->pixmap().isNull(), opens);
+        const QString target = m_files.filePath(QStringLiteral("large-%1.png").arg(limitMiB));
+        const QString exported = exportShown(target);
+        QCOMPARE(QFile::exists(target), opens);
         if (!opens) {
             QVERIFY2(preview->text().contains("too large"), qPrintable(preview->text()));
             QVERIFY(core::tool::Toast::current()->body().contains("too large"));
+            QVERIFY2(exported.contains("too large"), qPrintable(exported));
         }
     }
 
@@ -328,16 +349,7 @@ private Q_SLOTS:
     {
         const QString target = m_files.filePath(QStringLiteral("exported.jpg"));
         clickItem(QStringLiteral("alpha.png"));
-        answerWhenShown<QFileDialog>([target](QFileDialog* dialog) {
-            dialog->selectFile(target);
-            QTest::mouseClick(
-                dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save),
-                Qt::LeftButton);
-        });
-        answerWhenShown<QMessageBox>([](QMessageBox* box) {
-            QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
-        });
-        QTest::mouseClick(detailButton(QStringLiteral("Export")), Qt::LeftButton);
+        exportShown(target);
         QCOMPARE(QImageReader::imageFormat(target), QByteArray("jpeg"));
     }
 

@@ -1,6 +1,7 @@
 #include "CaptureTools.h"
 
 #include "core/ConfigManager.h"
+#include "core/PictureFile.h"
 #include "core/Utilities.h"
 #include "platform/ScreenGrab.h"
 #include "service/ai/AiWorkflow.h"
@@ -10,6 +11,7 @@
 #include "service/capture/WindowList.h"
 #include "service/history/HistoryService.h"
 
+#include <QBuffer>
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QHash>
@@ -60,16 +62,57 @@ McpToolResult saveCapture(const QPixmap& pixmap, int width, int height)
     return saveAndRecord(pixmap, core::HistoryCategory::Screenshot, width, height);
 }
 
-QImage sourceImage(const McpToolArgs& args)
+// A picture for a tool, or why the one asked for cannot be used. Neither: nothing was found.
+struct Source
+{
+    QImage image;
+    QString error;
+};
+
+Source usable(core::DecodedPicture picture, const QString& name)
+{
+    switch (picture.fault) {
+    case core::DecodedPicture::None:
+        return {std::move(picture.image), QString()};
+    case core::DecodedPicture::Missing:
+        return {QImage(), QStringLiteral("file not found: %1").arg(name)};
+    case core::DecodedPicture::NotAPicture:
+        return {QImage(), QStringLiteral("%1 is not a PNG, JPEG or other picture").arg(name)};
+    case core::DecodedPicture::TooLarge:
+        return {QImage(), QStringLiteral("%1 is %2x%3, larger than the %4-megapixel limit")
+                              .arg(name)
+                              .arg(picture.size.width())
+                              .arg(picture.size.height())
+                              .arg(picture.limitMegapixels)};
+    case core::DecodedPicture::Damaged:
+        break;
+    }
+    return {QImage(), QStringLiteral("%1 cannot be read: %2").arg(name, picture.reason)};
+}
+
+// The history row among the latest 200, or the latest row for an id below 1.
+Source historySource(qint64 id)
+{
+    const QList<core::HistoryItem> items = historyStore().recent(id < 1 ? 1 : kHistoryLimit);
+    for (const core::HistoryItem& item : items)
+        if (id < 1 || item.id == id) return usable(core::decodePicture(item.path), item.path);
+    return {};
+}
+
+// The newest history item stands in only when no picture was given at all.
+Source sourceImage(const McpToolArgs& args)
 {
     QByteArray encoded = args.value(key("image")).toString().toLatin1();
     // Models like to send data URLs; the payload after the comma is the base64.
     if (encoded.startsWith("data:")) encoded = encoded.mid(encoded.indexOf(',') + 1);
-    if (!encoded.isEmpty()) {
-        QImage image;
-        if (image.loadFromData(QByteArray::fromBase64(encoded), "PNG")) return image;
-    }
-    return historyPixmapById(mcpIntArg(args, key("id"))).toImage();
+    if (encoded.isEmpty()) return historySource(mcpIntArg(args, key("id")));
+    auto bytes = QByteArray::fromBase64Encoding(encoded, QByteArray::AbortOnBase64DecodingErrors);
+    if (!bytes) return {QImage(), QStringLiteral("image is not base64")};
+    QBuffer buffer(&*bytes);
+    core::DecodedPicture picture = core::decodePicture(&buffer, "PNG");
+    if (picture.fault == core::DecodedPicture::NotAPicture)
+        return {QImage(), QStringLiteral("image is not a PNG")};
+    return usable(std::move(picture), key("image"));
 }
 
 int clampedLimit(const McpToolArgs& args)
@@ -130,17 +173,6 @@ QString historyItemsJson(const QList<core::HistoryItem>& items)
         QJsonDocument(QJsonObject{{key("items"), array}}).toJson(QJsonDocument::Compact));
 }
 
-QPixmap historyPixmapById(qint64 id)
-{
-    if (id < 1) {
-        const QList<core::HistoryItem> latest = historyStore().recent(1);
-        return latest.isEmpty() ? QPixmap() : QPixmap(latest.first().path);
-    }
-    for (const core::HistoryItem& item : historyStore().recent(kHistoryLimit))
-        if (item.id == id) return QPixmap(item.path);
-    return QPixmap();
-}
-
 McpToolResult captureFullscreenTool(const McpToolArgs&)
 {
     capture::CaptureService service;
@@ -193,10 +225,11 @@ McpToolResult screenshotActiveWindowTool(const McpToolArgs&)
 
 McpToolResult annotateImageTool(const McpToolArgs& args)
 {
-    const QImage source = sourceImage(args);
-    if (source.isNull())
+    const Source source = sourceImage(args);
+    if (!source.error.isEmpty()) return mcpToolError(source.error);
+    if (source.image.isNull())
         return mcpToolError(QStringLiteral("no source image (provide id or base64)"));
-    QImage canvas = source.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    QImage canvas = source.image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
     if (canvas.isNull()) return mcpToolError(QStringLiteral("canvas alloc failed"));
     // Mosaic and blur read this copy, so later shapes never sample earlier ones.
     const QImage unmarked = canvas;
@@ -216,13 +249,15 @@ McpToolResult annotateImageTool(const McpToolArgs& args)
 
 McpToolResult ocrTool(const McpToolArgs& args)
 {
-    QPixmap pixmap;
+    // The newest history item stands in only when no path was given at all.
     const QString path = args.value(key("path")).toString();
-    if (!path.isEmpty()) pixmap.load(path);
-    if (pixmap.isNull()) pixmap = historyPixmapById(mcpIntArg(args, key("id")));
-    if (pixmap.isNull())
+    const Source source = path.isEmpty() ? historySource(mcpIntArg(args, key("id")))
+                                         : usable(core::decodePicture(path), path);
+    if (!source.error.isEmpty()) return mcpToolError(source.error);
+    if (source.image.isNull())
         return mcpToolError(
             QStringLiteral("no image to OCR. Please specify a valid 'path' or history 'id'."));
+    const QPixmap pixmap = QPixmap::fromImage(source.image);
 
     ai::AiWorkflow workflow;
     QEventLoop loop;
@@ -263,7 +298,9 @@ McpToolResult ocrTool(const McpToolArgs& args)
 
 McpToolResult pinLastTool(const McpToolArgs& args)
 {
-    const QPixmap pixmap = historyPixmapById(mcpIntArg(args, key("id")));
+    const Source source = historySource(mcpIntArg(args, key("id")));
+    if (!source.error.isEmpty()) return mcpToolError(source.error);
+    const QImage& pixmap = source.image;
     if (pixmap.isNull()) return mcpToolError(QStringLiteral("no image to pin"));
     const QCoreApplication* application = QCoreApplication::instance();
     // The tool only answers; it opens no pin window in either process.

@@ -29,8 +29,4 @@ capture::AnnotationShape readMcpAnnotation(const QVariantMap& annotation);
 // {"items":[{id,kind,path,width,height,createdAt}]} as compact UTF-8 JSON text.
 QString historyItemsJson(const QList<core::HistoryItem>& items);
 
-// The image of a history row among the latest 200, or of the latest row for an id below 1;
-// null when there is none.
-QPixmap historyPixmapById(qint64 id);
-
 } // namespace zelmor::service::mcp

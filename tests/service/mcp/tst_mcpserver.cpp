@@ -1,6 +1,7 @@
 #include "TestMain.h"
 #include "TestSupport.h"
 
+#include "service/ai/AiProviderService.h"
 #include "service/history/HistoryService.h"
 #include "service/mcp/CaptureTools.h"
 #include "service/mcp/ClientConfig.h"
@@ -14,11 +15,14 @@
 #include <QDir>
 #include <QGuiApplication>
 #include <QImage>
+#include <QImageReader>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QPainter>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <QScopeGuard>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QStandardPaths>
@@ -137,29 +141,70 @@ private slots:
         const QString beside = mcpExecutablePath();
         if (!QFile::exists(beside))
             QVERIFY(QFile::link(qEnvironmentVariable("ZELMOR_BIN_DIR") + "/zelmor-mcp", beside));
+        store(); // the providers live in its database; this one reads text on this machine
+        const zelmor::service::ai::AiProvider reader{0, "ocr", "tesseract", "", "", "eng", true};
+        QVERIFY(zelmor::service::ai::AiProviderService::instance().insert(reader) > 0);
     }
 
-    // Runs first, while the history is empty.
-    void noSourceImage_data()
+    // A picture that was given is used, past Qt's default decoding limit too, or the answer says
+    // why not; the newest history item stands in only when none was given.
+    void givenImage_data()
     {
         QTest::addColumn<QString>("tool");
-        QTest::addColumn<QVariantMap>("args");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("annotate, undecodable image")
-            << "annotate_image" << QVariantMap{{"image", "%%% not base64"}, {"annotations", {}}}
-            << "no source image (provide id or base64)";
-        QTest::newRow("ocr, bad path") << "ocr" << QVariantMap{{"path", "/nowhere/x.png"}}
-                                       << "no image to OCR. Please specify a valid 'path' or "
-                                          "history 'id'.";
-        QTest::newRow("pin") << "pin_last" << QVariantMap{} << "no image to pin";
+        QTest::addColumn<QString>("image"); // a file name in m_dir, or base64 text
+        QTest::addColumn<int>("limitMiB");  // 0: the program's own
+        QTest::addColumn<QString>("error"); // empty: the picture's own result
+        for (const char* tool : {"annotate_image", "ocr"}) {
+            QTest::addRow("%s, 6000x6000", tool) << tool << "large.png" << 0 << "";
+            QTest::addRow("%s, past the limit", tool)
+                << tool << "large.png" << 64
+                << "%1 is 6000x6000, larger than the 16-megapixel limit";
+        }
+        QTest::newRow("ocr, no such file") << "ocr"
+                                           << "gone.png" << 0 << "file not found: %1";
+        QTest::newRow("annotate, not base64") << "annotate_image"
+                                              << "%%%" << 0 << "image is not base64";
+        QTest::newRow("annotate, not a PNG") << "annotate_image"
+                                             << "bm90IGEgUE5H" << 0 << "image is not a PNG";
+        QTest::newRow("annotate, none: the newest") << "annotate_image"
+                                                    << "" << 0 << "";
     }
-    void noSourceImage()
+    void givenImage()
     {
         QFETCH(QString, tool);
-        QFETCH(QVariantMap, args);
-        QFETCH(QString, message);
-        QVERIFY(store().recent(1).isEmpty());
-        QCOMPARE(callMcpTool(tool, args), mcpToolError(message));
+        QFETCH(QString, image);
+        QFETCH(int, limitMiB);
+        QFETCH(QString, error);
+        const QString path = m_dir.filePath(image);
+        if (image == "large.png" && !QFile::exists(path)) {
+            QImage large(6000, 6000, QImage::Format_RGB32);
+            large.fill(Qt::white);
+            QPainter painter(&large);
+            painter.setFont(QFont("DejaVu Sans", 60));
+            painter.drawText(QRect(0, 0, 1000, 200), Qt::AlignCenter, "ZELMOR");
+            painter.end();
+            QVERIFY(large.save(path));
+        }
+        const QString newest = m_dir.filePath("newest.png");
+        QVERIFY(QImage(4, 3, QImage::Format_RGB32).save(newest));
+        QVERIFY(store().insert(QPixmap(newest), newest, {}) > 0);
+
+        const int programLimit = QImageReader::allocationLimit();
+        const auto restore = qScopeGuard([=] { QImageReader::setAllocationLimit(programLimit); });
+        if (limitMiB) QImageReader::setAllocationLimit(limitMiB);
+        const bool annotate = tool == "annotate_image";
+        const QVariant given = !annotate             ? path
+                               : image.contains('.') ? readFile(path).toBase64()
+                                                     : image.toLatin1();
+        const McpToolResult result =
+            callMcpTool(tool, {{annotate ? "image" : "path", given}, {"annotations", {}}});
+        const QString text = result["text"].toString();
+        if (!error.isEmpty())
+            QCOMPARE(result, mcpToolError(QString(error).replace("%1", annotate ? "image" : path)));
+        else if (annotate)
+            QCOMPARE(QImage(text).size(), image.isEmpty() ? QSize(4, 3) : QSize(6000, 6000));
+        else
+            QVERIFY2(text.contains("ZELMOR"), qPrintable(text));
     }
 
     // Short inner arrays are skipped, extra items ignored.

@@ -27,6 +27,8 @@ namespace zelmor::service::mcp {
 namespace {
 
 constexpr int kHistoryLimit = 200;
+// Far more marks than a picture can show; each is painted on the whole image.
+constexpr int kMaxAnnotations = 1000;
 constexpr int kOcrLimitMs = 120000;
 constexpr int kMaxLabelLength = 4096; // a label, not a document: keeps one paint short
 
@@ -225,6 +227,11 @@ McpToolResult screenshotActiveWindowTool(const McpToolArgs&)
 
 McpToolResult annotateImageTool(const McpToolArgs& args)
 {
+    const QVariantList annotations = args.value(key("annotations")).toList();
+    if (annotations.size() > kMaxAnnotations)
+        return mcpToolError(QStringLiteral("%1 annotations, more than the %2 allowed")
+                                .arg(annotations.size())
+                                .arg(kMaxAnnotations));
     const Source source = sourceImage(args);
     if (!source.error.isEmpty()) return mcpToolError(source.error);
     if (source.image.isNull())
@@ -236,8 +243,11 @@ McpToolResult annotateImageTool(const McpToolArgs& args)
 
     QPainter painter(&canvas);
     painter.setRenderHint(QPainter::Antialiasing);
-    for (const QVariant& annotation : args.value(key("annotations")).toList())
+    for (const QVariant& annotation : annotations) {
+        // A blur of a large picture takes a while, so the caller may give up between shapes.
+        if (McpToolCancellation::instance().isRequested()) return mcpToolStoppedError();
         capture::paintAnnotation(painter, unmarked, readMcpAnnotation(annotation.toMap()));
+    }
     painter.end();
 
     McpToolResult result =

@@ -27,6 +27,8 @@ constexpr int kTypingPauseMs = 10;
 constexpr int kMaxTextLength = 10000;
 // X sends a wheel press per notch; past 5,000 notches a call would keep the display busy.
 constexpr int kMaxScrollDelta = 5000 * 120;
+// More keys than any combination needs; each is a press and a release.
+constexpr std::size_t kMaxHotkeyKeys = 16;
 
 QString text(const McpToolArgs& args, const char* key)
 {
@@ -200,6 +202,10 @@ McpToolResult sendHotkeyTool(const McpToolArgs& args)
     for (const QString& part : hotkey.split(QLatin1Char('+'), Qt::SkipEmptyParts))
         if (const unsigned code = mcpKeyCode(part)) codes.push_back(code);
     if (codes.empty()) return mcpToolError(QStringLiteral("unrecognized hotkey: %1").arg(hotkey));
+    if (codes.size() > kMaxHotkeyKeys)
+        return mcpToolError(QStringLiteral("hotkey has %1 keys, more than the %2 allowed")
+                                .arg(codes.size())
+                                .arg(kMaxHotkeyKeys));
     std::vector<KeyEvent> events;
     for (unsigned code : codes)
         events.push_back({code, true});
@@ -220,9 +226,7 @@ McpToolResult typeTextTool(const McpToolArgs& args)
     const McpToolCancellation& cancellation = McpToolCancellation::instance();
     platform::typeText(typed.toStdU16String(), kTypingPauseMs,
                        [&cancellation] { return cancellation.isRequested(); });
-    if (cancellation.isRequested())
-        return mcpToolError(
-            QStringLiteral("typing stopped: the request was cancelled or input ended"));
+    if (cancellation.isRequested()) return mcpToolStoppedError();
     return success({{QStringLiteral("length"), int(typed.size())}});
 }
 

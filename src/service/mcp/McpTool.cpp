@@ -84,8 +84,9 @@ QJsonObject annotateImageSchema()
                      {QStringLiteral("mosaicSize"),
                       typed("integer", "Mosaic/blur block size. Default 12.")}}},
         {QStringLiteral("required"), QJsonArray{QStringLiteral("kind"), QStringLiteral("points")}}};
-    QJsonObject annotations = typed("array", nullptr);
+    QJsonObject annotations = typed("array", "At most 1000.");
     annotations.insert(QStringLiteral("items"), annotation);
+    annotations.insert(QStringLiteral("maxItems"), 1000);
     return {{QStringLiteral("type"), QStringLiteral("object")},
             {QStringLiteral("properties"),
              QJsonObject{
@@ -148,7 +149,7 @@ QList<McpTool> buildTable()
         tool(
             "ocr",
             "Run OCR on an image file path, the most recent screenshot, or a specified history "
-            "id. Returns {text}.",
+            "id, giving up after 120 s. Returns {text}.",
             [] {
                 return objectSchema(
                     {{"path", "string", "Optional image file path to run OCR on."},
@@ -178,7 +179,8 @@ QList<McpTool> buildTable()
         tool("annotate_image",
              "Draw annotations "
              "(rect/ellipse/arrow/line/brush/highlight/mosaic/blur/text/counter/stamp) onto a "
-             "screenshot — by history id or inline base64 PNG. Returns {path,width,height,base64}.",
+             "screenshot — by history id or inline base64 PNG, at most 1000 at once. Returns "
+             "{path,width,height,base64}.",
              &annotateImageSchema, &annotateImageTool),
         tool(
             "mouse_click",
@@ -231,7 +233,7 @@ QList<McpTool> buildTable()
         tool(
             "send_hotkey",
             "Send key combinations or hotkeys (e.g., 'ctrl+c', 'ctrl+v', 'alt+tab', 'win+r', "
-            "'enter', 'escape', 'tab').",
+            "'enter', 'escape', 'tab'), at most 16 keys.",
             [] {
                 return objectSchema({{"hotkey", "string",
                                       "Hotkey string to send (e.g. 'ctrl+c', 'ctrl+v', "
@@ -469,6 +471,11 @@ bool mcpToolPause(int ms)
     while (!cancellation.isRequested() && !until.hasExpired())
         QThread::msleep(std::min<qint64>(until.remainingTime(), 10));
     return !cancellation.isRequested();
+}
+
+McpToolResult mcpToolStoppedError()
+{
+    return mcpToolError(QStringLiteral("stopped: the request was cancelled or input ended"));
 }
 
 } // namespace zelmor::service::mcp

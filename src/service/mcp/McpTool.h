@@ -72,4 +72,7 @@ private:
 // Sleeps `ms`, waking early when the tool is to stop; false then.
 bool mcpToolPause(int ms);
 
+// The failure of a tool that stopped part way because McpToolCancellation asked it to.
+McpToolResult mcpToolStoppedError();
+
 } // namespace zelmor::service::mcp

@@ -41,19 +41,20 @@ QVariantMap describe(const UiElement& element)
 }
 
 // Walks every element of the other programs on the desktop in tree order, handing those whose
-// name holds the keyword, ignoring case, to `visit` until it returns false or the caller gives
-// up. Each name is a round trip to its program, so the walk can take long.
-void walkMatches(const QString& keyword,
+// name holds the keyword, ignoring case, to `visit` until it returns false. Each name is a
+// round trip to its program, so the walk can take long: false when the caller gave up on it.
+bool walkMatches(const QString& keyword,
                  const std::function<bool(const UiElement&, const QString& name)>& visit)
 {
     const McpToolCancellation& cancellation = McpToolCancellation::instance();
     for (const UiElement& element : UiElement().descendants()) {
-        if (cancellation.isRequested()) return;
+        if (cancellation.isRequested()) return false;
         const std::optional<std::string> name = element.name();
         if (!name) continue;
         const QString text = QString::fromStdString(*name);
-        if (text.contains(keyword, Qt::CaseInsensitive) && !visit(element, text)) return;
+        if (text.contains(keyword, Qt::CaseInsensitive) && !visit(element, text)) return true;
     }
+    return true;
 }
 
 QString keywordOf(const McpToolArgs& args)
@@ -109,10 +110,11 @@ McpToolResult findUiElementsTool(const McpToolArgs& args)
     if (keyword.isEmpty()) return emptyNameError();
     if (!platform::uiAutomationAvailable()) return noAutomationError();
     QVariantList elements;
-    walkMatches(keyword, [&](const UiElement& element, const QString&) {
+    const bool walked = walkMatches(keyword, [&](const UiElement& element, const QString&) {
         elements << describe(element);
         return elements.size() < kMaxFound;
     });
+    if (!walked) return mcpToolStoppedError();
     return success(
         {{QStringLiteral("elements"), elements}, {QStringLiteral("count"), int(elements.size())}});
 }
@@ -124,13 +126,14 @@ McpToolResult clickUiElementTool(const McpToolArgs& args)
     if (!platform::uiAutomationAvailable()) return noAutomationError();
     QString matched;
     platform::Point centre;
-    walkMatches(keyword, [&](const UiElement& element, const QString& name) {
+    const bool walked = walkMatches(keyword, [&](const UiElement& element, const QString& name) {
         const std::optional<platform::Rect> r = element.rect();
         if (!r || r->width <= 0 || r->height <= 0) return true;
         matched = name;
         centre = {r->x + r->width / 2, r->y + r->height / 2};
         return false;
     });
+    if (!walked) return mcpToolStoppedError();
     if (matched.isEmpty())
         return mcpToolError(QStringLiteral("no UI element found matching '%1'").arg(keyword));
 
@@ -157,11 +160,12 @@ McpToolResult setUiElementTextTool(const McpToolArgs& args)
     const std::string utf8 = text.toStdString();
     QString matched;
     // The first match that takes the text is written: labels and buttons refuse it.
-    walkMatches(keyword, [&](const UiElement& element, const QString& name) {
+    const bool walked = walkMatches(keyword, [&](const UiElement& element, const QString& name) {
         if (!element.setText(utf8)) return true;
         matched = name;
         return false;
     });
+    if (!walked) return mcpToolStoppedError();
     if (matched.isEmpty())
         return mcpToolError(
             QStringLiteral("no editable UI element found matching '%1'").arg(keyword));

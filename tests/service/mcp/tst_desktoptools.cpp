@@ -484,6 +484,12 @@ private Q_SLOTS:
             QTest::addRow("%s, too long", tool)
                 << tool << QVariantMap{{"text", QString(10001, 'x')}}
                 << "text is 10001 characters long, more than the 10000 allowed";
+        QTest::newRow("hotkey of 17 keys")
+            << "send_hotkey" << QVariantMap{{"hotkey", QStringList(17, "a").join('+')}}
+            << "hotkey has 17 keys, more than the 16 allowed";
+        QTest::newRow("1001 annotations")
+            << "annotate_image" << QVariantMap{{"annotations", QVariantList(1001)}}
+            << "1001 annotations, more than the 1000 allowed";
         QTest::newRow("scroll of a billion")
             << "mouse_scroll" << QVariantMap{{"delta", 1e9}}
             << "delta 1000000000 is out of range: at most 600000 either way";

@@ -157,8 +157,10 @@ await check("capture, annotation, OCR and history tools", async (stderr) => {
       assert.equal(Buffer.from(annotated.base64, "base64").subarray(1, 4).toString(), "PNG");
       assert.ok(existsSync(annotated.path));
 
-      // A bad path falls back to the latest history image, which goes to the provider.
-      const ocr = await call("ocr", { path: join(root, "missing.png") });
+      // A missing file is refused; with no picture given, the latest history image goes to
+      // the provider.
+      assert.equal((await call("ocr", { path: join(root, "missing.png") })).isError, true);
+      const ocr = await call("ocr", {});
       assert.equal(ocr.isError ?? false, false);
       assert.equal(firstText(ocr), "recognised words");
       const [request, ...more] = ai.requests;

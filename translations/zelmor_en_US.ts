@@ -712,6 +712,11 @@
         <translation>Screenshot image pasted from clipboard</translation>
     </message>
     <message>
+        <source>Picture not attached</source>
+        <comment>ai.toast.pictureRefusedTitle</comment>
+        <translation>Picture not attached</translation>
+    </message>
+    <message>
         <source>就绪</source>
         <comment>ai.status.ready</comment>
         <translation>Ready</translation>

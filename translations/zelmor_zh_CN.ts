@@ -712,6 +712,11 @@
         <translation>已从剪贴板粘贴截图</translation>
     </message>
     <message>
+        <source>Picture not attached</source>
+        <comment>ai.toast.pictureRefusedTitle</comment>
+        <translation>未附加图片</translation>
+    </message>
+    <message>
         <source>就绪</source>
         <comment>ai.status.ready</comment>
         <translation>就绪</translation>

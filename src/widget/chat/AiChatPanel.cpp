@@ -300,6 +300,7 @@ QWidget* AiChatPanel::buildInputArea()
             tr("📷 Attachment Added", "ai.toast.attachPastedTitle"),
             tr("Screenshot image pasted from clipboard", "ai.toast.attachPastedBody"), 2200);
     });
+    connect(m_input, &ChatInputEdit::pictureRefused, this, &AiChatPanel::tellPictureRefused);
     column->addWidget(m_input);
 
     auto* bottom = new QHBoxLayout;

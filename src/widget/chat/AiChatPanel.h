@@ -64,6 +64,7 @@ private:
     void refreshModelDisplays();
     void refreshAttachment();
     void setAttachment(const QPixmap& picture);
+    void tellPictureRefused(const QString& why);
 
     // Sessions
     void loadSessions();

@@ -4,9 +4,11 @@
 #include "AiChatPanel.h"
 
 #include "ChatWidgets.h"
+#include "core/Toast.h"
 #include "service/ai/AiApiService.h"
 #include "service/history/HistoryService.h"
 #include "service/mcp/McpTool.h"
+#include "widget/HistoryDetailPanel.h"
 
 #include <QComboBox>
 #include <QLabel>
@@ -225,7 +227,11 @@ void AiChatPanel::runQuickAction(const QString& key, const QString& prompt)
     if (m_attachment.isNull()) {
         const QList<core::HistoryItem> newest =
             service::history::HistoryService::instance().recent(1);
-        const QPixmap picture = newest.isEmpty() ? QPixmap() : QPixmap(newest.first().path);
+        QString tooLarge;
+        const QPixmap picture =
+            newest.isEmpty() ? QPixmap()
+                             : HistoryDetailPanel::loadPicture(newest.first().path, &tooLarge);
+        if (!tooLarge.isEmpty()) tellPictureRefused(tooLarge);
         if (picture.isNull()) {
             m_pendingAction = key;
             m_status->setText(tr("Please select screen region...", "ai.status.capturing"));
@@ -258,6 +264,12 @@ void AiChatPanel::onCaptureForChat(const QPixmap& pm)
     const QString key = m_pendingAction;
     m_pendingAction.clear();
     runQuickAction(key, cardTitle(key));
+}
+
+void AiChatPanel::tellPictureRefused(const QString& why)
+{
+    core::tool::Toast::showToast(tr("Picture not attached", "ai.toast.pictureRefusedTitle"), why,
+                                 4000);
 }
 
 } // namespace zelmor::widget

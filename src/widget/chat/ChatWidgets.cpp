@@ -2,6 +2,7 @@
 
 #include "core/Utilities.h"
 #include "widget/ControlName.h"
+#include "widget/HistoryDetailPanel.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -126,9 +127,14 @@ void ChatInputEdit::insertFromMimeData(const QMimeData* source)
     if (source->hasUrls()) {
         for (const QUrl& url : source->urls()) {
             if (!url.isLocalFile()) continue;
-            const QImage image(url.toLocalFile());
-            if (image.isNull()) continue;
-            Q_EMIT imagePasted(image);
+            QString tooLarge;
+            const QPixmap picture = HistoryDetailPanel::loadPicture(url.toLocalFile(), &tooLarge);
+            if (!tooLarge.isEmpty()) {
+                Q_EMIT pictureRefused(tooLarge);
+                return;
+            }
+            if (picture.isNull()) continue;
+            Q_EMIT imagePasted(picture.toImage());
             return;
         }
     }

@@ -59,6 +59,8 @@ public:
 Q_SIGNALS:
     void sendRequested();
     void imagePasted(const QImage& img);
+    // A dropped or pasted picture file that cannot be opened here, and why.
+    void pictureRefused(const QString& why);
     void stopRequested();
 
 protected:

@@ -57,7 +57,9 @@ void reportFaults(QtMsgType type, const QMessageLogContext& context, const QStri
 
 int main(int argc, char** argv)
 {
-    // Protocol lines alone may reach the client; whatever else prints goes to stderr.
+    // Protocol lines alone may reach the client; whatever else prints goes to stderr. No
+    // program started from here may read the client's requests or write into the replies.
+    platform::reserveStandardInput();
     const int protocolOutput = platform::reserveStandardOutput();
     platform::survivePeerClosingOutput();
     qtMessageHandler = qInstallMessageHandler(reportFaults);

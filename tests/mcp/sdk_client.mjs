@@ -198,6 +198,22 @@ async function until(what, probe) {
   throw new Error(`timed out waiting for ${what}`);
 }
 
+// A program started by launch_app has the null device for standard input: it reads none of
+// the requests that follow, and each is answered.
+await check("a launched program reads none of the requests", async (stderr) => {
+  const bin = join(home, "bin");
+  mkdirSync(bin);
+  const reader = join(bin, "zelmor-stdin-reader");
+  writeFileSync(reader, '#!/bin/sh\ncat > "$0.read"\ntouch "$0.ended"\n', { mode: 0o755 });
+  await withClient({ ...sandbox, PATH: `${bin}:${process.env.PATH}` }, stderr, async (client, call) => {
+    const launched = await call("launch_app", { target: "zelmor-stdin-reader" });
+    assert.equal(launched.isError ?? false, false, firstText(launched));
+    for (let i = 0; i < 5; i++) await client.ping({ timeout: 5000 });
+    await until("the program's end", async () => existsSync(`${reader}.ended`));
+    assert.equal(readFileSync(`${reader}.read`, "utf8"), "");
+  });
+});
+
 await check("typed into another program and read back through its UI elements", async (stderr) => {
   const title = "SDK typing fixture";
   const fixture = spawn(fixturePath, [title, "200", "200", "400", "400"],

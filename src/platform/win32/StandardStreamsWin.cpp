@@ -15,6 +15,15 @@ namespace {
 std::atomic<bool> interrupted{false};
 std::mutex readerLock;
 HANDLE readingThread = nullptr; // under readerLock; a duplicate, closed by the reader
+HANDLE input = nullptr;         // the reserved standard input; set once, before any reader
+
+// CreateProcess with inheritance on (as QProcess starts every program) hands each inheritable
+// handle to the child: the protocol's pipes must not be among them.
+void keepFromChildren(HANDLE handle)
+{
+    if (handle && handle != INVALID_HANDLE_VALUE)
+        SetHandleInformation(handle, HANDLE_FLAG_INHERIT, 0);
+}
 
 void setReadingThread(HANDLE thread)
 {
@@ -24,6 +33,22 @@ void setReadingThread(HANDLE thread)
 }
 
 } // namespace
+
+bool reserveStandardInput()
+{
+    const HANDLE original = GetStdHandle(STD_INPUT_HANDLE);
+    if (!original || original == INVALID_HANDLE_VALUE) return false;
+    const HANDLE null = CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (null == INVALID_HANDLE_VALUE) return false;
+    if (!SetStdHandle(STD_INPUT_HANDLE, null)) {
+        CloseHandle(null);
+        return false;
+    }
+    keepFromChildren(original);
+    input = original;
+    return true;
+}
 
 // A blocking ReadFile is woken from another thread with CancelSynchronousIo.
 long readStandardInput(char* buffer, std::size_t size)
@@ -36,7 +61,7 @@ long readStandardInput(char* buffer, std::size_t size)
     if (!interrupted.exchange(false)) {
         DWORD read = 0;
         const DWORD want = size > MAXDWORD ? MAXDWORD : DWORD(size);
-        if (ReadFile(GetStdHandle(STD_INPUT_HANDLE), buffer, want, &read, nullptr))
+        if (ReadFile(input ? input : GetStdHandle(STD_INPUT_HANDLE), buffer, want, &read, nullptr))
             result = long(read);
         else if (GetLastError() == ERROR_OPERATION_ABORTED)
             interrupted = false;
@@ -70,6 +95,10 @@ int reserveStandardOutput()
         return -1;
     }
     _setmode(reserved, _O_BINARY);
+    for (const int fd : {reserved, _fileno(stdout), _fileno(stderr)})
+        keepFromChildren(reinterpret_cast<HANDLE>(_get_osfhandle(fd)));
+    keepFromChildren(GetStdHandle(STD_OUTPUT_HANDLE));
+    keepFromChildren(GetStdHandle(STD_ERROR_HANDLE));
     return reserved;
 }
 

@@ -33,12 +33,29 @@ WakePipe& wakePipe()
     return pipe;
 }
 
+int inputFd = STDIN_FILENO; // set once, before any reader starts
+
 } // namespace
+
+bool reserveStandardInput()
+{
+    const int reserved = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3);
+    if (reserved < 0) return false;
+    const int null = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    const bool moved = null >= 0 && dup2(null, STDIN_FILENO) == STDIN_FILENO;
+    if (null >= 0) close(null);
+    if (!moved) {
+        close(reserved);
+        return false;
+    }
+    inputFd = reserved;
+    return true;
+}
 
 long readStandardInput(char* buffer, std::size_t size)
 {
     const int wakeFd = wakePipe().fds[0];
-    pollfd fds[2] = {{STDIN_FILENO, POLLIN, 0}, {wakeFd, POLLIN, 0}};
+    pollfd fds[2] = {{inputFd, POLLIN, 0}, {wakeFd, POLLIN, 0}};
     for (;;) {
         fds[0].revents = fds[1].revents = 0;
         const int ready = poll(fds, wakeFd >= 0 ? 2 : 1, -1);
@@ -53,7 +70,7 @@ long readStandardInput(char* buffer, std::size_t size)
         if (fds[0].revents & POLLNVAL) return -1;
         // POLLHUP with bytes still buffered is delivered by read() before it reports 0.
         if (fds[0].revents & (POLLIN | POLLHUP | POLLERR)) {
-            const ssize_t n = read(STDIN_FILENO, buffer, size);
+            const ssize_t n = read(inputFd, buffer, size);
             if (n < 0 && (errno == EINTR || errno == EAGAIN)) continue;
             return n;
         }

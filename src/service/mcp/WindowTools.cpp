@@ -68,6 +68,18 @@ McpToolResult success(McpToolResult result)
     return result;
 }
 
+// One program name looked up on the search path; a command line is not split. The program's
+// standard streams are the null device: it must not read the client's requests.
+bool startProgram(const QString& program)
+{
+    QProcess process;
+    process.setProgram(program);
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    return process.startDetached();
+}
+
 } // namespace
 
 McpToolResult getActiveWindowInfoTool(const McpToolArgs&)
@@ -156,8 +168,7 @@ McpToolResult launchAppTool(const McpToolArgs& args)
     else if (QFileInfo::exists(target))
         launched = QDesktopServices::openUrl(QUrl::fromLocalFile(target));
     else
-        // One program name looked up on the search path; a command line is not split.
-        launched = QProcess::startDetached(target, {}, {});
+        launched = startProgram(target);
     if (!launched) return mcpToolError(QStringLiteral("Failed to launch target: %1").arg(target));
     // A fixed pause for the program to come up, cut short when the caller gives up; nothing
     // looks for its window.

@@ -24,4 +24,19 @@ Rect united(const Rect& a, const Rect& b)
             std::max(a.bottom(), b.bottom()) - top};
 }
 
+int monitorForScreen(const std::vector<Rect>& monitors, const Rect& screen, int index)
+{
+    const auto first = [&monitors](auto matches) {
+        const auto found = std::find_if(monitors.begin(), monitors.end(), matches);
+        return found == monitors.end() ? -1 : int(found - monitors.begin());
+    };
+    if (const int same = first([&screen](const Rect& m) { return m == screen; }); same >= 0)
+        return same;
+    const Point corner{screen.x, screen.y};
+    if (const int under = first([&corner](const Rect& m) { return m.contains(corner); });
+        under >= 0)
+        return under;
+    return index >= 0 && index < int(monitors.size()) ? index : -1;
+}
+
 } // namespace zelmor::platform

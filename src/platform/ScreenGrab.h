@@ -10,7 +10,7 @@ namespace zelmor::platform {
 
 struct MonitorInfo
 {
-    std::string name; // the name Qt reports for the same screen
+    std::string name; // X11: the output, as Qt names the screen; Windows: the device
     Rect rect;
 };
 

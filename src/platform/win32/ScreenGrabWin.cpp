@@ -22,7 +22,8 @@ BOOL CALLBACK addMonitor(HMONITOR monitor, HDC, LPRECT, LPARAM data)
     info.cbSize = sizeof(info);
     if (!GetMonitorInfoW(monitor, &info)) return TRUE;
     const RECT& r = info.rcMonitor;
-    // Qt names a screen by its device name, as "\\.\DISPLAY1".
+    // The device name, as "\\.\DISPLAY1"; Qt names its screens after the monitor's model, so
+    // screens are matched to monitors by place.
     reinterpret_cast<std::vector<MonitorInfo>*>(data)->push_back(
         {win32::narrow(info.szDevice), {r.left, r.top, r.right - r.left, r.bottom - r.top}});
     return TRUE;

@@ -23,13 +23,17 @@ QRect fromPlatform(const platform::Rect& r)
     return QRect(r.x, r.y, r.width, r.height);
 }
 
-// The monitor whose name is the screen's, else the one at the screen's index.
+// The monitor that shows the screen, found by its place: a screen's top-left corner is the
+// same in Qt's pixels as in physical ones, its size is scaled.
 const MonitorEntry* monitorForScreen(const QList<MonitorEntry>& monitors, const QScreen* screen,
                                      int index)
 {
+    std::vector<platform::Rect> rects;
     for (const MonitorEntry& m : monitors)
-        if (m.deviceName.compare(screen->name(), Qt::CaseInsensitive) == 0) return &m;
-    return index < monitors.size() ? &monitors[index] : nullptr;
+        rects.push_back(toPlatform(m.rect));
+    const QRect physical(screen->geometry().topLeft(), screen->size() * screen->devicePixelRatio());
+    const int found = platform::monitorForScreen(rects, toPlatform(physical), index);
+    return found >= 0 ? &monitors[found] : nullptr;
 }
 
 QPixmap grabScreenWindow(QScreen* screen)

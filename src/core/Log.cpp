@@ -50,8 +50,8 @@ void writeLogLine(const QString& line)
     const QString path = logFilePath();
     // Both executables append to this file: a rotation in one must not drop the lines that
     // the other appends meanwhile. Without the lock the line is still appended, unrotated.
-    const platform::FileLock crossProcess(
-        QFile::encodeName(path + QStringLiteral(".lock")).toStdString(), kLogLockWaitMs);
+    const platform::FileLock crossProcess((path + QStringLiteral(".lock")).toUtf8().toStdString(),
+                                          kLogLockWaitMs);
     if (crossProcess.locked()) rotateLogFile(path);
     QFile file(path);
     if (!file.open(QIODevice::Append | QIODevice::Text)) return;

@@ -5,9 +5,9 @@
 
 namespace zelmor::platform {
 
-// An exclusive lock that every process taking it on the same path respects, held from
-// construction to destruction. A holder that never lets go is waited for at most
-// `waitMs`; locked() then says false.
+// An exclusive lock that every process taking it on the same path (UTF-8) respects, held from
+// construction to destruction. A holder that never lets go is waited for at most `waitMs`
+// milliseconds by the clock; locked() then says false.
 class FileLock
 {
 public:

@@ -3,6 +3,7 @@
 #include "../FileLock.h"
 
 #include <cerrno>
+#include <chrono>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
@@ -14,13 +15,17 @@ FileLock::FileLock(const std::string& path, int waitMs)
     const int fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     m_handle = fd;
     if (fd < 0) return;
-    // Polled rather than blocking, so that a stopped holder cannot hang the caller.
-    for (int waited = 0;; ++waited) {
+    // Polled rather than blocking, so that a stopped holder cannot hang the caller; a pause
+    // may last longer than asked, so the wait is measured, not counted.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(waitMs);
+    for (;;) {
         if (flock(fd, LOCK_EX | LOCK_NB) == 0) {
             m_locked = true;
             return;
         }
-        if ((errno != EWOULDBLOCK && errno != EINTR) || waited >= waitMs) return;
+        if ((errno != EWOULDBLOCK && errno != EINTR) ||
+            std::chrono::steady_clock::now() >= deadline)
+            return;
         usleep(1000);
     }
 }

@@ -3,7 +3,6 @@
 #include "core/EventBus.h"
 #include "platform/Hotkeys.h"
 
-#include <QCoreApplication>
 #include <QKeySequence>
 #include <QSocketNotifier>
 
@@ -69,17 +68,6 @@ void publish(int id)
                                               {{QStringLiteral("id"), id}});
 }
 
-// Windows posts WM_HOTKEY to the thread that registered the key.
-class HotkeyMessages : public QAbstractNativeEventFilter
-{
-public:
-    bool nativeEventFilter(const QByteArray&, void* message, qintptr*) override
-    {
-        if (const int id = platform::hotkeyIdFromNativeMessage(message); id >= 0) publish(id);
-        return false;
-    }
-};
-
 } // namespace
 
 HotkeyService::Binding HotkeyService::translate(const QString& sequence)
@@ -108,20 +96,19 @@ HotkeyService::HotkeyService(QObject* parent) : QObject(parent)
     if (descriptor >= 0) {
         m_notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, this);
         connect(m_notifier, &QSocketNotifier::activated, this, &HotkeyService::publishPresses);
-    } else if (QCoreApplication::instance()) {
-        m_messages = std::make_unique<HotkeyMessages>();
-        QCoreApplication::instance()->installNativeEventFilter(m_messages.get());
+    } else {
+        platform::onHotkeyPresses([this] { publishPresses(); });
+        m_wakesOnMessages = true;
     }
 }
 
 HotkeyService::~HotkeyService()
 {
-    if (m_messages && QCoreApplication::instance())
-        QCoreApplication::instance()->removeNativeEventFilter(m_messages.get());
+    if (m_wakesOnMessages) platform::onHotkeyPresses(nullptr);
     unregisterAll();
 }
 
-// The X11 counterpart of the hotkey message: presses go out on the event bus like any other.
+// Presses go out on the event bus like any other.
 void HotkeyService::publishPresses()
 {
     for (int id : platform::takeHotkeyPresses())

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <QAbstractNativeEventFilter>
 #include <QHash>
 #include <QObject>
-
-#include <memory>
 
 class QSocketNotifier;
 
@@ -39,7 +36,7 @@ private:
 
     QHash<int, int> m_ids;
     QSocketNotifier* m_notifier = nullptr;
-    std::unique_ptr<QAbstractNativeEventFilter> m_messages; // where presses come as messages
+    bool m_wakesOnMessages = false; // where presses come as window messages (Windows)
 };
 
 } // namespace zelmor::manager

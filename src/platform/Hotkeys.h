@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <vector>
 
 namespace zelmor::platform {
@@ -19,14 +20,15 @@ enum HotkeyModifier : unsigned {
 bool registerHotkey(int id, unsigned modifiers, unsigned virtualKey);
 void unregisterHotkey(int id);
 
-// A descriptor that becomes readable when hotkey events are waiting; -1 without a display.
+// A descriptor that becomes readable when hotkey events are waiting; -1 where there is none
+// (Windows) or no display.
 int hotkeyEventDescriptor();
+
+// Where there is no descriptor, `wake` is called on the thread that registered the hotkeys
+// when presses are waiting, also from within the system's modal loops. Empty to stop.
+void onHotkeyPresses(std::function<void()> wake);
 
 // The ids of the hotkeys pressed since the last call, in order.
 std::vector<int> takeHotkeyPresses();
-
-// Where presses arrive as messages of the GUI thread instead (Windows: WM_HOTKEY), the id a
-// native message reports; -1 for any other message.
-int hotkeyIdFromNativeMessage(const void* message);
 
 } // namespace zelmor::platform

@@ -166,10 +166,7 @@ std::vector<int> takeHotkeyPresses()
     return pressed;
 }
 
-// X11 hotkeys come through hotkeyEventDescriptor(), never as messages.
-int hotkeyIdFromNativeMessage(const void*)
-{
-    return -1;
-}
+// X11 hotkeys are announced through hotkeyEventDescriptor().
+void onHotkeyPresses(std::function<void()>) {}
 
 } // namespace zelmor::platform

@@ -50,4 +50,8 @@ unsigned virtualKeyForCharacter(char32_t character);
 bool typeText(const std::u16string& text, int delayMs = 5,
               const std::function<bool()>& stop = nullptr);
 
+// False while the clipboard cannot be read: Windows opens it, which fails while another
+// program holds it open. X has nothing to open: the owner is asked for its data.
+bool clipboardReadable();
+
 } // namespace zelmor::platform

@@ -154,4 +154,11 @@ bool typeText(const std::u16string& text, int delayMs, const std::function<bool(
     return true;
 }
 
+bool clipboardReadable()
+{
+    if (!OpenClipboard(nullptr)) return false;
+    CloseClipboard();
+    return true;
+}
+
 } // namespace zelmor::platform

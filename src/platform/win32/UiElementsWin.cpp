@@ -4,6 +4,7 @@
 #include "../UiElements.h"
 #include "UiAutomationCom.h"
 #include "WinText.h"
+#include "WindowHandleWin.h"
 
 #include <windows.h>
 
@@ -214,8 +215,7 @@ UiElement uiElementOfWindow(WindowHandle window)
 {
     IUIAutomation* client = automation();
     IUIAutomationElement* element = nullptr;
-    const HWND hwnd = reinterpret_cast<HWND>(static_cast<std::uintptr_t>(window));
-    if (!client || FAILED(client->ElementFromHandle(hwnd, &element))) return {};
+    if (!client || FAILED(client->ElementFromHandle(win32::toHwnd(window), &element))) return {};
     return wrap(element);
 }
 

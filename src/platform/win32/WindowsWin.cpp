@@ -2,22 +2,16 @@
 
 #include "../Windows.h"
 #include "WinText.h"
+#include "WindowHandleWin.h"
 
 #include <windows.h>
 
 namespace zelmor::platform {
 
+using win32::fromHwnd;
+using win32::toHwnd;
+
 namespace {
-
-HWND toHwnd(WindowHandle handle)
-{
-    return reinterpret_cast<HWND>(static_cast<std::uintptr_t>(handle));
-}
-
-WindowHandle fromHwnd(HWND window)
-{
-    return static_cast<WindowHandle>(reinterpret_cast<std::uintptr_t>(window));
-}
 
 WindowRecord recordOf(HWND window)
 {

@@ -238,4 +238,9 @@ bool typeText(const std::u16string& text, int delayMs, const std::function<bool(
     return true;
 }
 
+bool clipboardReadable()
+{
+    return true;
+}
+
 } // namespace zelmor::platform

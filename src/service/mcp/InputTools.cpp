@@ -244,8 +244,9 @@ McpToolResult pasteTextToFocusedTool(const McpToolArgs& args)
 
 McpToolResult readClipboardTool(const McpToolArgs&)
 {
-    // X has no clipboard to open or lock: the owner is asked for its text, so the Windows
-    // build's "could not open" failure does not arise.
+    // Qt reads a clipboard it could not open as an empty one.
+    if (!platform::clipboardReadable())
+        return mcpToolError(QStringLiteral("could not open Windows clipboard"));
     const QMimeData* data = QGuiApplication::clipboard()->mimeData(QClipboard::Clipboard);
     const bool hasText = data && data->hasText();
     return success({{QStringLiteral("hasText"), hasText},

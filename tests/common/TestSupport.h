@@ -50,6 +50,15 @@ inline QString unnamedControls(QWidget* root)
     return unnamed.join(QStringLiteral(", "));
 }
 
+// The button under `root` that shows this text, or null.
+template <typename Button = QAbstractButton>
+Button* buttonWithText(QWidget* root, const QString& text)
+{
+    for (Button* b : root->findChildren<Button*>())
+        if (b->text() == text) return b;
+    return nullptr;
+}
+
 // Where the window list, top first, holds a window of that title, or that handle; -1 if nowhere.
 inline int windowIndex(const QString& title, quintptr handle = 0)
 {

@@ -161,10 +161,9 @@ private Q_SLOTS:
     void rotation()
     {
         QFETCH(QByteArray, log);
-        QFETCH(QByteArray, kept);
         writeFile(logFilePath(), log);
         rotateLogFile(logFilePath());
-        QCOMPARE(read(logFilePath()), kept);
+        QTEST(read(logFilePath()), "kept");
     }
 
     // Two processes write while the log rotates under them: every line written after the
@@ -224,8 +223,7 @@ private Q_SLOTS:
     void fileSize()
     {
         QFETCH(qint64, bytes);
-        QFETCH(QString, text);
-        QCOMPARE(formatFileSize(bytes), text);
+        QTEST(formatFileSize(bytes), "text");
     }
 
     // Only the lower-case placeholders of an output name are known.

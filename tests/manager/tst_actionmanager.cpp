@@ -285,41 +285,33 @@ private Q_SLOTS:
         dialog->close();
     }
 
-    // The main window the actions open: pages built on demand, closing only hides.
-    void showSlotsRouteToTheirPageAndClosingOnlyHides_data()
-    {
-        QTest::addColumn<int>("page");
-        QTest::newRow("settings") << int(MainWindow::SettingsPage);
-        QTest::newRow("history") << int(MainWindow::HistoryPage);
-        QTest::newRow("chat") << int(MainWindow::AiChatPage);
-    }
+    // The main window the actions open: each slot its page, built on demand; closing only hides.
     void showSlotsRouteToTheirPageAndClosingOnlyHides()
     {
-        QFETCH(int, page);
         MainWindow w;
-        const auto showPage = [&] {
-            if (page == MainWindow::SettingsPage) w.showSettings();
-            if (page == MainWindow::HistoryPage) w.showHistory();
-            if (page == MainWindow::AiChatPage) w.showAiChat();
-        };
-        showPage();
+        const QList<std::pair<void (MainWindow::*)(), int>> pages{
+            {&MainWindow::showSettings, MainWindow::SettingsPage},
+            {&MainWindow::showHistory, MainWindow::HistoryPage},
+            {&MainWindow::showAiChat, MainWindow::AiChatPage}};
+        for (const auto& [show, page] : pages) {
+            (w.*show)();
+            QCOMPARE(shownIndex(w), page);
+        }
         QVERIFY(QTest::qWaitForWindowExposed(&w));
-        QCOMPARE(shownIndex(w), page);
         // Asked for again while minimized, as by a hotkey: back on the screen.
         w.showMinimized();
         QTRY_VERIFY(!w.windowHandle()->isExposed());
-        showPage();
+        w.showAiChat();
         QTRY_VERIFY(w.windowHandle()->isExposed());
         QVERIFY(!w.isMinimized());
-        QWidget* shown = w.pageWidget(page);
+        const QPointer<QWidget> shown = w.pageWidget(MainWindow::AiChatPage);
         QVERIFY(!w.close());
         QVERIFY(!w.isVisible());
-        QCOMPARE(w.pageWidget(page), shown);
+        QCOMPARE(w.pageWidget(MainWindow::AiChatPage), shown);
         // A language change rebuilds the pages, later, and leaves a hidden window hidden.
-        const QPointer<QWidget> old = shown;
         w.retranslateUi();
-        QTRY_VERIFY(old.isNull() && w.pageWidget(page));
-        QCOMPARE(shownIndex(w), page);
+        QTRY_VERIFY(shown.isNull() && w.pageWidget(MainWindow::AiChatPage));
+        QCOMPARE(shownIndex(w), int(MainWindow::AiChatPage));
         QVERIFY(!w.isVisible());
     }
 

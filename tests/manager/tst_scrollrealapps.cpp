@@ -90,8 +90,6 @@ private slots:
         QTest::newRow("less page down") << "xterm" << pager << pagerBorder << Scroll::PageDown << 0;
         QTest::newRow("less by itself") << "xterm" << pager << pagerBorder << Scroll::Itself << 0;
         QTest::newRow("GTK wheel") << "zenity" << textView << textViewBorder << Scroll::Wheel << 1;
-        QTest::newRow("GTK page down")
-            << "zenity" << textView << textViewBorder << Scroll::PageDown << 0;
         QTest::newRow("GTK by itself")
             << "zenity" << textView << textViewBorder << Scroll::Itself << 0;
     }

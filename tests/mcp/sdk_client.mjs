@@ -104,21 +104,17 @@ await check("UI element tools without a display or accessibility bus", async (st
   }
 });
 
-// The OpenAI reply shape on a free local port; every request is kept for the assertions.
+// The OpenAI reply shape on a free local port.
 async function startAiServer(answer) {
-  const requests = [];
   const http = createServer((request, response) => {
-    let body = "";
-    request.on("data", (chunk) => { body += chunk; });
-    request.on("end", () => {
-      requests.push({ url: request.url, headers: request.headers, body: JSON.parse(body) });
+    request.resume().on("end", () => {
       response.writeHead(200, { "content-type": "application/json" });
       response.end(JSON.stringify({ choices: [{ message: { role: "assistant", content: answer } }] }));
     });
   });
   http.listen(0, "127.0.0.1");
   await once(http, "listening");
-  return { http, requests, url: `http://127.0.0.1:${http.address().port}` };
+  return { http, url: `http://127.0.0.1:${http.address().port}` };
 }
 
 await check("capture, annotation, OCR and history tools", async (stderr) => {
@@ -157,16 +153,9 @@ await check("capture, annotation, OCR and history tools", async (stderr) => {
       assert.equal(Buffer.from(annotated.base64, "base64").subarray(1, 4).toString(), "PNG");
       assert.ok(existsSync(annotated.path));
 
-      // A missing file is refused; with no picture given, the latest history image goes to
-      // the provider.
-      assert.equal((await call("ocr", { path: join(root, "missing.png") })).isError, true);
-      const ocr = await call("ocr", {});
-      assert.equal(ocr.isError ?? false, false);
-      assert.equal(firstText(ocr), "recognised words");
-      const [request, ...more] = ai.requests;
-      assert.equal(more.length, 0);
-      assert.equal(request.headers.authorization, "Bearer test-key");
-      assert.match(JSON.stringify(request.body.messages), /data:image\/png;base64,/);
+      // With no picture given, the latest history image goes to the provider. (A given one,
+      // and what the request holds: tst_mcpserver, tst_aiapi.)
+      assert.equal(firstText(await call("ocr", {})), "recognised words");
 
       const noQuery = await call("search_history", { query: "  " });
       assert.equal(noQuery.isError, true);

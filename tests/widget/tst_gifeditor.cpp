@@ -17,6 +17,7 @@
 #include <QTimer>
 
 using zelmor::service::history::HistoryService;
+using zelmor::test::buttonWithText;
 using zelmor::widget::GifEditorDialog;
 
 namespace {
@@ -48,13 +49,6 @@ QString labelText(const GifEditorDialog& d, const char* name)
     return d.findChild<QLabel*>(QLatin1String(name))->text();
 }
 
-QPushButton* button(const GifEditorDialog& d, const QString& text)
-{
-    for (QPushButton* b : d.findChildren<QPushButton*>())
-        if (b->text() == text) return b;
-    return nullptr;
-}
-
 } // namespace
 
 // The frame editor: trimming, stepping, frame rate and export into the history.
@@ -81,10 +75,9 @@ private Q_SLOTS:
     {
         QFETCH(int, given);
         QFETCH(int, fps);
-        QFETCH(int, interval);
         GifEditorDialog d(numberedFrames(), given, QString());
         if (fps) d.findChild<QSpinBox*>()->setValue(fps);
-        QCOMPARE(d.intervalMs(), interval);
+        QTEST(d.intervalMs(), "interval");
     }
 
     void everyFrameCanGoAndRestoreBringsThemBack_data()
@@ -103,7 +96,7 @@ private Q_SLOTS:
             QTest::keyClick(&d, Qt::Key_Delete);
         } else {
             for (int i = 0; i < kFrames; ++i)
-                button(d, how)->click();
+                buttonWithText(&d, how)->click();
         }
         QVERIFY(d.frames().isEmpty());
         QCOMPARE(labelText(d, "gifEditorPreview"), QStringLiteral("暂无剩余帧"));
@@ -120,7 +113,7 @@ private Q_SLOTS:
         QItemSelectionModel* selection = d.findChild<QListView*>()->selectionModel();
         selection->select(selection->model()->index(3, 0), QItemSelectionModel::ClearAndSelect);
         selection->select(selection->model()->index(1, 0), QItemSelectionModel::Select);
-        button(d, QStringLiteral("✂️ 仅保留框选帧"))->click();
+        buttonWithText(&d, QStringLiteral("✂️ 仅保留框选帧"))->click();
         QCOMPARE(numbers(d.frames()), QList<int>({1, 3}));
         QCOMPARE(d.currentIndex(), 0);
     }
@@ -135,11 +128,10 @@ private Q_SLOTS:
     void steppingWrapsAround()
     {
         QFETCH(QString, keys);
-        QFETCH(int, index);
         GifEditorDialog d(numberedFrames(), 100, QString());
         for (QChar key : keys)
             QTest::keyClick(&d, key == u'L' ? Qt::Key_Left : Qt::Key_Right);
-        QCOMPARE(d.currentIndex(), index);
+        QTEST(d.currentIndex(), "index");
         QCOMPARE(d.findChild<QSlider*>()->value(), d.currentIndex());
     }
 
@@ -164,7 +156,7 @@ private Q_SLOTS:
         pool->start([&gate] { gate.acquire(); });
         {
             GifEditorDialog d(numberedFrames(), 50, target);
-            button(d, QStringLiteral("💾 导出保存"))->click();
+            buttonWithText(&d, QStringLiteral("💾 导出保存"))->click();
             QSignalSpy rejected(&d, &QDialog::rejected);
             QTest::keyClick(&d, Qt::Key_Escape);
             QCOMPARE(rejected.count(), 1);
@@ -204,7 +196,7 @@ private Q_SLOTS:
                 if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
                     box->button(answer)->click();
             });
-            button(d, QStringLiteral("取消"))->click();
+            buttonWithText(&d, QStringLiteral("取消"))->click();
             QCOMPARE(rejected.count(), answer == QMessageBox::Discard ? 1 : 0);
         }
     }

@@ -1,5 +1,4 @@
 #include "DesktopDriver.h"
-#include "FakeFileManager.h"
 #include "TestMain.h"
 #include "TestSupport.h"
 #include "UrlCatcher.h"
@@ -17,7 +16,6 @@
 #include "widget/overlay/CaptureOverlay.h"
 
 #include <QComboBox>
-#include <QDesktopServices>
 #include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QImageReader>
@@ -30,7 +28,6 @@
 #include <QSignalSpy>
 #include <QSqlQuery>
 #include <QTimer>
-#include <QUrl>
 
 #include <optional>
 
@@ -105,11 +102,9 @@ class TestHistoryPanel : public QObject
         QTest::mouseClick(view()->viewport(), Qt::LeftButton, {},
                           view()->visualRect(indexOf(name)).center());
     }
-    QPushButton* detailButton(const QString& text) const
+    QAbstractButton* detailButton(const QString& text) const
     {
-        for (auto* b : m_panel->findChildren<QPushButton*>())
-            if (b->text() == text) return b;
-        return nullptr;
+        return test::buttonWithText(m_panel, text);
     }
     // Exports the item shown to `target` and returns what the closing message said.
     QString exportShown(const QString& target)
@@ -163,26 +158,24 @@ private Q_SLOTS:
         QTest::addColumn<int>("order");
         QTest::addColumn<QString>("expected");
         QTest::newRow("all, newest") << "" << 0 << 0 << "alpha.png beta.png gamma.png delta.png";
-        QTest::newRow("oldest") << "" << 0 << 1 << "delta.png gamma.png beta.png alpha.png";
         QTest::newRow("largest file") << "" << 0 << 2 << "gamma.png alpha.png delta.png beta.png";
         QTest::newRow("today") << "" << 1 << 0 << "alpha.png";
-        QTest::newRow("week: under 7 days back") << "" << 2 << 0 << "alpha.png beta.png gamma.png";
         QTest::newRow("favourites") << "" << 3 << 0 << "alpha.png gamma.png";
         QTest::newRow("name") << "bet" << 0 << 0 << "beta.png";
         QTest::newRow("tag") << "red" << 0 << 0 << "alpha.png";
-        QTest::newRow("text and tab") << "a.png" << 2 << 1 << "gamma.png beta.png alpha.png";
+        // The week is under 7 days back: delta.png, 7 days old, is left out.
+        QTest::newRow("text, week, oldest") << "a.png" << 2 << 1 << "gamma.png beta.png alpha.png";
     }
     void filtersAndSort()
     {
         QFETCH(QString, typed);
         QFETCH(int, tab);
         QFETCH(int, order);
-        QFETCH(QString, expected);
         m_panel->findChild<QComboBox*>("historySort")->setCurrentIndex(order);
         QTest::mouseClick(m_panel->findChildren<QPushButton*>("historyTab").at(tab),
                           Qt::LeftButton);
         QTest::keyClicks(m_panel->findChild<QLineEdit*>("historySearch"), typed);
-        QCOMPARE(shownNames().join(' '), expected);
+        QTEST(shownNames().join(' '), "expected");
     }
 
     void everyControlHasAName() { QCOMPARE(test::unnamedControls(m_panel), QString()); }
@@ -335,32 +328,13 @@ private Q_SLOTS:
     void deleteAsksAndKeepsTheFile()
     {
         QFETCH(int, answer);
-        QFETCH(bool, removed);
         clickItem(QStringLiteral("beta.png"));
         answerWhenShown<QMessageBox>([answer](QMessageBox* box) {
             QTest::mouseClick(box->button(QMessageBox::StandardButton(answer)), Qt::LeftButton);
         });
         QTest::mouseClick(detailButton(QStringLiteral("Delete")), Qt::LeftButton);
-        QCOMPARE(!storedTags("beta.png") && !shownNames().contains("beta.png"), removed);
+        QTEST(!storedTags("beta.png") && !shownNames().contains("beta.png"), "removed");
         QVERIFY(QFile::exists(m_files.filePath(QStringLiteral("beta.png"))));
-    }
-
-    void exportConvertsBySuffix()
-    {
-        const QString target = m_files.filePath(QStringLiteral("exported.jpg"));
-        clickItem(QStringLiteral("alpha.png"));
-        exportShown(target);
-        QCOMPARE(QImageReader::imageFormat(target), QByteArray("jpeg"));
-    }
-
-    void locateAsksTheFileManager()
-    {
-        zelmor::test::FileManagerOnBus fileManager;
-        QVERIFY(fileManager.registered);
-        clickItem(QStringLiteral("gamma.png"));
-        QTest::mouseClick(detailButton(QStringLiteral("Locate")), Qt::LeftButton);
-        QCOMPARE(fileManager.shown(),
-                 QStringList{QUrl::fromLocalFile(m_files.filePath("gamma.png")).toString()});
     }
 
     void activationOpensTheEditor_data()

@@ -108,14 +108,13 @@ private Q_SLOTS:
     {
         QFETCH(QString, query);
         QFETCH(int, limit);
-        QFETCH(QStringList, expected);
         add("/s/plain", 1000, {"50%"});
         add("/s/100%", 2000);
         add("/s/snap_1", 3000, {"plains"});
         add("/s/b\\s", 4000, {"x_y"});
         add("/s/a b", 5000, {"c\\d"});
         add("/s/dog", 500, {}, "a plain cat");
-        QCOMPARE(paths(m_store->search(query, limit)), expected);
+        QTEST(paths(m_store->search(query, limit)), "expected");
         QCOMPARE(paths(m_store->recent(2)), (QStringList{"/s/a b", "/s/b\\s"})); // newest first
     }
 
@@ -161,7 +160,6 @@ private Q_SLOTS:
     {
         QFETCH(bool, hasCategory);
         QFETCH(int, version);
-        QFETCH(QStringList, expected);
         m_store.reset();
         QFile::remove(m_path);
         {
@@ -178,7 +176,7 @@ private Q_SLOTS:
         }
         m_store = std::make_unique<HistoryService>(m_path, "migrated");
         RawDb raw(m_path);
-        QCOMPARE(raw.run("SELECT category FROM items ORDER BY id"), expected);
+        QTEST(raw.run("SELECT category FROM items ORDER BY id"), "expected");
         QCOMPARE(raw.run("PRAGMA user_version"), QStringList{"2"});
         QVERIFY(m_store->insert(QPixmap(1, 1), "/n", HistoryCategory::Ai) > 0);
     }

@@ -158,8 +158,7 @@ private Q_SLOTS:
     void keyNames()
     {
         QFETCH(QString, name);
-        QFETCH(unsigned, code);
-        QCOMPARE(mcpKeyCode(name), code);
+        QTEST(mcpKeyCode(name), "code");
     }
 
     // Points of a drag are given from the window's centre, where the cursor is at first.
@@ -181,9 +180,7 @@ private Q_SLOTS:
             << "mouse_scroll" << QVariantMap{{"delta", 0}} << QStringList{"wheel -120"};
         QTest::newRow("scroll two down") << "mouse_scroll" << QVariantMap{{"delta", -240}}
                                          << QStringList{"wheel -120", "wheel -120"};
-        QTest::newRow("scroll part of a notch up")
-            << "mouse_scroll" << QVariantMap{{"delta", 30}} << QStringList{"wheel 120"};
-        QTest::newRow("scroll 2000, 17 notches up")
+        QTest::newRow("scroll 2000, a part notch is a whole one")
             << "mouse_scroll" << QVariantMap{{"delta", 2000}} << QStringList(17, "wheel 120");
         QTest::newRow("drag across")
             << "mouse_drag"
@@ -234,7 +231,6 @@ private Q_SLOTS:
     void typingStops()
     {
         QFETCH(QByteArray, then);
-        QFETCH(int, answered);
         UiFixture& fixture = focusedFixture();
         QProcess mcp;
         mcp.start(qEnvironmentVariable("ZELMOR_BIN_DIR") + "/zelmor-mcp", {});
@@ -250,7 +246,7 @@ private Q_SLOTS:
         mcp.write(then);
         if (then.isEmpty()) mcp.closeWriteChannel();
         QTRY_VERIFY_WITH_TIMEOUT(mcp.canReadLine(), 30000);
-        QCOMPARE(QJsonDocument::fromJson(mcp.readLine())["id"].toInt(), answered);
+        QTEST(QJsonDocument::fromJson(mcp.readLine())["id"].toInt(), "answered");
         mcp.closeWriteChannel();
         QVERIFY(mcp.waitForFinished(30000));
         QCOMPARE(mcp.readAllStandardOutput(), QByteArray());
@@ -281,7 +277,6 @@ private Q_SLOTS:
         QTest::addColumn<int>("qtKey");
         QTest::newRow("F13, a key the keyboard lacks") << 0x7Cu << int(Qt::Key_F13);
         QTest::newRow("numpad 7 without NumLock") << 0x67u << int(Qt::Key_7);
-        QTest::newRow("OEM period") << 0xBEu << int(Qt::Key_Period);
         QTest::newRow("unknown virtual key is skipped") << 0xFFu << int(Qt::Key_Home);
     }
     void keysReachTheirQtKeys()
@@ -480,10 +475,9 @@ private Q_SLOTS:
         QTest::newRow("key ab") << "key_down" << QVariantMap{{"key", " ab"}}
                                 << "unrecognized key: ab";
         QTest::newRow("no text to type") << "type_text" << QVariantMap{} << "text cannot be empty";
-        for (const char* tool : {"type_text", "paste_text_to_focused"})
-            QTest::addRow("%s, too long", tool)
-                << tool << QVariantMap{{"text", QString(10001, 'x')}}
-                << "text is 10001 characters long, more than the 10000 allowed";
+        QTest::newRow("paste, too long") // the check typing shares
+            << "paste_text_to_focused" << QVariantMap{{"text", QString(10001, 'x')}}
+            << "text is 10001 characters long, more than the 10000 allowed";
         QTest::newRow("hotkey of 17 keys")
             << "send_hotkey" << QVariantMap{{"hotkey", QStringList(17, "a").join('+')}}
             << "hotkey has 17 keys, more than the 16 allowed";
@@ -590,7 +584,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("type");
         QTest::newRow("button under the cursor") << "Save" << true << "Button";
         QTest::newRow("pane at a point") << "Pad" << false << "Custom(50033)";
-        QTest::newRow("slider at a point") << "Level" << false << "Slider";
         QTest::newRow("nothing is no failure") << QString() << false << QString();
     }
     void inspectsTheElementAtAPoint()

@@ -288,11 +288,10 @@ private slots:
     void framing()
     {
         QFETCH(QByteArrayList, chunks);
-        QFETCH(QList<int>, ids);
         Session s;
         for (const QByteArray& chunk : chunks)
             s.server.receive(chunk);
-        QCOMPARE(replyIds(s.replies()), ids);
+        QTEST(replyIds(s.replies()), "ids");
     }
 
     void errors_data()
@@ -414,7 +413,6 @@ private slots:
     void process()
     {
         QFETCH(QByteArray, input);
-        QFETCH(QList<int>, ids);
         QFETCH(bool, readerGone);
         QProcess mcp;
         if (readerGone) // its output goes to a reader that is gone at once
@@ -428,7 +426,7 @@ private slots:
         QCOMPARE(mcp.exitStatus() == QProcess::NormalExit ? mcp.exitCode() : -1, 0);
         const QByteArray out = mcp.readAllStandardOutput();
         QVERIFY(out.isEmpty() || out.endsWith('\n'));
-        QCOMPARE(replyIds(parseReplies(out)), ids);
+        QTEST(replyIds(parseReplies(out)), "ids");
     }
 
     // A recognition that waits on its provider is cut short. At the end of input the answer

@@ -4,7 +4,6 @@
 #include "service/ai/AiProviderService.h"
 #include "service/ai/AiWorkflow.h"
 #include "service/history/HistoryService.h"
-#include "service/mcp/McpTool.h"
 #include "service/ocr/LocalOcrEngine.h"
 
 #include <QFontMetrics>
@@ -155,16 +154,10 @@ private Q_SLOTS:
         QVERIFY2(rate < limit, qPrintable(read));
     }
 
-    // The OCR entries and the ocr tool share one workflow: it reads with the engine, and a job
-    // that needs a language model says at once what to configure instead.
-    void toolAndWorkflowWithTheLocalProvider()
+    // A job that needs a language model says at once what to configure instead. (The ocr tool
+    // reading with the local engine is the tool server's suite.)
+    void workflowWithTheLocalProvider()
     {
-        const QString path = test::sandboxRoot().filePath(QStringLiteral("sample.png"));
-        QVERIFY(render({QStringLiteral("Local text 42")}, QStringLiteral("DejaVu Sans"), 18, false)
-                    .save(path));
-        QCOMPARE(service::mcp::callMcpTool(QStringLiteral("ocr"), {{QStringLiteral("path"), path}}),
-                 (service::mcp::McpToolResult{{QStringLiteral("text"), "Local text 42"}}));
-
         service::ai::AiWorkflow workflow;
         QSignalSpy failed(&workflow, &service::ai::AiWorkflow::failed);
         workflow.translate(QPixmap(20, 20), QStringLiteral("English"));

@@ -162,14 +162,13 @@ private Q_SLOTS:
         QFETCH(QList<QImage>, frames);
         QFETCH(int, interval);
         QFETCH(QSize, requested);
-        QFETCH(QSize, written);
         QFETCH(int, delayCs);
         const QString path = file("readers.gif");
         QString error;
         QVERIFY(encodeGif(error, path, frames, interval, requested.width(), requested.height()));
         const GifInfo qt = readWithQt(path);
         QCOMPARE(qt.frames, frames.size());
-        QCOMPARE(qt.size, written);
+        QTEST(qt.size, "written");
         QCOMPARE(qt.delaysCs, QList<int>(frames.size(), delayCs));
         QVERIFY(qt.loopForever);
     }

@@ -73,4 +73,10 @@ inline QStringList pagerArguments(const QString& title, const QString& file)
             title, "-e",        "less", "--mouse", "--wheel-lines=3", "-z-3",  file};
 }
 
+// The stitched height a QSignalSpy on the scroll capture's progress heard last.
+template <typename Spy> int lastHeight(const Spy& progress)
+{
+    return progress.isEmpty() ? 0 : progress.last().first().toInt();
+}
+
 } // namespace zelmor::test

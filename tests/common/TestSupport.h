@@ -14,6 +14,7 @@
 #include <QLineEdit>
 #include <QPalette>
 #include <QProcess>
+#include <QScreen>
 #include <QSlider>
 #include <QWidget>
 
@@ -68,10 +69,18 @@ inline int windowIndex(const QString& title, quintptr handle = 0)
     return -1;
 }
 
-// Presses the keys one after another, in this order, through the X server.
-inline bool xdotoolKey(const QString& keys)
+// Input through the X server: xdotool with these arguments, say "key ctrl+a F1".
+inline bool xdotool(const QString& arguments)
 {
-    return QProcess::execute("xdotool", QStringList{"key"} + keys.split(QLatin1Char(' '))) == 0;
+    return QProcess::execute("xdotool", arguments.split(QLatin1Char(' '))) == 0;
+}
+
+// The colour the screen shows at `at`.
+inline QRgb screenPixel(const QPoint& at)
+{
+    const QImage one =
+        QGuiApplication::primaryScreen()->grabWindow(0, at.x(), at.y(), 1, 1).toImage();
+    return one.pixel(0, 0);
 }
 
 // A shown top-level window filled with one colour, for pixel checks on the screen.

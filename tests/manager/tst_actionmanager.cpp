@@ -29,6 +29,7 @@ using zelmor::core::tool::Toast;
 using zelmor::manager::ActionManager;
 using zelmor::manager::TrayService;
 using zelmor::service::history::HistoryService;
+using zelmor::test::xdotool;
 using zelmor::widget::MainWindow;
 using zelmor::widget::TaskNotificationToast;
 
@@ -49,11 +50,6 @@ QImage clipboardSeenByAnotherProcess()
     return QImage::fromData(xclip.readAllStandardOutput(), "PNG");
 }
 
-bool xdotool(const QString& args)
-{
-    return QProcess::execute(QStringLiteral("xdotool"), args.split(QLatin1Char(' '))) == 0;
-}
-
 // Shown ones: the next overlay waits hidden, built ahead.
 QList<zelmor::widget::CaptureOverlay*> shownOverlays()
 {
@@ -67,11 +63,7 @@ QList<zelmor::widget::CaptureOverlay*> shownOverlays()
 // The marker's middle as the screen shows it: framed, painted and not covered.
 bool markerOnScreen(const QWidget& marker)
 {
-    const QPoint at = marker.mapToGlobal(marker.rect().center());
-    return QGuiApplication::primaryScreen()
-               ->grabWindow(0, at.x(), at.y(), 1, 1)
-               .toImage()
-               .pixelColor(0, 0) == kMarker;
+    return zelmor::test::screenPixel(marker.mapToGlobal(marker.rect().center())) == kMarker.rgb();
 }
 
 } // namespace

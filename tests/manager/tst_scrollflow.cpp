@@ -27,16 +27,7 @@ using namespace zelmor::test;
 using service::capture::CaptureService;
 using service::history::HistoryService;
 
-namespace {
-
 const QString kTitle = QStringLiteral("zelmor scroll flow");
-
-int lastHeight(const QSignalSpy& progress)
-{
-    return progress.isEmpty() ? 0 : progress.last().first().toInt();
-}
-
-} // namespace
 
 class TestScrollFlow : public QObject
 {
@@ -74,7 +65,7 @@ private slots:
         QSignalSpy progress(actions.captureService(), &CaptureService::scrollProgressChanged);
         QSignalSpy completed(actions.captureService(), &CaptureService::scrollCaptureCompleted);
 
-        QCOMPARE(QProcess::execute("xdotool", {"key", "ctrl+alt+s"}), 0);
+        QVERIFY(xdotool("key ctrl+alt+s"));
         QTRY_VERIFY(shownTopLevel<widget::CaptureOverlay>());
         auto* overlay = shownTopLevel<widget::CaptureOverlay>();
         const QRect region = pager.client.adjusted(20, 20, -20, -40);
@@ -101,7 +92,7 @@ private slots:
             auto* hud = shownTopLevel<widget::ScrollHud>();
             QLabel* said = hud->findChildren<QLabel*>().first();
             const int before = lastHeight(progress);
-            QCOMPARE(QProcess::execute("xdotool", {"key", "Next"}), 0);
+            QVERIFY(xdotool("key Next"));
             QTRY_COMPARE(said->text(), QString("scrolled too fast — scroll back a little"));
             QVERIFY(platform::sendMouseWheel(120));
             QTRY_VERIFY(said->text().startsWith("Stitched"));

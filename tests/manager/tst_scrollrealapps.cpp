@@ -32,11 +32,6 @@ constexpr unsigned kPageDownKey = 0x22; // virtual key
 
 enum class Scroll { Still, Wheel, PageDown, Itself };
 
-int lastHeight(const QSignalSpy& progress)
-{
-    return progress.isEmpty() ? 0 : progress.last().first().toInt();
-}
-
 } // namespace
 
 Q_DECLARE_METATYPE(Scroll)

@@ -20,7 +20,7 @@
 #include <QtWidgets>
 
 using namespace zelmor;
-using test::xdotoolKey;
+using test::xdotool;
 using widget::SettingsDialog;
 
 namespace {
@@ -329,14 +329,14 @@ private Q_SLOTS:
         bindings.registerAll();
         showPanel(SettingsDialog::HotkeysPage);
         control(*m_panel, "History panel")->setFocus();
-        QVERIFY(xdotoolKey(QStringLiteral("F1")));
+        QVERIFY(xdotool(QStringLiteral("key F1")));
         QTRY_COMPARE(config().hotkeyHistory(), "F1");
         QVERIFY(openSheets().isEmpty());
 
         m_panel->close(); // the field lets go: F1 now opens the history, the old key nothing
         QTRY_VERIFY(bindings.isBound(9));
         QSignalSpy pressed(&hotkeys, &manager::HotkeyService::hotkeyTriggered);
-        QVERIFY(xdotoolKey(QStringLiteral("ctrl+alt+h F1")));
+        QVERIFY(xdotool(QStringLiteral("key ctrl+alt+h F1")));
         QTRY_VERIFY(window.isVisible());
         QCOMPARE(pressed.count(), 1);
         QVERIFY(openSheets().isEmpty());

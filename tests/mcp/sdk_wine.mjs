@@ -1,7 +1,9 @@
 // Drives the Windows zelmor-mcp.exe under Wine with the official MCP TypeScript client:
 // handshake, the tool list, ping, a GDI capture of a window of known colour, an annotation, the
-// history in SQLite, and the window, input, hotkey and hook paths on the window of
-// zelmor-win-probe.exe, a Windows program that reports what reaches it.
+// history in SQLite, the window, input, hotkey, hook and clipboard paths on the window of
+// zelmor-win-probe.exe, a Windows program that reports what reaches it, a started cmd that must
+// read none of the requests, and the log lock under a profile folder named outside the ANSI
+// code page.
 //   node sdk_wine.mjs <zelmor-mcp.exe> <zelmor-test-window> <zelmor-win-probe.exe>
 // Needs WINEPREFIX set to a prefix made with `wineboot -i`, and an X display.
 import { Client } from "@modelcontextprotocol/sdk/client/index.js";
@@ -9,6 +11,9 @@ import { StdioClientTransport } from "@modelcontextprotocol/sdk/client/stdio.js"
 import assert from "node:assert/strict";
 import { spawn, spawnSync } from "node:child_process";
 import { once } from "node:events";
+import { existsSync, mkdirSync, mkdtempSync, rmSync, statSync, writeFileSync } from "node:fs";
+import { tmpdir } from "node:os";
+import { join } from "node:path";
 import { createInterface } from "node:readline";
 import { setTimeout as sleep } from "node:timers/promises";
 
@@ -35,9 +40,10 @@ function startProbe() {
   const probe = spawn("wine", [probeProgram], { stdio: ["ignore", "pipe", "inherit"] });
   const lines = [];
   createInterface({ input: probe.stdout }).on("line", (line) => lines.push(line.replace(/\r$/, "")));
-  const waitFor = async (pattern, what) => {
+  // Only lines from index `from` on count.
+  const waitFor = async (pattern, what, from = 0) => {
     for (const deadline = Date.now() + 20000; Date.now() < deadline; await sleep(50)) {
-      const line = lines.find((l) => pattern.test(l));
+      const line = lines.slice(from).find((l) => pattern.test(l));
       if (line !== undefined) return line;
     }
     throw new Error(`probe: no ${what} in ${JSON.stringify(lines)}`);
@@ -49,15 +55,21 @@ function startProbe() {
 const marker = spawn(markerProgram, ["Wine marker", "200", "200", "400", "100"]);
 await once(marker.stdout, "data");
 
-const transport = new StdioClientTransport({ command: "wine", args: [server], stderr: "pipe",
-  env: { ...process.env, WINEDEBUG: "-all", WINEDLLOVERRIDES: "mscoree,mshtml=" } });
+// The server's folder, where a program it starts works too.
+const work = mkdtempSync(join(tmpdir(), "zelmor-wine-client-"));
 let stderr = "";
-transport.stderr.on("data", (chunk) => { stderr += chunk.toString(); });
-const client = new Client({ name: "zelmor-wine", version: "1.0.0" });
+function connect() {
+  const transport = new StdioClientTransport({ command: "wine", args: [server], stderr: "pipe",
+    cwd: work, env: { ...process.env, WINEDEBUG: "-all", WINEDLLOVERRIDES: "mscoree,mshtml=" } });
+  transport.stderr.on("data", (chunk) => { stderr += chunk.toString(); });
+  const client = new Client({ name: "zelmor-wine", version: "1.0.0" });
+  return { client, connected: client.connect(transport) };
+}
+const { client, connected } = connect();
 let failed = false;
 let probe = null;
 try {
-  await client.connect(transport);
+  await connected;
   const call = (name, args = {}) => client.callTool({ name, arguments: args });
   assert.equal(client.getServerVersion().name, "zelmor");
   await client.ping();
@@ -95,10 +107,66 @@ try {
   await probe.waitFor(/^text wine42$/, "typed text");
   // Typed text goes in as Unicode packets, which the hook sees as VK_PACKET.
   assert.equal(probe.lines.filter((l) => l === "hook 231").length, 6, probe.lines.join(","));
+
+  // A click where the pointer was moved, then one at a point of its own.
+  const pressAt = async (button, x, y) => {
+    const line = await probe.waitFor(new RegExp(`^press ${button} `), `press ${button}`,
+                                      probe.lines.length);
+    const [px, py] = line.split(" ")[2].split(",").map(Number);
+    // SendInput's absolute coordinates are normalised to 0..65535 and may round a pixel off.
+    assert.ok(Math.abs(px - x) <= 1 && Math.abs(py - y) <= 1, `${line} for ${x},${y}`);
+  };
+  toolData(await call("mouse_move", { x: 480, y: 330 }));
+  let press = pressAt(1, 480, 330);
+  toolData(await call("mouse_click", {}));
+  await press;
+  press = pressAt(4, 400, 320);
+  toolData(await call("mouse_click", { x: 400, y: 320, button: "middle" }));
+  await press;
+
+  let from = probe.lines.length;
+  toolData(await call("window_action", { title: "Zelmor Wine probe", action: "minimize" }));
+  await probe.waitFor(/^state minimized$/, "minimized", from);
+  from = probe.lines.length;
+  toolData(await call("window_action", { title: "Zelmor Wine probe", action: "restore" }));
+  await probe.waitFor(/^state normal$/, "restored", from);
+
+  // The hotkey pressed while a message box runs its own message loop.
+  toolData(await call("focus_window", { title: "Zelmor Wine probe" }));
+  toolData(await call("type_text", { text: "modal" }));
+  await probe.waitFor(/^modal$/, "the message box");
   toolData(await call("send_hotkey", { hotkey: "ctrl+shift+k" }));
-  await probe.waitFor(/^hotkey 1$/, "hotkey");
+  await probe.waitFor(/^hotkey 1$/, "hotkey in the message box's loop");
   await probe.waitFor(/^hook 75$/, "the hotkey's K in the hook");
-  console.log("ok - window, input, hotkey and hook paths on a Wine window");
+  toolData(await call("send_hotkey", { hotkey: "enter" }));
+  await probe.waitFor(/^modal ended$/, "the message box answered");
+  console.log("ok - window, mouse, window action, input, hotkey in a modal loop and hook paths " +
+              "on a Wine window");
+
+  // A started cmd has the null device for input: it reads none of the requests that follow,
+  // which it would run as command lines where a quote leaves an & unquoted.
+  toolData(await call("launch_app", { target: "cmd" }));
+  for (let i = 0; i < 5; i++) await client.ping({ timeout: 10000 });
+  const text = 'zelmor 中文 " & echo leaked> leaked.txt & rem "';
+  from = probe.lines.length;
+  toolData(await call("write_clipboard", { text: `to probe: ${text}` }));
+  await probe.waitFor({ test: (l) => l === `clipboard ${text}` }, "the written text", from);
+  // The text travels as the first block, the rest as JSON.
+  const readBack = async (expected) => {
+    let read;
+    for (const deadline = Date.now() + 10000; Date.now() < deadline; await sleep(100)) {
+      const result = await call("read_clipboard");
+      read = { hasText: toolData(result).hasText, text: firstText(result) };
+      if (read.hasText === expected.hasText && read.text === expected.text) return;
+    }
+    assert.deepEqual(read, expected);
+  };
+  await readBack({ hasText: true, text: `from probe: ${text}` });
+  toolData(await call("write_clipboard", { text: "to probe: image" }));
+  await readBack({ hasText: false, text: "" });
+  assert.ok(!existsSync(join(work, "leaked.txt")), "cmd ran a request as a command line");
+  console.log("ok - a started cmd reads none of the requests; the clipboard tools round-trip " +
+              "text with the probe and see its picture");
 
   for (const name of ["inspect_ui_element", "find_ui_elements", "click_ui_element",
                       "set_ui_element_text"]) {
@@ -115,4 +183,33 @@ try {
   marker.kill();
   probe?.probe.kill();
 }
+
+// The roaming folder moved to a folder whose name the ANSI code page cannot spell: the log
+// there, past its limit, is halved under the lock when the server writes its first line.
+try {
+  const roaming = join(process.env.WINEPREFIX, "drive_c", "José张");
+  const logDir = join(roaming, "Zelmor", "Zelmor");
+  mkdirSync(logDir, { recursive: true });
+  const log = join(logDir, "zelmor.log");
+  writeFileSync(log, "an old line of the log\n".repeat(20000));
+  const reg = join(work, "roaming.reg");
+  writeFileSync(reg, "\ufeffWindows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\" +
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders]\r\n" +
+    '"AppData"="C:\\\\José张"\r\n', "utf16le");
+  assert.equal(spawnSync("wine", ["reg", "import", reg]).status, 0, "reg import");
+  const { client: second, connected: up } = connect();
+  try {
+    await up;
+    toolData(await second.callTool({ name: "ping", arguments: {} }));
+  } finally {
+    await second.close();
+  }
+  const size = statSync(log).size;
+  assert.ok(size < 200000, `the log under C:\\José张 was not halved: ${size} bytes`);
+  console.log("ok - the log lock under a profile folder named José张");
+} catch (error) {
+  failed = true;
+  console.log(`not ok - the log lock under José张\n${error.stack}\n--- server stderr ---\n${stderr}`);
+}
+rmSync(work, { recursive: true, force: true });
 process.exit(failed ? 1 : 0);

@@ -1,16 +1,26 @@
 // Prints one line per event: "ready", "text <line edit text>", "hook <virtual key>",
-// "hotkey <id>", and "icons <count>" or "icon failed <path>" for the embedded icon images.
+// "hotkey <id>", "press <Qt button> <x>,<y>" on the screen, "state minimized|normal", and
+// "icons <count>" or "icon failed <path>" for the embedded icon images.
+// Typed text ending in "modal" opens a Windows message box, whose own message loop runs until
+// it is answered: "modal", then "modal ended".
+// The clipboard is answered: "to probe: X" put there by another program is reported as
+// "clipboard X" and replaced by "from probe: X", or by a 16x8 picture where X is "image".
 
 #include "core/Resources.h"
 #include "manager/HotkeyService.h"
 #include "platform/InputObserver.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QDirIterator>
+#include <QImage>
 #include <QImageReader>
 #include <QLineEdit>
 #include <QMetaObject>
+#include <QMouseEvent>
 #include <QTimer>
+
+#include <windows.h>
 
 #include <cstdio>
 
@@ -18,7 +28,7 @@ namespace {
 
 void report(const QString& line)
 {
-    std::printf("%s\n", qPrintable(line));
+    std::printf("%s\n", line.toUtf8().constData());
     std::fflush(stdout);
 }
 
@@ -35,6 +45,42 @@ void checkIcons()
     report(QStringLiteral("icons %1").arg(count));
 }
 
+// The presses and the window state changes of a window.
+class Watcher : public QObject
+{
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::MouseButtonPress) {
+            const auto* press = static_cast<QMouseEvent*>(event);
+            const QPoint at = press->globalPosition().toPoint();
+            report(QStringLiteral("press %1 %2,%3").arg(press->button()).arg(at.x()).arg(at.y()));
+        } else if (event->type() == QEvent::WindowStateChange) {
+            const bool minimized = static_cast<QWidget*>(watched)->isMinimized();
+            report(minimized ? QStringLiteral("state minimized") : QStringLiteral("state normal"));
+        }
+        return false;
+    }
+};
+
+void answerClipboard()
+{
+    QClipboard* clipboard = QGuiApplication::clipboard();
+    const QString text = clipboard->text();
+    if (!text.startsWith(QLatin1String("to probe: "))) return;
+    const QString asked = text.mid(10);
+    report(QStringLiteral("clipboard ") + asked);
+    QTimer::singleShot(0, [clipboard, asked] {
+        if (asked != QLatin1String("image")) {
+            clipboard->setText(QStringLiteral("from probe: ") + asked);
+            return;
+        }
+        QImage picture(16, 8, QImage::Format_RGB32);
+        picture.fill(Qt::red);
+        clipboard->setImage(picture);
+    });
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -47,8 +93,19 @@ int main(int argc, char** argv)
     edit.setWindowTitle(QStringLiteral("Zelmor Wine probe"));
     edit.setAccessibleName(edit.windowTitle());
     edit.setGeometry(300, 300, 360, 60);
-    QObject::connect(&edit, &QLineEdit::textChanged,
-                     [](const QString& text) { report(QStringLiteral("text ") + text); });
+    QObject::connect(&edit, &QLineEdit::textChanged, [&edit](const QString& text) {
+        report(QStringLiteral("text ") + text);
+        if (!text.endsWith(QLatin1String("modal"))) return;
+        QTimer::singleShot(0, [&edit] {
+            report(QStringLiteral("modal"));
+            MessageBoxW(reinterpret_cast<HWND>(edit.winId()), L"Zelmor Wine probe",
+                        L"Zelmor Wine probe modal", MB_OK);
+            report(QStringLiteral("modal ended"));
+        });
+    });
+    Watcher watcher;
+    edit.installEventFilter(&watcher);
+    QObject::connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, answerClipboard);
 
     zelmor::manager::HotkeyService hotkeys;
     QObject::connect(&hotkeys, &zelmor::manager::HotkeyService::hotkeyTriggered,

@@ -7,7 +7,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
-packages=(g++-mingw-w64-x86-64-posix wine wine64 qt6-base-dev-tools librsvg2-bin)
+packages=(g++-mingw-w64-x86-64-posix wine wine64 qt6-base-dev-tools librsvg2-bin icoutils nsis)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
@@ -30,12 +30,30 @@ cmake -S . -B "$build" -G Ninja -DZELMOR_WERROR=ON \
 cmake --build "$build" -j "$(nproc)"
 scripts/dist-windows.sh "$build" "$toolchain" "$build/dist"
 
+# The tray program is windowed and the tool server a console program; both carry Zelmor's icon,
+# version information and manifest.
+check_executable() {
+  local exe=$build/dist/Zelmor/$1 subsystem=$2 headers resources
+  headers=$(x86_64-w64-mingw32-objdump -p "$exe")
+  resources=$(x86_64-w64-mingw32-windres -i "$exe" -O rc)
+  grep -q "^Subsystem.*($subsystem)" <<<"$headers" ||
+    { echo "not ok - $1: $(grep ^Subsystem <<<"$headers")" >&2; exit 1; }
+  for part in '^1 14 /\* RT_GROUP_ICON' '^1 24 /\* RT_MANIFEST' 'PerMonitorV2' 'Microsoft.Windows.Common-Controls' \
+    '<activeCodePage[^>]*>UTF-8<' "VALUE \"OriginalFilename\", \"$1\""; do
+    grep -q -- "$part" <<<"$resources" || { echo "not ok - $1 has no $part" >&2; exit 1; }
+  done
+  echo "ok - $1: $subsystem, with icon, manifest and version information"
+}
+check_executable zelmor.exe "Windows GUI"
+check_executable zelmor-mcp.exe "Windows CUI"
+
 work=$(mktemp -d /tmp/zelmor-wine.XXXXXX)
 trap 'WINEPREFIX=$work/prefix wineserver -k 2>/dev/null || true; rm -rf "$work"' EXIT
 export WINEPREFIX=$work/prefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
 # Unpacked as a user unpacks it, with the probe beside the programs for their libraries.
 cmake -E chdir "$work" cmake -E tar xf "$root/$build/dist/Zelmor-windows.zip"
 app=$work/Zelmor
+version=$(sed -n 's/^project(Zelmor VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 cp "$build/bin/zelmor-win-probe.exe" "$app/"
 cat >"$work/checks.sh" <<CHECKS
 set -euo pipefail
@@ -51,6 +69,48 @@ for _ in \$(seq 300); do
 done
 shot=\$(ls -t "\$pictures"/*.png | head -1)
 echo "ok - zelmor.exe --capture-fullscreen wrote \$(basename "\$shot")"
+wineserver -k
+
+# A windowed program has no console of its own; its answers still reach a redirected output.
+answer=\$(cd "$app" && wine zelmor.exe --version)
+[ "\$answer" = "zelmor $version" ] || { echo "not ok - zelmor.exe --version: \$answer" >&2; exit 1; }
+echo "ok - zelmor.exe --version answered \$answer"
+
+# The installer, silently for the current user; the program then runs from where it went.
+setup=$root/$build/dist/Zelmor-Qt-Setup.exe
+uninstall_key='HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Zelmor'
+installed=\$WINEPREFIX/drive_c/users/\$(id -un)/AppData/Local/Programs/Zelmor
+wine "\$setup" /S
+[ -f "\$installed/zelmor.exe" ] && [ -f "\$installed/translations/qtbase_zh_CN.qm" ] ||
+  { echo "not ok - the installer put no program in \$installed" >&2; exit 1; }
+for value in DisplayName DisplayIcon DisplayVersion Publisher UninstallString QuietUninstallString \
+  EstimatedSize; do
+  wine reg query "\$uninstall_key" /v \$value >/dev/null 2>&1 ||
+    { echo "not ok - no \$value in the uninstall entry" >&2; exit 1; }
+done
+echo "ok - Zelmor-Qt-Setup.exe /S installed into \$installed, with its uninstall entry"
+rm -f "\$pictures"/*.png
+(cd "\$installed" && timeout 120 wine zelmor.exe --capture-fullscreen >/dev/null 2>&1 &) 2>/dev/null
+for _ in \$(seq 300); do
+  ls "\$pictures"/*.png >/dev/null 2>&1 && break
+  sleep 0.1
+done
+shot=\$(ls -t "\$pictures"/*.png | head -1)
+echo "ok - the installed zelmor.exe --capture-fullscreen wrote \$(basename "\$shot")"
+# An upgrade closes the running program first.
+wine "\$setup" /S || { echo "not ok - the installer failed over the running program" >&2; exit 1; }
+! pgrep -f 'zelmor.exe --capture-fullscreen' >/dev/null ||
+  { echo "not ok - the program runs on after the upgrade" >&2; exit 1; }
+echo "ok - Zelmor-Qt-Setup.exe /S installed again over the running program"
+wine "\$installed/uninstall.exe" /S
+# The uninstaller goes on from a copy of itself in the temporary folder.
+for _ in \$(seq 300); do
+  [ -e "\$installed" ] || break
+  sleep 0.1
+done
+[ ! -e "\$installed" ] || { echo "not ok - left behind: \$(ls -R "\$installed")" >&2; exit 1; }
+! wine reg query "\$uninstall_key" >/dev/null 2>&1 || { echo "not ok - the uninstall entry stayed" >&2; exit 1; }
+echo "ok - uninstall.exe /S removed the folder and the uninstall entry"
 wineserver -k
 CHECKS
 scripts/x-session.sh bash "$work/checks.sh"

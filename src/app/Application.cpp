@@ -8,6 +8,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QIcon>
 #include <QLibraryInfo>
 #include <QStandardPaths>
 #include <QStyleFactory>
@@ -28,6 +29,7 @@ Application::Application(int& argc, char** argv) : QApplication(argc, argv)
     setApplicationName(QStringLiteral("Zelmor"));
     setApplicationVersion(QLatin1String(kApplicationVersion));
     setQuitOnLastWindowClosed(false);
+    setWindowIcon(QIcon(QStringLiteral(":/icons/app.svg")));
     if (QStyle* fusion = QStyleFactory::create(QStringLiteral("Fusion"))) setStyle(fusion);
 }
 
@@ -89,14 +91,15 @@ bool Application::loadOwnTranslation(const QString& locale)
     return false;
 }
 
-// Found where Qt is installed, or in "translations" beside a deployed executable.
+// Qt's own texts (qtbase: standard buttons, file dialogs), found where Qt is installed, or in
+// "translations" beside a deployed executable.
 void Application::installQtTranslation(const QString& locale)
 {
     m_qtTranslator = new QTranslator(this);
     const QStringList dirs = {QLibraryInfo::path(QLibraryInfo::TranslationsPath),
                               applicationDirPath() + QStringLiteral("/translations")};
     for (const QString& dir : dirs) {
-        if (m_qtTranslator->load(QStringLiteral("qt_") + locale, dir)) {
+        if (m_qtTranslator->load(QStringLiteral("qtbase_") + locale, dir)) {
             installTranslator(m_qtTranslator);
             return;
         }

@@ -1,8 +1,10 @@
 #include "CommandLine.h"
 
-#include <cstdio>
+#include "platform/Console.h"
+
 #include <cstring>
 #include <initializer_list>
+#include <string>
 
 namespace zelmor::app {
 
@@ -37,9 +39,10 @@ const char* firstCaptureSwitch(int argc, const char* const* argv)
 bool printInformation(int argc, const char* const* argv)
 {
     if (given(argc, argv, {"--help", "-h"}))
-        std::fputs(kUsage, stdout);
+        platform::showCommandLineText(kUsage);
     else if (given(argc, argv, {"--version", "-v"}))
-        std::printf("zelmor %s\n", kApplicationVersion);
+        platform::showCommandLineText(
+            (std::string("zelmor ") + kApplicationVersion + '\n').c_str());
     else
         return false;
     return true;

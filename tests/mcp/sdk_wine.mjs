@@ -164,9 +164,18 @@ try {
   await readBack({ hasText: true, text: `from probe: ${text}` });
   toolData(await call("write_clipboard", { text: "to probe: image" }));
   await readBack({ hasText: false, text: "" });
+  // A clipboard another program holds open cannot be read, and the tool says so.
+  toolData(await call("write_clipboard", { text: "to probe: hold" }));
+  await probe.waitFor(/^clipboard held$/, "the clipboard held open", from);
+  const held = await call("read_clipboard");
+  assert.equal(held.isError, true, firstText(held));
+  assert.equal(firstText(held), "could not open Windows clipboard");
+  from = probe.lines.length;
+  toolData(await call("mouse_click", { x: 400, y: 320 }));
+  await probe.waitFor(/^clipboard released$/, "the clipboard let go", from);
   assert.ok(!existsSync(join(work, "leaked.txt")), "cmd ran a request as a command line");
   console.log("ok - a started cmd reads none of the requests; the clipboard tools round-trip " +
-              "text with the probe and see its picture");
+              "text with the probe, see its picture, and say when it holds the clipboard open");
 
   for (const name of ["inspect_ui_element", "find_ui_elements", "click_ui_element",
                       "set_ui_element_text"]) {

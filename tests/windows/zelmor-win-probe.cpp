@@ -2,9 +2,11 @@
 // "hotkey <id>", "press <Qt button> <x>,<y>" on the screen, "state minimized|normal", and
 // "icons <count>" or "icon failed <path>" for the embedded icon images.
 // Typed text ending in "modal" opens a Windows message box, whose own message loop runs until
-// it is answered: "modal", then "modal ended".
+// it is answered: "modal" once the box is the foreground window, then "modal ended".
 // The clipboard is answered: "to probe: X" put there by another program is reported as
-// "clipboard X" and replaced by "from probe: X", or by a 16x8 picture where X is "image".
+// "clipboard X" and replaced by "from probe: X", or by a 16x8 picture where X is "image";
+// "hold" keeps the clipboard open ("clipboard held") until the next press on the window
+// ("clipboard released").
 
 #include "core/Resources.h"
 #include "manager/HotkeyService.h"
@@ -23,6 +25,7 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -45,6 +48,8 @@ void checkIcons()
     report(QStringLiteral("icons %1").arg(count));
 }
 
+bool holdingClipboard = false;
+
 // The presses and the window state changes of a window.
 class Watcher : public QObject
 {
@@ -55,6 +60,10 @@ protected:
             const auto* press = static_cast<QMouseEvent*>(event);
             const QPoint at = press->globalPosition().toPoint();
             report(QStringLiteral("press %1 %2,%3").arg(press->button()).arg(at.x()).arg(at.y()));
+            if (std::exchange(holdingClipboard, false)) {
+                CloseClipboard();
+                report(QStringLiteral("clipboard released"));
+            }
         } else if (event->type() == QEvent::WindowStateChange) {
             const bool minimized = static_cast<QWidget*>(watched)->isMinimized();
             report(minimized ? QStringLiteral("state minimized") : QStringLiteral("state normal"));
@@ -63,14 +72,20 @@ protected:
     }
 };
 
-void answerClipboard()
+void answerClipboard(HWND window)
 {
     QClipboard* clipboard = QGuiApplication::clipboard();
     const QString text = clipboard->text();
     if (!text.startsWith(QLatin1String("to probe: "))) return;
     const QString asked = text.mid(10);
     report(QStringLiteral("clipboard ") + asked);
-    QTimer::singleShot(0, [clipboard, asked] {
+    QTimer::singleShot(0, [clipboard, asked, window] {
+        if (asked == QLatin1String("hold")) {
+            holdingClipboard = OpenClipboard(window) != FALSE;
+            report(holdingClipboard ? QStringLiteral("clipboard held")
+                                    : QStringLiteral("clipboard not held"));
+            return;
+        }
         if (asked != QLatin1String("image")) {
             clipboard->setText(QStringLiteral("from probe: ") + asked);
             return;
@@ -97,7 +112,15 @@ int main(int argc, char** argv)
         report(QStringLiteral("text ") + text);
         if (!text.endsWith(QLatin1String("modal"))) return;
         QTimer::singleShot(0, [&edit] {
-            report(QStringLiteral("modal"));
+            // Qt's timers run on inside the box's loop.
+            QTimer up;
+            QObject::connect(&up, &QTimer::timeout, [&up] {
+                const HWND box = FindWindowW(L"#32770", L"Zelmor Wine probe modal");
+                if (!box || GetForegroundWindow() != box) return;
+                up.stop();
+                report(QStringLiteral("modal"));
+            });
+            up.start(20);
             MessageBoxW(reinterpret_cast<HWND>(edit.winId()), L"Zelmor Wine probe",
                         L"Zelmor Wine probe modal", MB_OK);
             report(QStringLiteral("modal ended"));
@@ -105,7 +128,8 @@ int main(int argc, char** argv)
     });
     Watcher watcher;
     edit.installEventFilter(&watcher);
-    QObject::connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, answerClipboard);
+    QObject::connect(QGuiApplication::clipboard(), &QClipboard::dataChanged,
+                     [&edit] { answerClipboard(reinterpret_cast<HWND>(edit.winId())); });
 
     zelmor::manager::HotkeyService hotkeys;
     QObject::connect(&hotkeys, &zelmor::manager::HotkeyService::hotkeyTriggered,

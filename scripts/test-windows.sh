@@ -76,20 +76,30 @@ answer=\$(cd "$app" && wine zelmor.exe --version)
 [ "\$answer" = "zelmor $version" ] || { echo "not ok - zelmor.exe --version: \$answer" >&2; exit 1; }
 echo "ok - zelmor.exe --version answered \$answer"
 
-# The installer, silently for the current user; the program then runs from where it went.
+# The installer, silently for the current user with the usual profile folders; the program
+# then runs from where it went.
+wine reg add 'HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders' /v AppData \\
+  /t REG_EXPAND_SZ /d '%USERPROFILE%\\AppData\\Roaming' /f >/dev/null
 setup=$root/$build/dist/Zelmor-Qt-Setup.exe
 uninstall_key='HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Zelmor'
-installed=\$WINEPREFIX/drive_c/users/\$(id -un)/AppData/Local/Programs/Zelmor
+profile=\$WINEPREFIX/drive_c/users/\$(id -un)
+installed=\$profile/AppData/Local/Programs/Zelmor
+shortcut="\$profile/AppData/Roaming/Microsoft/Windows/Start Menu/Programs/Zelmor.lnk"
 wine "\$setup" /S
 [ -f "\$installed/zelmor.exe" ] && [ -f "\$installed/translations/qtbase_zh_CN.qm" ] ||
   { echo "not ok - the installer put no program in \$installed" >&2; exit 1; }
+[ -f "\$shortcut" ] || { echo "not ok - no Start-menu entry" >&2; exit 1; }
 for value in DisplayName DisplayIcon DisplayVersion Publisher UninstallString QuietUninstallString \
   EstimatedSize; do
   wine reg query "\$uninstall_key" /v \$value >/dev/null 2>&1 ||
     { echo "not ok - no \$value in the uninstall entry" >&2; exit 1; }
 done
-echo "ok - Zelmor-Qt-Setup.exe /S installed into \$installed, with its uninstall entry"
-rm -f "\$pictures"/*.png
+echo "ok - Zelmor-Qt-Setup.exe /S installed into \$installed, with its Start-menu and uninstall entries"
+# In Chinese, with Qt's own texts for its dialogs from the installed folder.
+roaming=\$profile/AppData/Roaming/Zelmor
+mkdir -p "\$roaming"
+printf '%s\\n' '[%General]' 'language=zh_CN' >"\$roaming/Zelmor.ini"
+rm -f "\$pictures"/*.png "\$roaming/Zelmor/zelmor.log"
 (cd "\$installed" && timeout 120 wine zelmor.exe --capture-fullscreen >/dev/null 2>&1 &) 2>/dev/null
 for _ in \$(seq 300); do
   ls "\$pictures"/*.png >/dev/null 2>&1 && break
@@ -97,6 +107,10 @@ for _ in \$(seq 300); do
 done
 shot=\$(ls -t "\$pictures"/*.png | head -1)
 echo "ok - the installed zelmor.exe --capture-fullscreen wrote \$(basename "\$shot")"
+grep -q 'actualLocale=zh_CN' "\$roaming/Zelmor/zelmor.log" && ! grep 'no Qt translation' "\$roaming/Zelmor/zelmor.log" ||
+  { echo "not ok - no Chinese Qt texts for the installed program:" >&2
+    grep -s i18n "\$roaming/Zelmor/zelmor.log" >&2; exit 1; }
+echo "ok - the installed program speaks Chinese with Qt's own Chinese texts"
 # An upgrade closes the running program first.
 wine "\$setup" /S || { echo "not ok - the installer failed over the running program" >&2; exit 1; }
 ! pgrep -f 'zelmor.exe --capture-fullscreen' >/dev/null ||
@@ -109,8 +123,9 @@ for _ in \$(seq 300); do
   sleep 0.1
 done
 [ ! -e "\$installed" ] || { echo "not ok - left behind: \$(ls -R "\$installed")" >&2; exit 1; }
+[ ! -e "\$shortcut" ] || { echo "not ok - the Start-menu entry stayed" >&2; exit 1; }
 ! wine reg query "\$uninstall_key" >/dev/null 2>&1 || { echo "not ok - the uninstall entry stayed" >&2; exit 1; }
-echo "ok - uninstall.exe /S removed the folder and the uninstall entry"
+echo "ok - uninstall.exe /S removed the folder, the Start-menu and the uninstall entries"
 wineserver -k
 CHECKS
 scripts/x-session.sh bash "$work/checks.sh"

@@ -111,11 +111,16 @@ grep -q 'actualLocale=zh_CN' "\$roaming/Zelmor/zelmor.log" && ! grep 'no Qt tran
   { echo "not ok - no Chinese Qt texts for the installed program:" >&2
     grep -s i18n "\$roaming/Zelmor/zelmor.log" >&2; exit 1; }
 echo "ok - the installed program speaks Chinese with Qt's own Chinese texts"
-# An upgrade closes the running program first.
+# An upgrade closes the running program first, and keeps the start with Windows that the
+# settings row turned on.
+run_key='HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run'
+wine reg add "\$run_key" /v Zelmor /d '"C:/users/somebody/zelmor.exe"' /f >/dev/null
 wine "\$setup" /S || { echo "not ok - the installer failed over the running program" >&2; exit 1; }
+wine reg query "\$run_key" /v Zelmor 2>/dev/null | grep -qF 'AppData\\Local\\Programs\\Zelmor\\zelmor.exe' ||
+  { echo "not ok - the upgrade dropped the start with Windows" >&2; exit 1; }
 ! pgrep -f 'zelmor.exe --capture-fullscreen' >/dev/null ||
   { echo "not ok - the program runs on after the upgrade" >&2; exit 1; }
-echo "ok - Zelmor-Qt-Setup.exe /S installed again over the running program"
+echo "ok - Zelmor-Qt-Setup.exe /S installed again over the running program, starting with Windows"
 wine "\$installed/uninstall.exe" /S
 # The uninstaller goes on from a copy of itself in the temporary folder.
 for _ in \$(seq 300); do
@@ -125,7 +130,8 @@ done
 [ ! -e "\$installed" ] || { echo "not ok - left behind: \$(ls -R "\$installed")" >&2; exit 1; }
 [ ! -e "\$shortcut" ] || { echo "not ok - the Start-menu entry stayed" >&2; exit 1; }
 ! wine reg query "\$uninstall_key" >/dev/null 2>&1 || { echo "not ok - the uninstall entry stayed" >&2; exit 1; }
-echo "ok - uninstall.exe /S removed the folder, the Start-menu and the uninstall entries"
+! wine reg query "\$run_key" /v Zelmor >/dev/null 2>&1 || { echo "not ok - the start with Windows stayed" >&2; exit 1; }
+echo "ok - uninstall.exe /S removed the folder, its entries and the start with Windows"
 wineserver -k
 CHECKS
 scripts/x-session.sh bash "$work/checks.sh"

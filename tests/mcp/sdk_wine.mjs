@@ -148,26 +148,21 @@ try {
   toolData(await call("launch_app", { target: "cmd" }));
   for (let i = 0; i < 5; i++) await client.ping({ timeout: 10000 });
   const text = 'zelmor 中文 " & echo leaked> leaked.txt & rem "';
-  from = probe.lines.length;
-  toolData(await call("write_clipboard", { text: `to probe: ${text}` }));
-  await probe.waitFor({ test: (l) => l === `clipboard ${text}` }, "the written text", from);
-  // The text travels as the first block, the rest as JSON.
-  const readBack = async (expected) => {
-    let read;
-    for (const deadline = Date.now() + 10000; Date.now() < deadline; await sleep(100)) {
-      const result = await call("read_clipboard");
-      read = { hasText: toolData(result).hasText, text: firstText(result) };
-      if (read.hasText === expected.hasText && read.text === expected.text) return;
-    }
-    assert.deepEqual(read, expected);
+  // The probe reports what it read, then that it answered; the answer is read after that.
+  const ask = async (what, answered = /^clipboard answered$/) => {
+    const since = probe.lines.length;
+    toolData(await call("write_clipboard", { text: `to probe: ${what}` }));
+    await probe.waitFor({ test: (l) => l === `clipboard ${what}` }, `the probe reading ${what}`,
+                        since);
+    await probe.waitFor(answered, "the probe's answer", since);
+    return call("read_clipboard");
   };
-  await readBack({ hasText: true, text: `from probe: ${text}` });
-  toolData(await call("write_clipboard", { text: "to probe: image" }));
-  await readBack({ hasText: false, text: "" });
+  // The text travels as the first block, the rest as JSON.
+  const read = (result) => ({ hasText: toolData(result).hasText, text: firstText(result) });
+  assert.deepEqual(read(await ask(text)), { hasText: true, text: `from probe: ${text}` });
+  assert.deepEqual(read(await ask("image")), { hasText: false, text: "" });
   // A clipboard another program holds open cannot be read, and the tool says so.
-  toolData(await call("write_clipboard", { text: "to probe: hold" }));
-  await probe.waitFor(/^clipboard held$/, "the clipboard held open", from);
-  const held = await call("read_clipboard");
+  const held = await ask("hold", /^clipboard held$/);
   assert.equal(held.isError, true, firstText(held));
   assert.equal(firstText(held), "could not open Windows clipboard");
   from = probe.lines.length;

@@ -4,9 +4,9 @@
 // Typed text ending in "modal" opens a Windows message box, whose own message loop runs until
 // it is answered: "modal" once the box is the foreground window, then "modal ended".
 // The clipboard is answered: "to probe: X" put there by another program is reported as
-// "clipboard X" and replaced by "from probe: X", or by a 16x8 picture where X is "image";
-// "hold" keeps the clipboard open ("clipboard held") until the next press on the window
-// ("clipboard released").
+// "clipboard X" and replaced by "from probe: X", or by a 16x8 picture where X is "image",
+// then "clipboard answered"; where X is "hold" the clipboard is kept open ("clipboard held")
+// until the next press on the window ("clipboard released").
 
 #include "core/Resources.h"
 #include "manager/HotkeyService.h"
@@ -88,11 +88,13 @@ void answerClipboard(HWND window)
         }
         if (asked != QLatin1String("image")) {
             clipboard->setText(QStringLiteral("from probe: ") + asked);
+            report(QStringLiteral("clipboard answered"));
             return;
         }
         QImage picture(16, 8, QImage::Format_RGB32);
         picture.fill(Qt::red);
         clipboard->setImage(picture);
+        report(QStringLiteral("clipboard answered"));
     });
 }
 

@@ -15,8 +15,8 @@
 #include "widget/MainWindow.h"
 #include "widget/overlay/CaptureOverlay.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
-#include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QImageReader>
 #include <QLabel>
@@ -109,11 +109,13 @@ class TestHistoryPanel : public QObject
     // Exports the item shown to `target` and returns what the closing message said.
     QString exportShown(const QString& target)
     {
+        // The name typed in full: a file Qt selects in the list, as it does with the item's own
+        // name while it loads the folder, would be taken over the name given to selectFile().
         answerWhenShown<QFileDialog>([target](QFileDialog* dialog) {
-            dialog->selectFile(target);
-            QTest::mouseClick(
-                dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save),
-                Qt::LeftButton);
+            dialog->findChild<QAbstractItemView*>(QStringLiteral("listView"))->clearSelection();
+            auto* name = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+            name->setText(target);
+            QTest::keyClick(name, Qt::Key_Return);
         });
         QString told;
         answerWhenShown<QMessageBox>([&told](QMessageBox* box) {

@@ -58,13 +58,6 @@ std::unique_ptr<QProcess> start(const QProcessEnvironment& env, const QStringLis
     return process;
 }
 
-// A capture copies to the clipboard and then saves; the clipboard answers once both are done.
-bool clipboardHoldsImage()
-{
-    const QMimeData* data = QGuiApplication::clipboard()->mimeData();
-    return data && data->hasImage();
-}
-
 void stop(QProcess& process)
 {
     process.terminate();
@@ -201,7 +194,9 @@ private Q_SLOTS:
             writeFile(home.iniPath(), "[%General]\noutputDir=" + home.at("file/shots").toUtf8());
         QGuiApplication::clipboard()->clear();
         auto process = start(env, {QStringLiteral("--capture-fullscreen")});
-        QTRY_VERIFY_WITH_TIMEOUT(clipboardHoldsImage(), 10000);
+        // A capture copies to the clipboard and then saves: the clipboard tells when both are done.
+        const QClipboard* clipboard = QGuiApplication::clipboard();
+        QTRY_VERIFY_WITH_TIMEOUT(clipboard->mimeData() && clipboard->mimeData()->hasImage(), 10000);
         QCOMPARE(home.outputs().size(), captureFiles);
         QCOMPARE(process->state(), QProcess::Running);
         stop(*process);

@@ -89,14 +89,6 @@ QPixmap patternPicture()
     return QPixmap::fromImage(image);
 }
 
-void press(QWidget* w, QPoint p)
-{
-    QTest::mousePress(w, Qt::LeftButton, Qt::NoModifier, p);
-}
-void release(QWidget* w, QPoint p)
-{
-    QTest::mouseRelease(w, Qt::LeftButton, Qt::NoModifier, p);
-}
 void moveTo(QWidget* w, QPoint p)
 {
     QMouseEvent move(QEvent::MouseMove, p, w->mapToGlobal(p), Qt::NoButton, Qt::LeftButton,
@@ -111,10 +103,10 @@ void ctrlWheelUp(QWidget* w)
 }
 void drag(QWidget* w, QPoint from, QPoint to)
 {
-    press(w, from);
+    QTest::mousePress(w, Qt::LeftButton, {}, from);
     moveTo(w, (from + to) / 2);
     moveTo(w, to);
-    release(w, to);
+    QTest::mouseRelease(w, Qt::LeftButton, {}, to);
 }
 
 } // namespace
@@ -177,10 +169,10 @@ private Q_SLOTS:
         QFETCH(QRect, selection);
         CaptureOverlay* o = open();
         moveTo(o, from);
-        press(o, from);
+        QTest::mousePress(o, Qt::LeftButton, {}, from);
         moveTo(o, to);
         moveTo(o, to); // a free drag follows the pointer from its second step
-        release(o, to);
+        QTest::mouseRelease(o, Qt::LeftButton, {}, to);
         QCOMPARE(o->hasSelection(), selection.isValid());
         QCOMPARE(o->panels()->actionBar()->isVisible(), selection.isValid());
         if (selection.isValid()) QCOMPARE(o->selection(), selection);
@@ -214,11 +206,11 @@ private Q_SLOTS:
         CaptureOverlay* o = openWithSelection(QRect(100, 100, 300, 200));
         QSignalSpy cancelled(o, &CaptureOverlay::cancelled);
         o->setTool(2);
-        press(o, QPoint(150, 150));
+        QTest::mousePress(o, Qt::LeftButton, {}, QPoint(150, 150));
         moveTo(o, QPoint(200, 200));
         QTest::keyClick(o, Qt::Key_Escape);
         QCOMPARE(cancelled.count(), 0);
-        release(o, QPoint(200, 200));
+        QTest::mouseRelease(o, Qt::LeftButton, {}, QPoint(200, 200));
         QVERIFY(o->annotations().isEmpty());
         QTest::keyClick(o, Qt::Key_Escape);
         QCOMPARE(cancelled.count(), 1);
@@ -392,11 +384,11 @@ private Q_SLOTS:
         QFETCH(int, points);
         CaptureOverlay* o = openWithSelection(QRect(100, 100, 300, 200));
         o->setTool(tool);
-        press(o, QPoint(150, 150));
+        QTest::mousePress(o, Qt::LeftButton, {}, QPoint(150, 150));
         moveTo(o, QPoint(170, 160));
         QTest::keyClicks(o, key);
         moveTo(o, QPoint(190, 170));
-        release(o, QPoint(190, 170));
+        QTest::mouseRelease(o, Qt::LeftButton, {}, QPoint(190, 170));
         if (points == 0) {
             QVERIFY(o->inlineEdit() && o->inlineEdit()->isVisible());
             QVERIFY(o->annotations().isEmpty());

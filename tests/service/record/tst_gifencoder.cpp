@@ -79,14 +79,6 @@ class TestGifEncoder : public QObject
 
     QString file(const QString& name) const { return m_work.filePath(name); }
 
-    QByteArray run(const QString& tool, const QStringList& args)
-    {
-        QProcess p;
-        p.start(m_tools.value(tool), args);
-        p.waitForFinished(60000);
-        return p.readAllStandardOutput();
-    }
-
     static GifInfo readWithQt(const QString& path)
     {
         GifInfo info;
@@ -104,8 +96,11 @@ class TestGifEncoder : public QObject
 
     QImage firstFrameByFfmpeg(const QString& path)
     {
-        return QImage::fromData(run("ffmpeg", {"-v", "error", "-i", path, "-frames:v", "1", "-f",
-                                               "image2pipe", "-c:v", "png", "-"}))
+        QProcess ffmpeg;
+        ffmpeg.start(m_tools["ffmpeg"], {"-v", "error", "-i", path, "-frames:v", "1", "-f",
+                                         "image2pipe", "-c:v", "png", "-"});
+        ffmpeg.waitForFinished(60000);
+        return QImage::fromData(ffmpeg.readAllStandardOutput())
             .convertToFormat(QImage::Format_RGB32);
     }
 

@@ -12,6 +12,8 @@ packages=(
   libxcb1-dev libxcb-xtest0-dev libxcb-record0-dev libxcb-randr0-dev libxcb-xinput-dev
   libxcb-keysyms1-dev libxcb-shm0-dev libxcb-xfixes0-dev libxcb-xkb-dev libx11-dev libx11-xcb-dev
   libxkbcommon-dev libatspi2.0-dev
+  # recorded frames are kept compressed with zstd
+  libzstd-dev
   # local text recognition: the engine's header to build, the engine and its languages to run
   libtesseract-dev tesseract-ocr-eng tesseract-ocr-chi-sim
   # the .deb and the checks of its desktop entry and metadata

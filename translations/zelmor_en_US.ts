@@ -1235,6 +1235,11 @@
         <translation>⏳ Encoding a high-quality GIF in the background, please wait...</translation>
     </message>
     <message>
+        <source>Frame %1 of %2</source>
+        <comment>gif.editor.exportProgress</comment>
+        <translation>Frame %1 of %2</translation>
+    </message>
+    <message>
         <source>GIF 编码合成失败，请重试。</source>
         <comment>gif.editor.errBody</comment>
         <translation>Encoding the GIF failed. Please try again.</translation>
@@ -1906,6 +1911,16 @@ See the documentation for details.</translation>
         <source>Keys pressed</source>
         <comment>record.hud.keys</comment>
         <translation>Keys pressed</translation>
+    </message>
+    <message>
+        <source>Recording time left</source>
+        <comment>record.hud.timeLeftName</comment>
+        <translation>Recording time left</translation>
+    </message>
+    <message>
+        <source>%1 s left</source>
+        <comment>record.hud.timeLeft</comment>
+        <translation>%1 s left</translation>
     </message>
     <message>
         <source>Resume</source>

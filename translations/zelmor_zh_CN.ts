@@ -1235,6 +1235,11 @@
         <translation>⏳ 正在后台极速合成编码高清晰 GIF，请稍候...</translation>
     </message>
     <message>
+        <source>Frame %1 of %2</source>
+        <comment>gif.editor.exportProgress</comment>
+        <translation>第 %1 / %2 帧</translation>
+    </message>
+    <message>
         <source>GIF 编码合成失败，请重试。</source>
         <comment>gif.editor.errBody</comment>
         <translation>GIF 编码合成失败，请重试。</translation>
@@ -1906,6 +1911,16 @@
         <source>Keys pressed</source>
         <comment>record.hud.keys</comment>
         <translation>按下的按键</translation>
+    </message>
+    <message>
+        <source>Recording time left</source>
+        <comment>record.hud.timeLeftName</comment>
+        <translation>剩余录制时间</translation>
+    </message>
+    <message>
+        <source>%1 s left</source>
+        <comment>record.hud.timeLeft</comment>
+        <translation>剩余 %1 秒</translation>
     </message>
     <message>
         <source>Resume</source>

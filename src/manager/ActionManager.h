@@ -5,6 +5,8 @@
 #include <QObject>
 #include <QPointer>
 
+#include <memory>
+
 class QMessageBox;
 class QPixmap;
 
@@ -21,8 +23,9 @@ namespace zelmor::service::gesture {
 class MouseGestureService;
 }
 namespace zelmor::service::record {
+class FrameStore;
 class RecordingService;
-}
+} // namespace zelmor::service::record
 namespace zelmor::widget {
 class CaptureOverlay;
 class MainWindow;
@@ -117,7 +120,8 @@ private:
     void copyOnly(const QPixmap& cropped, const QString& body);
     void connectRecording();
     void showRecordHud();
-    void openGifEditor(const QList<QImage>& frames, int intervalMs, const QString& path);
+    void openGifEditor(std::shared_ptr<const service::record::FrameStore> frames, int intervalMs,
+                       const QString& path);
     void showRegionFrame(const QRect& rect);
     void retireRegionFrame();
     void connectScrolling();

@@ -63,6 +63,9 @@ void ActionManager::connectRecording()
     connect(recording, &RecordingService::keyChipsChanged, this, [this](const QStringList& keys) {
         if (m_recordHud) m_recordHud->setKeyChips(keys);
     });
+    connect(recording, &RecordingService::timeLeftChanged, this, [this](int secs) {
+        if (m_recordHud) m_recordHud->setTimeLeft(secs);
+    });
     const auto hideHud = [this] {
         if (m_recordHud) m_recordHud->hide();
     };
@@ -108,11 +111,12 @@ void ActionManager::showRecordHud()
     m_recordHud->raise();
 }
 
-void ActionManager::openGifEditor(const QList<QImage>& frames, int intervalMs, const QString& path)
+void ActionManager::openGifEditor(std::shared_ptr<const service::record::FrameStore> frames,
+                                  int intervalMs, const QString& path)
 {
     if (m_recordHud) m_recordHud->hide();
     retireRegionFrame();
-    auto* editor = new widget::GifEditorDialog(frames, intervalMs, path, m_mainWindow);
+    auto* editor = new widget::GifEditorDialog(std::move(frames), intervalMs, path, m_mainWindow);
     editor->exec();
     editor->deleteLater();
 }

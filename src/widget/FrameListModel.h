@@ -1,22 +1,26 @@
 #pragma once
 
+#include "service/record/FrameStore.h"
+
 #include <QAbstractListModel>
 #include <QHash>
 #include <QIcon>
-#include <QImage>
 #include <QList>
+
+#include <memory>
 
 namespace zelmor::widget {
 
-// The frames of a recording as a strip of numbered thumbnails, made when first shown.
+// The frames of a recording as a strip of numbered thumbnails, decoded when first shown.
 class FrameListModel : public QAbstractListModel
 {
     Q_OBJECT
 public:
     using QAbstractListModel::QAbstractListModel;
 
-    // Replaces the frames in one model reset; the thumbnails of the old ones go with them.
-    void setFrames(const QList<QImage>& frames);
+    // Shows `rows` of `store` in one model reset; the thumbnails of the old ones go with them.
+    void setFrames(std::shared_ptr<const service::record::FrameStore> store,
+                   const QList<int>& rows);
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
@@ -24,7 +28,9 @@ public:
 private:
     QIcon thumbnail(int row) const;
 
-    QList<QImage> m_frames;
+    QList<int> m_rows;
+    // Its own reader: the strip reads in its own order, apart from the preview's.
+    std::unique_ptr<service::record::FrameReader> m_reader;
     mutable QHash<int, QIcon> m_thumbnails;
 };
 

@@ -30,6 +30,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace zelmor::widget {
 
@@ -112,13 +113,27 @@ QPushButton* makeButton(const QString& text, QWidget* parent)
     return button;
 }
 
+QList<int> allRows(int count)
+{
+    QList<int> rows(count);
+    std::iota(rows.begin(), rows.end(), 0);
+    return rows;
+}
+
 } // namespace
 
 GifEditorDialog::GifEditorDialog(const QList<QImage>& frames, int intervalMs, const QString& path,
                                  QWidget* parent)
-    : QDialog(parent), m_originalFrames(frames), m_frames(frames),
+    : GifEditorDialog(service::record::FrameStore::fromImages(frames), intervalMs, path, parent)
+{}
+
+GifEditorDialog::GifEditorDialog(std::shared_ptr<const service::record::FrameStore> frames,
+                                 int intervalMs, const QString& path, QWidget* parent)
+    : QDialog(parent), m_store(std::move(frames)), m_originalFrames(allRows(m_store->count())),
+      m_frames(m_originalFrames), m_reader(std::make_unique<service::record::FrameReader>(m_store)),
       m_intervalMs(intervalMs > 0 ? intervalMs : kDefaultIntervalMs), m_path(path),
-      m_playTimer(new QTimer(this)), m_model(new FrameListModel(this))
+      m_playTimer(new QTimer(this)), m_model(new FrameListModel(this)),
+      m_progressTimer(new QTimer(this))
 {
     setObjectName(QStringLiteral("gifEditorDialog"));
     setWindowFlags(Qt::Dialog | Qt::FramelessWindowHint);
@@ -127,6 +142,7 @@ GifEditorDialog::GifEditorDialog(const QList<QImage>& frames, int intervalMs, co
     setMinimumSize(860, 640);
     resize(960, 720);
     connect(m_playTimer, &QTimer::timeout, this, &GifEditorDialog::advance);
+    connect(m_progressTimer, &QTimer::timeout, this, &GifEditorDialog::showExportProgress);
 
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -150,6 +166,7 @@ GifEditorDialog::~GifEditorDialog()
 void GifEditorDialog::cancelExport()
 {
     if (!m_exportWatcher) return;
+    m_progressTimer->stop();
     *m_exportCancel = true;
     m_exportWatcher->disconnect(this);
     m_exportWatcher->deleteLater();
@@ -434,7 +451,7 @@ void GifEditorDialog::onKeepOnlySelectedFrames()
 {
     const QList<int> rows = selectedRows();
     if (rows.isEmpty()) return;
-    QList<QImage> kept;
+    QList<int> kept;
     for (int row : rows)
         if (row >= 0 && row < m_frames.size()) kept << m_frames.at(row);
     m_frames = kept;
@@ -530,26 +547,40 @@ void GifEditorDialog::doExport(const QString& target)
     stopPlayback();
     setEditingEnabled(false);
     m_exportButton->setText(tr("⏳ 正在后台合成 GIF...", "gif.editor.exporting"));
-    m_preview->setText(
-        tr("⏳ 正在后台极速合成编码高清晰 GIF，请稍候...", "gif.editor.exportingText"));
 
-    const QList<QImage> frames = m_frames;
+    const service::record::FrameSequence frames{m_store, m_frames};
     const int interval = m_intervalMs;
-    const QSize size = frames.first().size();
+    const QSize size = m_store->frameSize();
     m_exportCancel = std::make_shared<std::atomic_bool>(false);
+    m_exportedFrames = std::make_shared<std::atomic_int>(0);
+    showExportProgress();
+    m_progressTimer->start(100);
     m_exportWatcher = new QFutureWatcher<bool>(this);
     connect(m_exportWatcher, &QFutureWatcher<bool>::finished, this,
             [this, target] { finishExport(target); });
     m_exportWatcher->setFuture(QtConcurrent::run(
-        QThreadPool::globalInstance(), [target, frames, interval, size, cancel = m_exportCancel] {
+        QThreadPool::globalInstance(),
+        [target, frames, interval, size, cancel = m_exportCancel, done = m_exportedFrames] {
             QString error;
             return service::record::encodeGif(error, target, frames, interval, size.width(),
-                                              size.height(), cancel.get());
+                                              size.height(), cancel.get(),
+                                              [done](int written) { *done = written; });
         }));
+}
+
+void GifEditorDialog::showExportProgress()
+{
+    m_preview->setText(
+        tr("⏳ 正在后台极速合成编码高清晰 GIF，请稍候...", "gif.editor.exportingText") +
+        QLatin1Char('\n') +
+        tr("Frame %1 of %2", "gif.editor.exportProgress")
+            .arg(m_exportedFrames->load())
+            .arg(m_frames.size()));
 }
 
 void GifEditorDialog::finishExport(const QString& target)
 {
+    m_progressTimer->stop();
     const bool written = m_exportWatcher->result();
     m_exportWatcher->deleteLater();
     m_exportWatcher = nullptr;
@@ -562,8 +593,9 @@ void GifEditorDialog::finishExport(const QString& target)
         return;
     }
 
-    const QPixmap thumbnail =
-        m_frames.isEmpty() ? QPixmap(target) : QPixmap::fromImage(m_frames.first());
+    const QPixmap thumbnail = m_frames.isEmpty()
+                                  ? QPixmap(target)
+                                  : QPixmap::fromImage(m_reader->frame(m_frames.first()));
     service::history::HistoryService::instance().insert(thumbnail, target,
                                                         core::HistoryCategory::Recording);
     // The file rather than the picture, so that it pastes as an animated GIF.
@@ -600,7 +632,7 @@ void GifEditorDialog::setEditingEnabled(bool enabled)
 
 void GifEditorDialog::refreshModel()
 {
-    m_model->setFrames(m_frames);
+    m_model->setFrames(m_store, m_frames);
     const QSignalBlocker blocker(m_slider);
     m_slider->setRange(0, std::max(int(m_frames.size()) - 1, 0));
     updateCountLabel();
@@ -639,11 +671,19 @@ void GifEditorDialog::showPreview()
         m_preview->setText(tr("暂无剩余帧", "gif.editor.empty"));
         return;
     }
-    const QPixmap frame =
-        QPixmap::fromImage(m_frames.at(std::clamp(m_currentIndex, 0, int(m_frames.size()) - 1)));
+    const QPixmap frame = QPixmap::fromImage(
+        m_reader->frame(m_frames.at(std::clamp(m_currentIndex, 0, int(m_frames.size()) - 1))));
     if (!frame.isNull())
         m_preview->setPixmap(
             frame.scaled(m_preview->size(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
+}
+
+QList<QImage> GifEditorDialog::frames() const
+{
+    QList<QImage> images;
+    for (int row : m_frames)
+        images << m_reader->frame(row);
+    return images;
 }
 
 void GifEditorDialog::updateCountLabel()

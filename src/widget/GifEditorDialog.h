@@ -1,5 +1,7 @@
 #pragma once
 
+#include "service/record/FrameStore.h"
+
 #include <QDialog>
 #include <QImage>
 #include <QList>
@@ -25,12 +27,16 @@ class GifEditorDialog : public QDialog
 {
     Q_OBJECT
 public:
+    GifEditorDialog(std::shared_ptr<const service::record::FrameStore> frames, int intervalMs,
+                    const QString& path, QWidget* parent = nullptr);
+    // Frames of a stored GIF: they are compressed into a store of their own first.
     GifEditorDialog(const QList<QImage>& frames, int intervalMs, const QString& path,
                     QWidget* parent = nullptr);
     // Cancels a running export; the job holds copies of all it uses.
     ~GifEditorDialog() override;
 
-    const QList<QImage>& frames() const { return m_frames; }
+    // The working list decoded: for looking at a few frames, not at a long recording.
+    QList<QImage> frames() const;
     int intervalMs() const { return m_intervalMs; }
     // The file of the last successful export, else the one the dialog was given.
     QString path() const { return m_path; }
@@ -81,6 +87,7 @@ private:
     void doExport(const QString& target);
     void finishExport(const QString& target);
     void setEditingEnabled(bool enabled);
+    void showExportProgress();
     void cancelExport();
     bool discardConfirmed();
     bool exporting() const { return m_exportWatcher != nullptr; }
@@ -90,8 +97,11 @@ private:
     void showPreview();
     void updateCountLabel();
 
-    const QList<QImage> m_originalFrames;
-    QList<QImage> m_frames;
+    const std::shared_ptr<const service::record::FrameStore> m_store;
+    // Rows of the store: every frame as recorded, and the ones still kept, in order.
+    const QList<int> m_originalFrames;
+    QList<int> m_frames;
+    std::unique_ptr<service::record::FrameReader> m_reader;
     int m_intervalMs;
     QString m_path;
     int m_currentIndex = 0;
@@ -101,7 +111,9 @@ private:
 
     FrameListModel* m_model;
     QFutureWatcher<bool>* m_exportWatcher = nullptr;
-    std::shared_ptr<std::atomic_bool> m_exportCancel; // shared with the running job
+    std::shared_ptr<std::atomic_bool> m_exportCancel;  // shared with the running job
+    std::shared_ptr<std::atomic_int> m_exportedFrames; // counted up by the running job
+    QTimer* m_progressTimer;
     QLabel* m_preview = nullptr;
     QPushButton* m_playButton = nullptr;
     QSlider* m_slider = nullptr;

@@ -66,6 +66,10 @@ RecordHud::RecordHud(QWidget* parent) : QWidget(parent, recordOverlayFlags())
         "color:#ffffff; font-family:'Cascadia Mono','Consolas',monospace;font-size:13px;"));
     m_timeLabel->setAccessibleName(tr("Elapsed time", "record.hud.elapsed"));
     layout->addWidget(m_timeLabel);
+    m_timeLeftLabel = new QLabel(this);
+    m_timeLeftLabel->setStyleSheet(QStringLiteral("color:#ffb347; font-size:12px;"));
+    m_timeLeftLabel->setAccessibleName(tr("Recording time left", "record.hud.timeLeftName"));
+    layout->addWidget(m_timeLeftLabel);
     m_pauseButton =
         makeHudButton(this, tr("Pause", "record.hud.pause"), QStringLiteral("rgba(76,194,255,90)"),
                       QStringLiteral("rgba(76,194,255,70)"));
@@ -92,12 +96,15 @@ RecordHud::RecordHud(QWidget* parent) : QWidget(parent, recordOverlayFlags())
     m_keysLabel->setFixedWidth(m_keysLabel->fontMetrics().horizontalAdvance(sample));
     layout->addWidget(m_keysLabel);
     layout->setSizeConstraint(QLayout::SetFixedSize);
+    setTimeLeft(-1);
     followLanguage(this, [this, dot] {
         setAccessibleName(tr("Recording", "record.hud.name"));
         dot->setAccessibleName(accessibleName());
         m_timeLabel->setAccessibleName(tr("Elapsed time", "record.hud.elapsed"));
         m_keysLabel->setAccessibleName(tr("Keys pressed", "record.hud.keys"));
         setPaused(m_paused);
+        m_timeLeftLabel->setAccessibleName(tr("Recording time left", "record.hud.timeLeftName"));
+        setTimeLeft(m_timeLeft);
         m_stopButton->setText(tr("Stop", "record.hud.stop"));
         m_cancelButton->setText(tr("Cancel", "record.hud.cancel"));
     });
@@ -117,6 +124,17 @@ void RecordHud::setPaused(bool paused)
     m_paused = paused;
     m_pauseButton->setText(paused ? tr("Resume", "record.hud.resume")
                                   : tr("Pause", "record.hud.pause"));
+}
+
+void RecordHud::setTimeLeft(int secs)
+{
+    m_timeLeft = secs;
+    // Room for the longest text from the start, so that the strip keeps its size.
+    m_timeLeftLabel->ensurePolished();
+    m_timeLeftLabel->setFixedWidth(m_timeLeftLabel->fontMetrics().horizontalAdvance(
+        tr("%1 s left", "record.hud.timeLeft").arg(29)));
+    m_timeLeftLabel->setText(secs < 0 ? QString()
+                                      : tr("%1 s left", "record.hud.timeLeft").arg(secs));
 }
 
 void RecordHud::setKeyChips(const QStringList& labels)

@@ -20,6 +20,8 @@ public slots:
     void setElapsed(int secs);
     void setPaused(bool paused);
     void setKeyChips(const QStringList& labels);
+    // The seconds until the memory runs out at the current rate; below 0 shows nothing.
+    void setTimeLeft(int secs);
 
 signals:
     void pauseRequested();
@@ -31,11 +33,13 @@ protected:
 
 private:
     QLabel* m_timeLabel = nullptr;
+    QLabel* m_timeLeftLabel = nullptr;
     QPushButton* m_pauseButton = nullptr;
     QPushButton* m_stopButton = nullptr;
     QPushButton* m_cancelButton = nullptr;
     QLabel* m_keysLabel = nullptr;
     bool m_paused = false;
+    int m_timeLeft = -1;
 };
 
 // Marks a recorded or scrolled region from just outside it; clicks go through it.

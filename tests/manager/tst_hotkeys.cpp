@@ -124,10 +124,12 @@ private Q_SLOTS:
         app::HotkeyBindings bindings(hotkeys, actions);
         bindings.registerAll();
         service::record::RecordingService* recording = actions.recordingService();
-        QList<QImage> frames;
+        std::shared_ptr<const service::record::FrameStore> frames;
         int intervalMs = 0;
         connect(recording, &service::record::RecordingService::framesRecorded, this,
-                [&](const QList<QImage>& f, int ms) { frames = f, intervalMs = ms; });
+                [&](const std::shared_ptr<const service::record::FrameStore>& f, int ms) {
+                    frames = f, intervalMs = ms;
+                });
 
         QVERIFY(xdotool("key ctrl+alt+g"));
         QTRY_VERIFY(shownTopLevel<widget::CaptureOverlay>());
@@ -167,7 +169,7 @@ private Q_SLOTS:
         });
         exporter.start(50);
         QVERIFY(clickButton(hud, "Stop"));
-        QTRY_VERIFY_WITH_TIMEOUT(!frames.isEmpty() && !QApplication::activeModalWidget(), 60000);
+        QTRY_VERIFY_WITH_TIMEOUT(frames && !QApplication::activeModalWidget(), 60000);
 
         const QList<core::HistoryItem> rows =
             service::history::HistoryService::instance().recent(1);
@@ -179,8 +181,8 @@ private Q_SLOTS:
 
         // The file's format is the encoder suite's: here, that the export is the recording.
         QImageReader written(gif);
-        QCOMPARE(written.imageCount(), frames.size());
-        QCOMPARE(written.size(), frames.first().size());
+        QCOMPARE(written.imageCount(), frames->count());
+        QCOMPARE(written.size(), frames->frameSize());
         written.read();
         QCOMPARE(written.nextImageDelay() / 10, intervalMs / 10);
 

@@ -110,8 +110,9 @@ QString findGifski()
     return {};
 }
 
-bool encodeWithGifski(QString& error, const QString& path, const QList<QImage>& frames,
-                      int intervalMs, int width, int height, const std::atomic_bool* cancel)
+bool encodeWithGifski(QString& error, const QString& path, const FrameSequence& frames,
+                      int intervalMs, int width, int height, const std::atomic_bool* cancel,
+                      const ExportProgress& progress)
 {
     const QString gifski = findGifski();
     if (gifski.isEmpty()) {
@@ -159,15 +160,17 @@ bool encodeWithGifski(QString& error, const QString& path, const QList<QImage>& 
         stop(process);
         return fail(QStringLiteral("gifski Y4M header write failed"));
     }
-    for (const QImage& frame : frames) {
+    FrameReader reader(frames.store);
+    for (qsizetype i = 0; i < frames.rows.size(); ++i) {
         if (cancelled(cancel)) {
             stop(process);
             return fail(QStringLiteral("cancelled"));
         }
-        if (!sendAll(process, y4mFrame(frame, width, height), 30000)) {
+        if (!sendAll(process, y4mFrame(reader.frame(frames.rows.at(i)), width, height), 30000)) {
             stop(process);
             return fail(QStringLiteral("gifski Y4M frame write failed"));
         }
+        if (progress) progress(int(i + 1));
     }
     process.closeWriteChannel();
     if (!waitForEnd(process, 300000, cancel)) {

@@ -1,9 +1,9 @@
 #include "RecordingService.h"
 
+#include "CapturePipeline.h"
 #include "core/ConfigManager.h"
 #include "platform/Memory.h"
 #include "service/capture/OutputFile.h"
-#include "service/capture/ScreenGrabber.h"
 
 #include <QDateTime>
 #include <QGuiApplication>
@@ -26,9 +26,12 @@ constexpr qint64 kClickMarkMs = 300;
 constexpr qint64 kKeyChipMs = 1499;
 constexpr int kChipsOnFrame = 5;
 constexpr int kChipsOnHud = 6;
-// Frames stay uncompressed until the editor exports them; the editor, the encoder and the
-// rest of the desktop need the remainder.
+// The compressed frames may take this share; the editor, the encoder and the rest of the
+// desktop need the remainder.
 constexpr double kAvailableMemoryShare = 0.4;
+// The HUD tells the time left once it is shorter than this, from the rate over the window.
+constexpr int kTimeLeftShownSecs = 30;
+constexpr qint64 kRateWindowMs = 5000;
 
 qint64 nowMs()
 {
@@ -38,14 +41,6 @@ qint64 nowMs()
 int evenSide(int side)
 {
     return std::max(side & ~1, 2);
-}
-
-QImage grabFrame(const QRect& region, const QRect& grabRect)
-{
-    QPixmap pixmap = capture::grabRegion(region);
-    // Partly off the screens: the canvas copy keeps the size and fills what lies outside.
-    if (pixmap.size() != region.size()) pixmap = capture::grabAllScreens().copy(grabRect);
-    return pixmap.toImage().convertToFormat(QImage::Format_RGB32);
 }
 
 qint64 measuredBudget()
@@ -119,7 +114,8 @@ QSize RecordingService::outputSize(const QSize& region)
 
 int RecordingService::intervalForFps(int fps)
 {
-    return std::clamp(1000 / std::max(fps, 1), 50, 1000);
+    // 30 fps is the most that is offered, and it records at 30.
+    return std::clamp(1000 / std::max(fps, 1), 33, 1000);
 }
 
 QStringList RecordingService::keyChipsAt(qint64 frameTimeMs, const QList<KeyEvent>& keys)
@@ -159,6 +155,8 @@ void RecordingService::recordGif(QRect region, int durationSecs, int fps)
     m_pauseStartedMs = 0;
     m_pausedTotalMs = 0;
     m_startedAtMs = nowMs();
+    m_storedBytes = 0;
+    m_storedHistory.clear();
     if (!m_tickTimer) {
         m_tickTimer = new QTimer(this);
         connect(m_tickTimer, &QTimer::timeout, this, &RecordingService::onTick);
@@ -169,6 +167,7 @@ void RecordingService::recordGif(QRect region, int durationSecs, int fps)
     const QScreen* primary = QGuiApplication::primaryScreen();
     const QPoint origin = primary ? primary->virtualGeometry().topLeft() : QPoint();
     const qint64 budget = m_memoryBudget > 0 ? m_memoryBudget : measuredBudget();
+    m_activeBudget = budget;
     const Job job{region.translated(-origin), region, intervalForFps(fps), durationSecs * 1000,
                   outputSize(region.size()),  budget};
     auto* watcher = new QFutureWatcher<GifRecordTaskResult>(this);
@@ -217,22 +216,37 @@ void RecordingService::onTick()
             labels << key.label;
     }
     emit keyChipsChanged(labels);
+    emit timeLeftChanged(m_pauseStartedMs > 0 ? -1 : secondsLeft(now));
+}
+
+int RecordingService::secondsLeft(qint64 now)
+{
+    const qint64 stored = m_storedBytes.load();
+    m_storedHistory.append({now, stored});
+    while (m_storedHistory.size() > 2 && now - m_storedHistory.at(1).first >= kRateWindowMs)
+        m_storedHistory.removeFirst();
+    const auto [since, before] = m_storedHistory.first();
+    if (now - since < 1000 || stored <= before) return -1;
+    const double bytesPerMs = double(stored - before) / double(now - since);
+    const double secs = double(std::max<qint64>(m_activeBudget - stored, 0)) / bytesPerMs / 1000.0;
+    return secs < kTimeLeftShownSecs ? int(secs) : -1;
 }
 
 GifRecordTaskResult RecordingService::runJob(const Job& job)
 {
-    struct RecordedFrame
-    {
-        qint64 timestampMs;
-        QImage image;
-    };
     GifRecordTaskResult result;
     result.intervalMs = job.intervalMs;
-    QList<RecordedFrame> recorded;
+    InputHook* hook = m_inputHook;
+    CapturePipeline pipeline({job.region, job.grabRect, job.outSize, job.memoryBudget,
+                              [hook, region = job.region](QImage& frame, qint64 timeMs) {
+                                  if (hook)
+                                      decorateFrame(frame, timeMs, hook->recentClicks(),
+                                                    hook->recentKeys(), region);
+                              }});
     const qint64 t0 = nowMs();
     qint64 pauseTotal = 0;
     qint64 pauseBegin = 0;
-    qint64 bytes = 0;
+    qint64 next = t0; // when the next frame is due
     while (!m_cancelRequested) {
         if (m_stopRequested) break;
         const qint64 now = nowMs();
@@ -241,42 +255,36 @@ GifRecordTaskResult RecordingService::runJob(const Job& job)
             QThread::msleep(kPausePollMs);
             continue;
         }
-        if (pauseBegin != 0) pauseTotal += now - pauseBegin;
+        if (pauseBegin != 0) {
+            pauseTotal += now - pauseBegin;
+            pauseBegin = 0;
+            next = now;
+        }
         if (job.durationMs > 0 && now - pauseTotal - t0 >= job.durationMs) break;
-        const qint64 grabStart = nowMs();
-        QImage image = grabFrame(job.region, job.grabRect);
-        if (image.size() != job.outSize)
-            image = image.scaled(job.outSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-        image.setDevicePixelRatio(1.0);
-        // The next frame would pass the budget: end as by Stop, keeping what exists.
-        if (bytes + image.sizeInBytes() > job.memoryBudget) {
+        m_storedBytes = pipeline.storedBytes();
+        // The frame that passed the budget was the last: end as by Stop, keeping what exists.
+        if (pipeline.memoryFull()) {
             result.memoryLimitReached = true;
             break;
         }
-        bytes += image.sizeInBytes();
-        recorded.append({now, image});
-        const qint64 spent = nowMs() - grabStart;
-        QThread::msleep(ulong(std::max<qint64>(job.intervalMs - spent, 5)));
-        pauseBegin = 0;
+        if (now >= next) {
+            pipeline.sample(now);
+            // Due times stay on the grid of the interval; a late wake skips what it missed.
+            next = now - next >= job.intervalMs ? now + job.intervalMs : next + job.intervalMs;
+        }
+        QThread::msleep(ulong(std::clamp<qint64>(next - nowMs(), 1, kPausePollMs)));
     }
+    const std::shared_ptr<FrameStore> frames = pipeline.finish();
+    result.memoryLimitReached = result.memoryLimitReached || pipeline.memoryFull();
     if (m_cancelRequested) {
         result.cancelled = true;
         return result;
     }
-    if (recorded.isEmpty()) {
+    if (frames->count() == 0) {
         result.error = QStringLiteral("no frames captured");
         return result;
     }
-    const QList<ClickEvent> clicks =
-        m_inputHook ? m_inputHook->recentClicks() : QList<ClickEvent>();
-    const QList<KeyEvent> keys = m_inputHook ? m_inputHook->recentKeys() : QList<KeyEvent>();
-    result.frames.reserve(recorded.size());
-    // Each frame is painted in place and handed over, so the memory never holds two copies.
-    for (RecordedFrame& frame : recorded) {
-        QImage image = std::move(frame.image);
-        if (m_inputHook) decorateFrame(image, frame.timestampMs, clicks, keys, job.region);
-        result.frames.append(std::move(image));
-    }
+    result.frames = frames;
     const core::ConfigManager& config = core::ConfigManager::instance();
     result.path =
         capture::makeOutputPath(config.outputDir(), config.fileNaming(), QStringLiteral("gif"));

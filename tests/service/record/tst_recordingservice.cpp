@@ -197,9 +197,10 @@ private slots:
         RecordingService service;
         QStringList order;
         qsizetype frames = 0;
-        connect(
-            &service, &RecordingService::framesRecorded, this,
-            [&](const QList<QImage>& recorded) { order << "frames", frames = recorded.size(); });
+        connect(&service, &RecordingService::framesRecorded, this,
+                [&](const std::shared_ptr<const FrameStore>& recorded) {
+                    order << "frames", frames = recorded->count();
+                });
         connect(&service, &RecordingService::gifCompleted, this, [&] { order << "completed"; });
         service.recordGif(QRect(10, 10, 40, 30), 5, 10);
         service.togglePause();
@@ -212,14 +213,14 @@ private slots:
     void memoryBudgetStopsCleanly()
     {
         RecordingService service;
-        const QImage frame(RecordingService::outputSize({40, 30}), QImage::Format_RGB32);
-        service.setMemoryBudget(frame.sizeInBytes() * 7 / 2);
+        // The first compressed frame already passes the budget, and is the last.
+        service.setMemoryBudget(1);
         QSignalSpy limited(&service, &RecordingService::memoryLimitReached);
         QSignalSpy recorded(&service, &RecordingService::framesRecorded);
         service.recordGif(QRect(10, 10, 40, 30), 0, 20); // manual: only the budget ends it
         QVERIFY(recorded.wait(20000));
         QCOMPARE(limited.size(), 1);
-        QCOMPARE(recorded.first().first().value<QList<QImage>>().size(), 3);
+        QCOMPARE(recorded.first().first().value<std::shared_ptr<const FrameStore>>()->count(), 1);
     }
 
     void cancelDuringPause()

@@ -7,7 +7,10 @@
 // "clipboard X" and replaced by "from probe: X", or by a 16x8 picture where X is "image",
 // then "clipboard answered"; where X is "hold" the clipboard is kept open ("clipboard held")
 // until the next press on the window ("clipboard released").
+// With --log TEXT it only writes TEXT to Zelmor's log as the programs do, but without their
+// manifest's UTF-8 code page: as on a Windows older than 10 1903, which ignores that.
 
+#include "core/Log.h"
 #include "core/Resources.h"
 #include "manager/HotkeyService.h"
 #include "platform/InputObserver.h"
@@ -102,6 +105,13 @@ void answerClipboard(HWND window)
 
 int main(int argc, char** argv)
 {
+    if (argc == 3 && qstrcmp(argv[1], "--log") == 0) {
+        QCoreApplication app(argc, argv);
+        QCoreApplication::setOrganizationName(QStringLiteral("Zelmor"));
+        QCoreApplication::setApplicationName(QStringLiteral("Zelmor"));
+        zelmor::core::writeLogLine(QString::fromLocal8Bit(argv[2]));
+        return 0;
+    }
     QApplication app(argc, argv);
     zelmor::core::initResources();
     checkIcons();

@@ -63,7 +63,11 @@ mkdir -p "$files"
   find . -type f | sed 's|^\./||' | sort | while read -r file; do
     dir=$(dirname "$file")
     if [ "$dir" != "$previous" ]; then
-      [ "$dir" = . ] && echo 'SetOutPath "$INSTDIR"' || echo "SetOutPath \"\$INSTDIR\\${dir//\//\\}\""
+      if [ "$dir" = . ]; then
+        echo "SetOutPath \"\$INSTDIR\""
+      else
+        echo "SetOutPath \"\$INSTDIR\\${dir//\//\\}\""
+      fi
       previous=$dir
     fi
     echo "File \"$PWD/$file\""

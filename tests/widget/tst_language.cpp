@@ -94,13 +94,6 @@ class TestLanguage : public QObject
     std::unique_ptr<ActionManager> m_actions;
     std::unique_ptr<TrayService> m_tray;
 
-    QStringList trayTexts() const
-    {
-        QStringList out;
-        for (const QAction* a : m_tray->menu()->actions())
-            out << a->text();
-        return out;
-    }
     SettingsDialog* settings() const
     {
         return static_cast<SettingsDialog*>(m_window->pageWidget(MainWindow::SettingsPage));
@@ -202,8 +195,11 @@ private Q_SLOTS:
 
         QVERIFY(menuBefore.isNull());
         QCOMPARE(m_tray->trayIcon()->contextMenu(), m_tray->menu());
+        QStringList tray;
+        for (const QAction* a : m_tray->menu()->actions())
+            tray << a->text();
         for (const char* row : {"区域截图", "历史记录", "设置...", "退出"})
-            QVERIFY2(trayTexts().contains(QString::fromUtf8(row)), row);
+            QVERIFY2(tray.contains(QString::fromUtf8(row)), row);
         QListWidget* nav = settings()->navigation();
         QStringList shown;
         for (int row = 0; row < nav->count(); ++row)

@@ -56,6 +56,23 @@ Recording record(RecordingService& service, const QRect& region, int seconds, in
     return result;
 }
 
+// The mean and the longest time of reading every frame one step after the other.
+std::pair<double, double> stepping(const std::shared_ptr<const FrameStore>& store, int step)
+{
+    FrameReader reader(store);
+    double total = 0, worst = 0;
+    const int count = store->count();
+    for (int i = 0; i < count; ++i) {
+        QElapsedTimer clock;
+        clock.start();
+        reader.frame(step > 0 ? i : count - 1 - i);
+        const double ms = clock.nsecsElapsed() / 1e6;
+        total += ms;
+        worst = std::max(worst, ms);
+    }
+    return {total / std::max(count, 1), worst};
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -81,6 +98,12 @@ int main(int argc, char** argv)
                 longSeconds, qlonglong(full.frames), double(full.frames) / longSeconds,
                 zelmor::bench::peakResidentKiB() / 1024, full.store->storedBytes() / 1048576.0,
                 full.memoryLimit ? " (stopped by the memory budget)" : "");
+
+    const auto [forwardMs, forwardWorst] = stepping(full.store, 1);
+    const auto [backwardMs, backwardWorst] = stepping(full.store, -1);
+    std::printf("decoding 1920x1080 frames in the editor's reader: playing %.1f ms a frame (at "
+                "most %.1f), stepping back %.1f ms (at most %.1f)\n",
+                forwardMs, forwardWorst, backwardMs, backwardWorst);
 
     const int seconds = 10;
     const Recording fast = record(service, QRect(0, 0, 1280, 720), seconds, 30);

@@ -3,7 +3,7 @@
 // recording of 1920x1080 at 15 fps (60 s unless told), and the frame rate reached when 30 fps
 // are asked at 1280x720, and the export of a recording of 800x600 (900 frames unless told):
 // from the compressed store on every core, and on one thread over the decoded images, as
-// the recorder kept them before.
+// the recorder kept them before; and how soon a cancel in a pause ends.
 //   scripts/x-session.sh build/bench/zelmor-bench-record [seconds of the long recording]
 //                                                       [frames to export]
 
@@ -18,6 +18,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QTimer>
 
 #include <cstdio>
 
@@ -54,6 +55,23 @@ Recording record(RecordingService& service, const QRect& region, int seconds, in
     QObject::disconnect(limit);
     QObject::disconnect(done);
     return result;
+}
+
+double cancelInPauseMs(RecordingService& service)
+{
+    QEventLoop loop;
+    QElapsedTimer clock;
+    const auto done =
+        QObject::connect(&service, &RecordingService::gifCancelled, &loop, &QEventLoop::quit);
+    service.recordGif(QRect(0, 0, 1920, 1080), 0, 15);
+    service.togglePause();
+    QTimer::singleShot(500, &loop, [&] {
+        clock.start();
+        service.cancel();
+    });
+    loop.exec();
+    QObject::disconnect(done);
+    return clock.nsecsElapsed() / 1e6;
 }
 
 // The mean and the longest time of reading every frame one step after the other.
@@ -133,6 +151,7 @@ int main(int argc, char** argv)
                 "on one thread over the images\n",
                 qlonglong(sequence.rows.size()), fromStore, QThread::idealThreadCount(),
                 clock.elapsed() / 1000.0);
+    std::printf("cancel during a pause: gone after %.1f ms\n", cancelInPauseMs(service));
     xterm.kill();
     xterm.waitForFinished(3000);
     return 0;

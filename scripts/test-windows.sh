@@ -120,6 +120,8 @@ wine reg query "\$run_key" /v Zelmor 2>/dev/null | grep -qF 'AppData\\Local\\Pro
   { echo "not ok - the upgrade dropped the start with Windows" >&2; exit 1; }
 ! pgrep -f 'zelmor.exe --capture-fullscreen' >/dev/null ||
   { echo "not ok - the program runs on after the upgrade" >&2; exit 1; }
+grep -q 'quitting, as another start asked' "\$roaming/Zelmor/zelmor.log" ||
+  { echo "not ok - the upgrade ended the program by force instead of asking it to quit" >&2; exit 1; }
 echo "ok - Zelmor-Qt-Setup.exe /S installed again over the running program, starting with Windows"
 wine "\$installed/uninstall.exe" /S
 # The uninstaller goes on from a copy of itself in the temporary folder.

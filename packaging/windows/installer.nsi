@@ -77,7 +77,7 @@ LangString ZelmorStillRunning ${LANG_ENGLISH} "Zelmor could not be closed. Quit 
 LangString ZelmorStillRunning ${LANG_SIMPCHINESE} "无法关闭 Zelmor。请从通知区域的图标退出它，然后重试。"
 
 ; A running copy holds its program and libraries open, so neither can be replaced or removed:
-; it is closed first, after asking. Its settings and history are written as they change.
+; it is closed first, after asking.
 !macro CLOSE_ZELMOR un
 Function ${un}CloseZelmor
   StrCpy $R0 0
@@ -109,6 +109,13 @@ Function ${un}CloseZelmor
       SetErrorLevel 1
       Quit
       close:
+      ; Asked first, so that it ends as from its tray menu and returns when it has; only what
+      ; is still running a second later (an older version, a tool server) is ended by force.
+      ${If} ${FileExists} "$INSTDIR\zelmor.exe"
+        nsExec::Exec '"$INSTDIR\zelmor.exe" --quit'
+        Pop $R1
+      ${EndIf}
+    ${ElseIf} $R0 == 4
       nsExec::Exec 'taskkill /F /IM zelmor.exe'
       Pop $R1
       nsExec::Exec 'taskkill /F /IM zelmor-mcp.exe'

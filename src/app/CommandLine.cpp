@@ -15,6 +15,7 @@ constexpr char kUsage[] = "Usage: zelmor [option]\n"
                           "running one.\n\n"
                           "  --capture-region      open the region capture once started\n"
                           "  --capture-fullscreen  capture all screens once started\n"
+                          "  --quit                ask the running one to quit, and wait for it\n"
                           "  -h, --help            show this help and exit\n"
                           "  -v, --version         show the version and exit\n";
 
@@ -34,6 +35,11 @@ const char* firstCaptureSwitch(int argc, const char* const* argv)
         for (const char* known : {"--capture-region", "--capture-fullscreen"})
             if (std::strcmp(argv[i], known) == 0) return known;
     return nullptr;
+}
+
+bool quitRequested(int argc, const char* const* argv)
+{
+    return given(argc, argv, {"--quit"});
 }
 
 bool printInformation(int argc, const char* const* argv)

@@ -30,14 +30,17 @@ bool SingleInstance::tryAcquire()
     return true;
 }
 
-bool SingleInstance::notifyRunningInstance()
+bool SingleInstance::notifyRunningInstance(Request request)
 {
     QLocalSocket socket;
     socket.connectToServer(serverName(), QIODevice::ReadWrite);
     if (!socket.waitForConnected(500)) return false;
-    socket.write("raise\n");
+    const bool quit = request == Request::Quit;
+    socket.write(quit ? "quit\n" : "raise\n");
     socket.flush();
     socket.waitForBytesWritten(500);
+    // The running instance holds the connection until it ends.
+    if (quit && socket.state() == QLocalSocket::ConnectedState) socket.waitForDisconnected(10000);
     return true;
 }
 
@@ -63,7 +66,14 @@ void SingleInstance::onNewConnection()
     QLocalSocket* socket = m_server->nextPendingConnection();
     if (!socket) return;
     socket->waitForReadyRead(200);
-    socket->readAll(); // whatever was sent, a connection means "raise"
+    // Anything but a quit, older versions' empty connections included, means "raise".
+    if (socket->readLine(64).trimmed() == "quit") {
+        // Kept open, a child of the server, so the asking process sees this one end.
+        core::writeLogLine(QStringLiteral("[instance] quitting, as another start asked"));
+        Q_EMIT core::EventBus::instance().emitted(QStringLiteral("singleInstanceQuitRequested"),
+                                                  {});
+        return;
+    }
     socket->deleteLater();
     Q_EMIT core::EventBus::instance().emitted(QStringLiteral("singleInstanceRaiseRequested"), {});
 }

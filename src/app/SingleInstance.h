@@ -7,15 +7,17 @@ class QLocalServer;
 namespace zelmor::app {
 
 // Keeps one Zelmor per user: the first process listens on a local socket in the user's
-// private runtime folder, and any connection to it asks that process to come forward.
+// private runtime folder; a connection asks that process to come forward, or to quit.
 class SingleInstance : public QObject
 {
     Q_OBJECT
 public:
     // True when no other instance answered; this process then holds the guard.
     static bool tryAcquire();
-    // Asks the running instance to raise itself; true when it could be reached.
-    static bool notifyRunningInstance();
+    enum class Request { Raise, Quit };
+    // Passes the request to the running instance; true when it could be reached. A quit
+    // waits until that instance has ended, for at most ten seconds.
+    static bool notifyRunningInstance(Request request);
     // The socket's full path.
     static QString serverName();
 

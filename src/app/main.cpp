@@ -47,10 +47,13 @@ int main(int argc, char** argv)
     application.reloadTranslators();
     core::startupTrace("translators loaded");
 
+    using Request = app::SingleInstance::Request;
+    const bool quit = app::quitRequested(argc, argv);
     if (!app::SingleInstance::tryAcquire()) {
-        app::SingleInstance::notifyRunningInstance();
+        app::SingleInstance::notifyRunningInstance(quit ? Request::Quit : Request::Raise);
         return 0;
     }
+    if (quit) return 0; // none was running
     core::startupTrace("single-instance locked");
     core::recordDisplaySession();
 
@@ -93,9 +96,11 @@ int main(int argc, char** argv)
     core::startupTrace("hotkeys registered");
 
     QObject::connect(&core::EventBus::instance(), &core::EventBus::emitted, &mainWindow,
-                     [&mainWindow](const QString& name, const QVariantMap&) {
+                     [&mainWindow, &actionManager](const QString& name, const QVariantMap&) {
                          if (name == QLatin1String("singleInstanceRaiseRequested"))
                              mainWindow.showHistory();
+                         else if (name == QLatin1String("singleInstanceQuitRequested"))
+                             actionManager.quit();
                      });
     core::startupTrace("entering event loop");
     return application.exec();

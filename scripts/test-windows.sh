@@ -115,7 +115,7 @@ echo "ok - the installed program speaks Chinese with Qt's own Chinese texts"
 # settings row turned on.
 run_key='HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run'
 wine reg add "\$run_key" /v Zelmor /d '"C:/users/somebody/zelmor.exe"' /f >/dev/null
-wine "\$setup" /S || { echo "not ok - the installer failed over the running program" >&2; exit 1; }
+wine "\$setup" /S || { echo "not ok - the installer failed over the running program: \$?" >&2; pgrep -af zelmor >&2; tail -3 "\$roaming/Zelmor/zelmor.log" >&2; exit 1; }
 wine reg query "\$run_key" /v Zelmor 2>/dev/null | grep -qF 'AppData\\Local\\Programs\\Zelmor\\zelmor.exe' ||
   { echo "not ok - the upgrade dropped the start with Windows" >&2; exit 1; }
 ! pgrep -f 'zelmor.exe --capture-fullscreen' >/dev/null ||

@@ -61,20 +61,34 @@ SingleInstance::SingleInstance() : m_server(new QLocalServer(this))
     connect(m_server, &QLocalServer::newConnection, this, &SingleInstance::onNewConnection);
 }
 
+// Requests are single lines; a connection that ends without one, as tryAcquire's probe,
+// asks nothing. Several connections may be waiting behind one signal.
 void SingleInstance::onNewConnection()
 {
-    QLocalSocket* socket = m_server->nextPendingConnection();
-    if (!socket) return;
-    socket->waitForReadyRead(200);
-    // Anything but a quit, older versions' empty connections included, means "raise".
-    if (socket->readLine(64).trimmed() == "quit") {
-        // Kept open, a child of the server, so the asking process sees this one end.
+    while (QLocalSocket* socket = m_server->nextPendingConnection()) {
+        connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+        connect(socket, &QLocalSocket::readyRead, this, [this, socket] { serve(socket); });
+        serve(socket);
+    }
+}
+
+void SingleInstance::serve(QLocalSocket* socket)
+{
+    constexpr qint64 kLongestRequest = 64;
+    if (!socket->canReadLine()) {
+        if (socket->bytesAvailable() > kLongestRequest) socket->abort();
+        return;
+    }
+    const QByteArray request = socket->readLine(kLongestRequest).trimmed();
+    socket->disconnect(this); // one request a connection
+    if (request == "quit") {
+        // Left open, so the asking process sees this one end.
         core::writeLogLine(QStringLiteral("[instance] quitting, as another start asked"));
         Q_EMIT core::EventBus::instance().emitted(QStringLiteral("singleInstanceQuitRequested"),
                                                   {});
         return;
     }
-    socket->deleteLater();
+    socket->disconnectFromServer();
     Q_EMIT core::EventBus::instance().emitted(QStringLiteral("singleInstanceRaiseRequested"), {});
 }
 

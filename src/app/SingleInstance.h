@@ -3,6 +3,7 @@
 #include <QObject>
 
 class QLocalServer;
+class QLocalSocket;
 
 namespace zelmor::app {
 
@@ -25,6 +26,7 @@ private:
     SingleInstance();
     static SingleInstance& instance();
     void onNewConnection();
+    void serve(QLocalSocket* socket);
 
     QLocalServer* m_server;
 };

@@ -12,6 +12,8 @@ packages=(
   libxcb1-dev libxcb-xtest0-dev libxcb-record0-dev libxcb-randr0-dev libxcb-xinput-dev
   libxcb-keysyms1-dev libxcb-shm0-dev libxcb-xfixes0-dev libxcb-xkb-dev libx11-dev libx11-xcb-dev
   libxkbcommon-dev libatspi2.0-dev
+  # the Wayland backend: the client library and wayland-scanner for the protocol code
+  libwayland-dev libwayland-bin
   # recorded frames are kept compressed with zstd
   libzstd-dev
   # local text recognition: the engine's header to build, the engine and its languages to run
@@ -21,6 +23,8 @@ packages=(
   # run and test
   fonts-dejavu-core fonts-liberation2 fonts-noto-cjk fonts-noto-color-emoji at-spi2-core dbus dbus-x11 xvfb xauth x11-utils openbox trayer
   xdotool xclip xdg-utils xcompmgr
+  # the Wayland test session: headless sway with Xwayland, Qt's Wayland plugin, a reference grab
+  sway xwayland grim wl-clipboard wayland-utils qt6-wayland
   # programs of other makers that the scroll capture is checked on: a pager and a GTK text view
   xterm less zenity
   # independent GIF readers for the encoder tests, and the benchmark's reference encoder

@@ -1,0 +1,97 @@
+#!/usr/bin/env bash
+# Runs a command inside a private Wayland test session: headless sway with one 1920x1080
+# output and Xwayland, on a D-Bus session bus of its own. sway refuses to run as root, so
+# root runs the session and the command as the user zelmor-wl (made when missing), with a
+# temporary HOME; any other user runs it as itself. Everything started here is torn down
+# when the command ends, fails or times out.
+#   scripts/wayland-session.sh [--timeout SECONDS] COMMAND [ARGS...]
+# The command sees WAYLAND_DISPLAY, Xwayland's DISPLAY and XDG_SESSION_TYPE=wayland; Qt picks
+# its platform plugin from QT_QPA_PLATFORM as the command sets it.
+set -u
+
+limit=1500
+while [ $# -gt 0 ]; do
+  case "$1" in
+    --timeout) limit=$2; shift 2 ;;
+    *) break ;;
+  esac
+done
+[ $# -gt 0 ] || { echo "usage: $0 [--timeout SECONDS] COMMAND [ARGS...]" >&2; exit 2; }
+here=$(cd "$(dirname "$0")" && pwd)
+
+# The packages of the session, installed on demand like the Windows check's.
+packages=(sway xwayland grim wl-clipboard wayland-utils qt6-wayland dbus)
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+  sudo=()
+  [ "$(id -u)" -eq 0 ] || sudo=(sudo)
+  "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends \
+    "${missing[@]}" >&2
+fi
+
+if [ -z "${ZELMOR_WAYLAND_INNER:-}" ]; then
+  base=$(mktemp -d /tmp/zelmor-wlsession.XXXXXX)
+  chmod 755 "$base"
+  trap 'rm -rf "$base"' EXIT
+  as_user=()
+  if [ "$(id -u)" -eq 0 ]; then
+    user=zelmor-wl
+    id -u "$user" >/dev/null 2>&1 ||
+      useradd --system --no-create-home --home-dir /nonexistent --shell /usr/sbin/nologin "$user"
+    as_user=(setpriv --reuid="$user" --regid="$user" --init-groups --reset-env)
+    mkdir "$base/home" "$base/run"
+    chown "$user:" "$base/home" "$base/run"
+  else
+    mkdir "$base/home" "$base/run"
+  fi
+  chmod 700 "$base/home" "$base/run"
+  home=$base/home
+  # --reset-env drops the caller's environment; what the command needs is passed on here.
+  "${as_user[@]}" env -i PATH="$PATH" LANG="${LANG:-C.UTF-8}" ${LC_ALL:+LC_ALL=$LC_ALL} \
+    ${ZELMOR_BIN_DIR:+ZELMOR_BIN_DIR=$ZELMOR_BIN_DIR} ${QT_QPA_PLATFORM:+QT_QPA_PLATFORM=$QT_QPA_PLATFORM} \
+    HOME="$home" XDG_CONFIG_HOME="$home/config" XDG_DATA_HOME="$home/data" \
+    XDG_CACHE_HOME="$home/cache" XDG_RUNTIME_DIR="$base/run" TMPDIR=/tmp \
+    ZELMOR_WAYLAND_INNER=1 dbus-run-session -- "$here/wayland-session.sh" --timeout "$limit" "$@"
+  exit $?
+fi
+
+pids=()
+cleanup() {
+  for ((i=${#pids[@]}-1; i>=0; i--)); do kill "${pids[i]}" 2>/dev/null; done
+  for p in "${pids[@]}"; do wait "$p" 2>/dev/null; done
+}
+trap cleanup EXIT
+trap 'exit 130' INT TERM
+
+log=$XDG_RUNTIME_DIR/sway.log
+cat >"$XDG_RUNTIME_DIR/sway.config" <<CONFIG
+output HEADLESS-1 resolution 1920x1080 position 0 0 bg #2050a0 solid_color
+xwayland enable
+exec env > $XDG_RUNTIME_DIR/sway-env
+CONFIG
+WLR_BACKENDS=headless WLR_LIBINPUT_NO_DEVICES=1 WLR_RENDERER=pixman \
+  sway --config "$XDG_RUNTIME_DIR/sway.config" >"$log" 2>&1 &
+pids+=($!)
+
+# sway writes its children's environment once Xwayland is up; a session that cannot start
+# is an error, not a hang, and says why with sway's own log.
+for _ in $(seq 600); do
+  grep -q '^DISPLAY=' "$XDG_RUNTIME_DIR/sway-env" 2>/dev/null && break
+  kill -0 "${pids[0]}" 2>/dev/null || break
+  sleep 0.05
+done
+grep -q '^DISPLAY=' "$XDG_RUNTIME_DIR/sway-env" 2>/dev/null ||
+  { echo "wayland-session: sway did not start" >&2; cat "$log" >&2; exit 3; }
+export WAYLAND_DISPLAY DISPLAY SWAYSOCK
+WAYLAND_DISPLAY=$(sed -n 's/^WAYLAND_DISPLAY=//p' "$XDG_RUNTIME_DIR/sway-env")
+DISPLAY=$(sed -n 's/^DISPLAY=//p' "$XDG_RUNTIME_DIR/sway-env")
+SWAYSOCK=$(sed -n 's/^SWAYSOCK=//p' "$XDG_RUNTIME_DIR/sway-env")
+export XDG_SESSION_TYPE=wayland XDG_CURRENT_DESKTOP=sway
+
+timeout --kill-after=10 "$limit" "$@"
+rc=$?
+[ $rc -eq 124 ] && echo "wayland-session: '$*' timed out after ${limit}s" >&2
+exit $rc

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs the whole test suite inside a private X test
-# session, with HOME and the XDG folders in a temporary folder; then builds the Windows
+# session, with HOME and the XDG folders in a temporary folder (the Wayland checks start a
+# Wayland session of their own, scripts/wayland-session.sh); then builds the Windows
 # edition and checks it under Wine (ZELMOR_WINDOWS_CHECK=0 leaves that out).
 set -euo pipefail
 cd "$(dirname "$0")/.."

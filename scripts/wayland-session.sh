@@ -41,7 +41,10 @@ if [ -z "${ZELMOR_WAYLAND_INNER:-}" ]; then
     user=zelmor-wl
     id -u "$user" >/dev/null 2>&1 ||
       useradd --system --no-create-home --home-dir /nonexistent --shell /usr/sbin/nologin "$user"
-    as_user=(setpriv --reuid="$user" --regid="$user" --init-groups --reset-env)
+    # Reading and searching every folder lets the user reach a checkout in a private folder
+    # (CI clones as root, as into /root); files keep their own execute and write permissions.
+    as_user=(setpriv --reuid="$user" --regid="$user" --init-groups --reset-env
+      --inh-caps=+dac_read_search --ambient-caps=+dac_read_search)
     mkdir "$base/home" "$base/run"
     chown "$user:" "$base/home" "$base/run"
   else

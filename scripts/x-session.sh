@@ -74,6 +74,10 @@ if [ $bare -eq 0 ]; then
   wait_for "trayer" "$runtime/trayer.log" xdotool search --class trayer
 fi
 
+# A Wayland desktop around the developer's shell is not this session's.
+unset WAYLAND_DISPLAY
+export XDG_SESSION_TYPE=x11
+
 # Starts the accessibility bus, which AT-SPI clients and Qt's bridge expect.
 dbus-send --session --print-reply --dest=org.a11y.Bus /org/a11y/bus org.a11y.Bus.GetAddress \
   >/dev/null 2>&1 || echo "x-session: the AT-SPI bus did not answer" >&2

@@ -32,11 +32,6 @@
         <translation>Capture failed</translation>
     </message>
     <message>
-        <source>Failed to grab screens.</source>
-        <comment>capture.failed.body</comment>
-        <translation>Failed to grab screens.</translation>
-    </message>
-    <message>
         <source>OCR</source>
         <comment>tray.ocr</comment>
         <translation>OCR</translation>
@@ -515,6 +510,19 @@
     <message>
         <source>Tesseract OCR (local) only recognises text. For translation, UI marking and chat, add a provider with a language model in Settings → AI and make it the default.</source>
         <translation>Tesseract OCR (local) only recognises text. For translation, UI marking and chat, add a provider with a language model in Settings → AI and make it the default.</translation>
+    </message>
+</context>
+<context>
+    <name>zelmor::service::capture::CaptureService</name>
+    <message>
+        <source>Zelmor runs through Xwayland here, which cannot see the Wayland desktop. Start Zelmor on Wayland itself (QT_QPA_PLATFORM=wayland).</source>
+        <comment>capture.failed.xwayland</comment>
+        <translation>Zelmor runs through Xwayland here, which cannot see the Wayland desktop. Start Zelmor on Wayland itself (QT_QPA_PLATFORM=wayland).</translation>
+    </message>
+    <message>
+        <source>Failed to grab screens.</source>
+        <comment>capture.failed.body</comment>
+        <translation>Failed to grab screens.</translation>
     </message>
 </context>
 <context>

@@ -32,11 +32,6 @@
         <translation>截图失败</translation>
     </message>
     <message>
-        <source>Failed to grab screens.</source>
-        <comment>capture.failed.body</comment>
-        <translation>无法抓取屏幕画面。</translation>
-    </message>
-    <message>
         <source>OCR</source>
         <comment>tray.ocr</comment>
         <translation>文字识别 (OCR)</translation>
@@ -515,6 +510,19 @@
     <message>
         <source>Tesseract OCR (local) only recognises text. For translation, UI marking and chat, add a provider with a language model in Settings → AI and make it the default.</source>
         <translation>Tesseract OCR（本地）只能识别文字。如需翻译、界面标注和对话，请在 设置 → AI 中添加一个带语言模型的服务商，并设为默认。</translation>
+    </message>
+</context>
+<context>
+    <name>zelmor::service::capture::CaptureService</name>
+    <message>
+        <source>Zelmor runs through Xwayland here, which cannot see the Wayland desktop. Start Zelmor on Wayland itself (QT_QPA_PLATFORM=wayland).</source>
+        <comment>capture.failed.xwayland</comment>
+        <translation>Zelmor 正通过 Xwayland 运行，看不到 Wayland 桌面。请让 Zelmor 直接在 Wayland 上运行（QT_QPA_PLATFORM=wayland）。</translation>
+    </message>
+    <message>
+        <source>Failed to grab screens.</source>
+        <comment>capture.failed.body</comment>
+        <translation>无法抓取屏幕画面。</translation>
     </message>
 </context>
 <context>

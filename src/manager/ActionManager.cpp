@@ -130,8 +130,9 @@ void ActionManager::runAfterMenu(void (ActionManager::*entry)())
 
 void ActionManager::toastCaptureFailed()
 {
-    toast(tr("Capture failed", "capture.failed.title"),
-          tr("Failed to grab screens.", "capture.failed.body"));
+    const QString reason = service::capture::CaptureService::failureReason();
+    core::writeLogLine(QStringLiteral("[capture] failed: ") + reason);
+    toast(tr("Capture failed", "capture.failed.title"), reason);
 }
 
 void ActionManager::connectHistory()
@@ -463,7 +464,10 @@ void ActionManager::copyOnly(const QPixmap& cropped, const QString& body)
 void ActionManager::captureFullscreen()
 {
     const core::CaptureResult result = m_captureService->captureFullscreen();
-    if (result.pixmap.isNull()) return;
+    if (result.pixmap.isNull()) {
+        toastCaptureFailed();
+        return;
+    }
     core::copyPixmapToClipboard(result.pixmap);
     const QString path = newCapturePath();
     service::capture::savePixmapFile(result.pixmap, path);
@@ -483,7 +487,10 @@ void ActionManager::captureWindow()
         return;
     }
     const core::CaptureResult result = m_captureService->captureRegion(window.rect);
-    if (result.pixmap.isNull()) return;
+    if (result.pixmap.isNull()) {
+        toastCaptureFailed();
+        return;
+    }
     core::copyPixmapToClipboard(result.pixmap);
     toast(tr("Captured", "capture.captured.title"), tr("Window captured: %1").arg(window.title));
 }
@@ -500,7 +507,10 @@ void ActionManager::captureDelayed(int secs)
 void ActionManager::copyFullscreen()
 {
     const core::CaptureResult result = m_captureService->captureFullscreen();
-    if (result.pixmap.isNull()) return;
+    if (result.pixmap.isNull()) {
+        toastCaptureFailed();
+        return;
+    }
     core::copyPixmapToClipboard(result.pixmap);
     toast(tr("Captured", "capture.captured.title"),
           tr("Delayed capture done (%1x%2)").arg(result.width).arg(result.height));

@@ -80,7 +80,10 @@ void ActionManager::connectRecording()
 void ActionManager::recordGif()
 {
     const QPixmap pixmap = m_captureService->grabScreens();
-    if (pixmap.isNull()) return;
+    if (pixmap.isNull()) {
+        toastCaptureFailed();
+        return;
+    }
     auto* overlay = takeOverlay(pixmap);
     overlay->setMode(1);
     connect(overlay, &widget::CaptureOverlay::recordStartRequested, this,
@@ -170,7 +173,10 @@ void ActionManager::connectScrolling()
 void ActionManager::scrollCapture()
 {
     const QPixmap pixmap = m_captureService->grabScreens();
-    if (pixmap.isNull()) return;
+    if (pixmap.isNull()) {
+        toastCaptureFailed();
+        return;
+    }
     auto* overlay = takeOverlay(pixmap);
     overlay->setMode(2);
     connect(overlay, &widget::CaptureOverlay::scrollStartRequested, this,

@@ -26,9 +26,18 @@ std::vector<MonitorInfo> listMonitors();
 // Bounding rectangle of all monitors (the whole desktop where no monitor is reported).
 Rect virtualDesktopRect();
 
+// What keeps every grab from seeing the screen, known from the session itself.
+enum class GrabBlocker {
+    None,
+    Xwayland, // an X11 client of a Wayland desktop, which shows it nothing but black
+};
+GrabBlocker screenGrabBlocker();
+
 // Copies a physical desktop rectangle into 32-bit pixels 0xffRRGGBB, row by row, into
 // `dest` with `destStride` pixels per row. Parts of `rect` outside the desktop are set to
-// opaque black. Returns false, leaving `dest` untouched, when the display cannot be read.
+// opaque black. Returns false when the display cannot be read, and where a blocker hands
+// out black instead of the screen, when the copy holds nothing but black; `dest` may then
+// have been written.
 bool grabDesktopRect(const Rect& rect, std::uint32_t* dest, int destStride,
                      GrabMethod method = GrabMethod::Automatic);
 

@@ -104,4 +104,9 @@ bool sharedMemoryGrabAvailable()
     return false;
 }
 
+GrabBlocker screenGrabBlocker()
+{
+    return GrabBlocker::None;
+}
+
 } // namespace zelmor::platform

@@ -10,6 +10,7 @@
 #include <xcb/shm.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <mutex>
 
 namespace zelmor::platform {
@@ -161,6 +162,26 @@ bool grabPlain(X11Connection& x, const Rect& r, std::uint32_t* dest, int destStr
     return true;
 }
 
+bool allBlack(const std::uint32_t* pixels, int stride, int width, int height)
+{
+    for (int row = 0; row < height; ++row) {
+        const std::uint32_t* line = pixels + std::size_t(row) * stride;
+        if (std::any_of(line, line + width, [](std::uint32_t p) { return p != kOpaque; }))
+            return false;
+    }
+    return true;
+}
+
+// Xwayland names its outputs XWAYLAND0, XWAYLAND1 …
+bool servedByXwayland()
+{
+    const char* wayland = std::getenv("WAYLAND_DISPLAY");
+    if (wayland && *wayland) return true;
+    for (const MonitorInfo& m : listMonitors())
+        if (m.name.rfind("XWAYLAND", 0) == 0) return true;
+    return false;
+}
+
 void fillBlack(std::uint32_t* dest, int destStride, int width, int height)
 {
     for (int row = 0; row < height; ++row)
@@ -198,6 +219,13 @@ Rect virtualDesktopRect()
     return all;
 }
 
+GrabBlocker screenGrabBlocker()
+{
+    static const GrabBlocker blocker =
+        servedByXwayland() ? GrabBlocker::Xwayland : GrabBlocker::None;
+    return blocker;
+}
+
 bool sharedMemoryGrabAvailable()
 {
     X11Connection* x = X11Connection::shared();
@@ -218,6 +246,9 @@ bool grabDesktopRect(const Rect& rect, std::uint32_t* dest, int destStride, Grab
         if (!ok && method != GrabMethod::SharedMemory)
             ok = grabPlain(*x, inside, target, destStride);
         if (!ok) return false;
+        if (screenGrabBlocker() == GrabBlocker::Xwayland &&
+            allBlack(target, destStride, inside.width, inside.height))
+            return false;
     }
     if (inside.width == rect.width && inside.height == rect.height) return true;
     // Paint the uncovered bands around the copied part black.

@@ -2,6 +2,8 @@
 
 #include "ScreenGrabber.h"
 
+#include "platform/ScreenGrab.h"
+
 #include <QGuiApplication>
 #include <QScreen>
 
@@ -32,6 +34,19 @@ core::CaptureResult CaptureService::captureRegion(const QRect& rect)
 QPixmap CaptureService::grabScreens()
 {
     return grabAllScreens();
+}
+
+QString CaptureService::failureReason()
+{
+    switch (platform::screenGrabBlocker()) {
+    case platform::GrabBlocker::Xwayland:
+        return tr("Zelmor runs through Xwayland here, which cannot see the Wayland desktop. "
+                  "Start Zelmor on Wayland itself (QT_QPA_PLATFORM=wayland).",
+                  "capture.failed.xwayland");
+    case platform::GrabBlocker::None:
+        break;
+    }
+    return tr("Failed to grab screens.", "capture.failed.body");
 }
 
 } // namespace zelmor::service::capture

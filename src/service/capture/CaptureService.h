@@ -30,6 +30,9 @@ public:
     // The frozen screens under an overlay.
     QPixmap grabScreens();
 
+    // Why a grab came back null, and what the user can do about it.
+    static QString failureReason();
+
     // Samples the region on a pool thread while the user scrolls it, or with `autoScroll`
     // scrolls it by the wheel down to the page's end, and saves the stitched image. A start
     // while one runs does nothing.

@@ -36,8 +36,10 @@ const MonitorEntry* monitorForScreen(const QList<MonitorEntry>& monitors, const 
     return found >= 0 ? &monitors[found] : nullptr;
 }
 
+// Qt's own grab, where the platform's failed; behind a blocker it would hand out black too.
 QPixmap grabScreenWindow(QScreen* screen)
 {
+    if (platform::screenGrabBlocker() != platform::GrabBlocker::None) return {};
     return screen->grabWindow(0, 0, 0, -1, -1);
 }
 
@@ -107,14 +109,18 @@ QPixmap grabAllScreens()
     canvas.fill(Qt::black);
     QPainter painter(&canvas);
     const QList<MonitorEntry> monitors = collectMonitors();
+    bool grabbed = false;
     for (int i = 0; i < screens.size(); ++i) {
         QScreen* screen = screens[i];
         const MonitorEntry* monitor = monitorForScreen(monitors, screen, i);
         QPixmap tile = monitor ? grabMonitorRect(monitor->rect) : QPixmap();
         if (tile.isNull()) tile = grabScreenWindow(screen);
-        if (!tile.isNull()) painter.drawPixmap(screen->geometry().translated(-all.topLeft()), tile);
+        if (tile.isNull()) continue;
+        painter.drawPixmap(screen->geometry().translated(-all.topLeft()), tile);
+        grabbed = true;
     }
     painter.end();
+    if (!grabbed) return {};
     return canvas;
 }
 

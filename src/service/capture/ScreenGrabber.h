@@ -17,7 +17,7 @@ struct MonitorEntry
 QList<MonitorEntry> collectMonitors();
 
 // Canvas of all screens in Qt's logical coordinates, one tile per screen scaled into its
-// geometry. A screen that cannot be grabbed stays black.
+// geometry. A screen that cannot be grabbed stays black; null when none can.
 QPixmap grabAllScreens();
 
 // Canvas of the whole desktop in physical pixels, unscaled.

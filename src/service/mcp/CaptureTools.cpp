@@ -179,7 +179,7 @@ McpToolResult captureFullscreenTool(const McpToolArgs&)
 {
     capture::CaptureService service;
     const core::CaptureResult result = service.captureFullscreen();
-    if (result.pixmap.isNull()) return mcpToolError(QStringLiteral("capture failed"));
+    if (result.pixmap.isNull()) return mcpToolError(capture::CaptureService::failureReason());
     return saveCapture(result.pixmap, result.width, result.height);
 }
 
@@ -195,7 +195,7 @@ McpToolResult captureRegionTool(const McpToolArgs& args)
 
     capture::CaptureService service;
     const QPixmap frozen = service.grabScreens();
-    if (frozen.isNull()) return mcpToolError(QStringLiteral("freeze failed"));
+    if (frozen.isNull()) return mcpToolError(capture::CaptureService::failureReason());
     // The rectangle is taken as canvas coordinates as given, with no shift by the desktop's
     // origin.
     const QPixmap cropped = frozen.copy(QRect(x, y, w, h));
@@ -219,7 +219,7 @@ McpToolResult screenshotActiveWindowTool(const McpToolArgs&)
 
     capture::CaptureService service;
     const QPixmap frozen = service.grabScreens();
-    if (frozen.isNull()) return mcpToolError(QStringLiteral("freeze failed"));
+    if (frozen.isNull()) return mcpToolError(capture::CaptureService::failureReason());
     const QPixmap cropped = frozen.copy(rect.intersected(frozen.rect()));
     if (cropped.isNull()) return mcpToolError(QStringLiteral("crop active window failed"));
     return saveCapture(cropped, cropped.width(), cropped.height());

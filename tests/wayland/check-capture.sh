@@ -1,0 +1,55 @@
+#!/usr/bin/env bash
+# Capture in the Wayland test session (run inside scripts/wayland-session.sh): through Xwayland,
+# where the desktop shows an X11 client nothing but black, zelmor and zelmor-mcp report why and
+# write no picture and no history row.
+#   tests/wayland/check-capture.sh BIN_DIR
+set -euo pipefail
+bin=$1
+[ -n "${WAYLAND_DISPLAY:-}" ] || { echo "not ok - no Wayland session" >&2; exit 1; }
+
+# Each check in a home of its own.
+fresh_home() {
+  HOME=$(mktemp -d "${TMPDIR:-/tmp}/zelmor-wlcheck.XXXXXX")
+  export HOME XDG_CONFIG_HOME=$HOME/config XDG_DATA_HOME=$HOME/data XDG_CACHE_HOME=$HOME/cache
+  log=$XDG_DATA_HOME/Zelmor/Zelmor/zelmor.log
+}
+pictures() { find "$HOME" -name '*.png' | sort; }
+
+# The history as the tool server lists it, and a tool call's answer, in one session.
+mcp() {
+  printf '%s\n' \
+    '{"jsonrpc":"2.0","id":1,"method":"initialize","params":{"protocolVersion":"2025-06-18","capabilities":{},"clientInfo":{"name":"check","version":"1"}}}' \
+    '{"jsonrpc":"2.0","method":"notifications/initialized"}' \
+    "{\"jsonrpc\":\"2.0\",\"id\":2,\"method\":\"tools/call\",\"params\":{\"name\":\"$1\",\"arguments\":{}}}" |
+    timeout 60 "$bin/zelmor-mcp" 2>/dev/null | grep '"id":2'
+}
+
+xwayland_capture_fails() {
+  fresh_home
+  QT_QPA_PLATFORM=xcb "$bin/zelmor" --capture-fullscreen >/dev/null 2>&1 &
+  local pid=$!
+  for _ in $(seq 200); do
+    grep -q '\[capture\]' "$log" 2>/dev/null && break
+    sleep 0.05
+  done
+  QT_QPA_PLATFORM=xcb "$bin/zelmor" --quit >/dev/null 2>&1 || true
+  wait "$pid" || true
+  grep -q '\[capture\] failed: .*Xwayland' "$log" ||
+    { echo "not ok - zelmor through Xwayland did not say why it cannot capture:" >&2; tail -3 "$log" >&2; exit 1; }
+  [ -z "$(pictures)" ] || { echo "not ok - zelmor through Xwayland saved $(pictures)" >&2; exit 1; }
+  QT_QPA_PLATFORM=xcb mcp list_history | grep -q '\\"items\\":\[\]' ||
+    { echo "not ok - zelmor through Xwayland left a history row" >&2; exit 1; }
+  echo "ok - zelmor --capture-fullscreen through Xwayland says why and saves nothing"
+
+  fresh_home
+  local answer
+  answer=$(QT_QPA_PLATFORM=xcb mcp capture_fullscreen)
+  grep -q '"isError":true' <<<"$answer" && grep -q 'Xwayland' <<<"$answer" ||
+    { echo "not ok - capture_fullscreen through Xwayland answered: $answer" >&2; exit 1; }
+  [ -z "$(pictures)" ] || { echo "not ok - capture_fullscreen through Xwayland saved $(pictures)" >&2; exit 1; }
+  QT_QPA_PLATFORM=xcb mcp list_history | grep -q '\\"items\\":\[\]' ||
+    { echo "not ok - capture_fullscreen through Xwayland left a history row" >&2; exit 1; }
+  echo "ok - zelmor-mcp capture_fullscreen through Xwayland says why and saves nothing"
+}
+
+xwayland_capture_fails

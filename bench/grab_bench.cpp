@@ -1,7 +1,10 @@
 // Median time of one full-screen grab through each path, side by side.
 //   scripts/x-session.sh build/bench/zelmor-bench-grab [rounds]
+//   scripts/wayland-session.sh env QT_QPA_PLATFORM=wayland build/bench/zelmor-bench-grab [rounds]
 
+#include "core/DisplaySession.h"
 #include "platform/ScreenGrab.h"
+#include "platform/Session.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -48,6 +51,21 @@ int main(int argc, char** argv)
     const QRect r(QPoint(0, 0), screen->size() * screen->devicePixelRatio());
 
     using zelmor::platform::GrabMethod;
+    zelmor::core::tellDisplayServer();
+    if (zelmor::platform::displayServer() == zelmor::platform::DisplayServer::Wayland) {
+        const QRect part(100, 100, 400, 300);
+        const double output =
+            medianMs(rounds, [&] { return platformGrab(r, GrabMethod::Automatic); });
+        const double region =
+            medianMs(rounds, [&] { return platformGrab(part, GrabMethod::Automatic); });
+        std::printf("wlr-screencopy grab, median of %d rounds (ms; -1 = path unavailable)\n",
+                    rounds);
+        std::printf("%-28s %8.2f\n",
+                    qPrintable(QStringLiteral("output %1x%2").arg(r.width()).arg(r.height())),
+                    output);
+        std::printf("%-28s %8.2f\n", "region 400x300", region);
+        return 0;
+    }
     const double plain = medianMs(rounds, [&] { return platformGrab(r, GrabMethod::Plain); });
     const double qt = medianMs(rounds, [&] { return !screen->grabWindow(0).toImage().isNull(); });
     const double shm = medianMs(rounds, [&] { return platformGrab(r, GrabMethod::SharedMemory); });

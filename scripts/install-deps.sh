@@ -13,7 +13,7 @@ packages=(
   libxcb-keysyms1-dev libxcb-shm0-dev libxcb-xfixes0-dev libxcb-xkb-dev libx11-dev libx11-xcb-dev
   libxkbcommon-dev libatspi2.0-dev
   # the Wayland backend: the client library and wayland-scanner for the protocol code
-  libwayland-dev libwayland-bin
+  libwayland-dev libwayland-bin wayland-protocols
   # recorded frames are kept compressed with zstd
   libzstd-dev
   # local text recognition: the engine's header to build, the engine and its languages to run
@@ -24,7 +24,7 @@ packages=(
   fonts-dejavu-core fonts-liberation2 fonts-noto-cjk fonts-noto-color-emoji at-spi2-core dbus dbus-x11 xvfb xauth x11-utils openbox trayer
   xdotool xclip xdg-utils xcompmgr
   # the Wayland test session: headless sway with Xwayland, Qt's Wayland plugin, a reference grab
-  sway xwayland grim wl-clipboard wayland-utils qt6-wayland
+  sway swaybg xwayland grim wl-clipboard wayland-utils qt6-wayland
   # programs of other makers that the scroll capture is checked on: a pager and a GTK text view
   xterm less zenity
   # independent GIF readers for the encoder tests, and the benchmark's reference encoder

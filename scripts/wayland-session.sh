@@ -20,7 +20,7 @@ done
 here=$(cd "$(dirname "$0")" && pwd)
 
 # The packages of the session, installed on demand like the Windows check's.
-packages=(sway xwayland grim wl-clipboard wayland-utils qt6-wayland dbus)
+packages=(sway swaybg xwayland grim wl-clipboard wayland-utils qt6-wayland dbus ffmpeg python-matplotlib-data)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

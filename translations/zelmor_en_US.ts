@@ -524,6 +524,11 @@
         <comment>capture.failed.body</comment>
         <translation>Failed to grab screens.</translation>
     </message>
+    <message>
+        <source>This Wayland desktop lets Zelmor copy no screen: it offers no screen copy protocol (wlr-screencopy). Use a wlroots desktop such as sway, or an X11 session.</source>
+        <comment>capture.failed.noScreencopy</comment>
+        <translation>This Wayland desktop lets Zelmor copy no screen: it offers no screen copy protocol (wlr-screencopy). Use a wlroots desktop such as sway, or an X11 session.</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::service::updater::UpdateService</name>

@@ -524,6 +524,11 @@
         <comment>capture.failed.body</comment>
         <translation>无法抓取屏幕画面。</translation>
     </message>
+    <message>
+        <source>This Wayland desktop lets Zelmor copy no screen: it offers no screen copy protocol (wlr-screencopy). Use a wlroots desktop such as sway, or an X11 session.</source>
+        <comment>capture.failed.noScreencopy</comment>
+        <translation>此 Wayland 桌面不允许 Zelmor 复制屏幕：它未提供屏幕复制协议（wlr-screencopy）。请使用 sway 等 wlroots 桌面，或 X11 会话。</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::service::updater::UpdateService</name>

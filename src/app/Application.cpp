@@ -2,6 +2,7 @@
 
 #include "CommandLine.h"
 #include "core/ConfigManager.h"
+#include "core/DisplaySession.h"
 #include "core/Log.h"
 #include "manager/TrayService.h"
 #include "widget/MainWindow.h"
@@ -31,6 +32,7 @@ Application::Application(int& argc, char** argv) : QApplication(argc, argv)
     setQuitOnLastWindowClosed(false);
     setWindowIcon(QIcon(QStringLiteral(":/icons/app.svg")));
     if (QStyle* fusion = QStyleFactory::create(QStringLiteral("Fusion"))) setStyle(fusion);
+    core::tellDisplayServer();
 }
 
 QStringList Application::translationLocales(const QString& language, const QLocale& system)

@@ -1,8 +1,10 @@
 #include "DisplaySession.h"
 
 #include "Log.h"
+#include "platform/Session.h"
 
 #include <QFile>
+#include <QGuiApplication>
 #include <QSaveFile>
 
 namespace zelmor::core {
@@ -42,6 +44,13 @@ bool adoptRecordedDisplaySession()
     }
     if (adopted) writeLogLine(QStringLiteral("[mcp] using the display the Zelmor window recorded"));
     return adopted;
+}
+
+void tellDisplayServer()
+{
+    const bool wayland = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+    platform::setDisplayServer(wayland ? platform::DisplayServer::Wayland
+                                       : platform::DisplayServer::Usual);
 }
 
 } // namespace zelmor::core

@@ -79,6 +79,7 @@ int main(int argc, char** argv)
 
     const bool display = findDisplay();
     QGuiApplication application(argc, argv);
+    core::tellDisplayServer();
     core::initResources();
     application.setQuitOnLastWindowClosed(false);
     core::writeLogLine(QStringLiteral("[mcp] tools ready on the %1 platform%2")

@@ -29,7 +29,8 @@ Rect virtualDesktopRect();
 // What keeps every grab from seeing the screen, known from the session itself.
 enum class GrabBlocker {
     None,
-    Xwayland, // an X11 client of a Wayland desktop, which shows it nothing but black
+    Xwayland,     // an X11 client of a Wayland desktop, which shows it nothing but black
+    NoScreenCopy, // a Wayland client of a compositor that offers no screen copy protocol
 };
 GrabBlocker screenGrabBlocker();
 

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Capture in the Wayland test session (run inside scripts/wayland-session.sh): through Xwayland,
-# where the desktop shows an X11 client nothing but black, zelmor and zelmor-mcp report why and
-# write no picture and no history row.
+# Capture in the Wayland test session (run inside scripts/wayland-session.sh): on Wayland itself
+# zelmor's full-screen picture is grim's; through Xwayland, where the desktop shows an X11
+# client nothing but black, zelmor and zelmor-mcp report why and write no picture and no
+# history row.
 #   tests/wayland/check-capture.sh BIN_DIR
 set -euo pipefail
 bin=$1
@@ -52,4 +53,34 @@ xwayland_capture_fails() {
   echo "ok - zelmor-mcp capture_fullscreen through Xwayland says why and saves nothing"
 }
 
+# The pixels of a picture, whatever its file format.
+pixels() { ffmpeg -v error -i "$1" -f rawvideo -pix_fmt rgb24 - | md5sum; }
+
+native_capture_is_grims() {
+  fresh_home
+  # A photograph on the desktop, so that every row and column counts.
+  local plain
+  plain=$(grim - | md5sum)
+  swaymsg -q output '*' bg /usr/share/matplotlib/mpl-data/sample_data/grace_hopper.jpg fill
+  for _ in $(seq 100); do
+    [ "$(grim - | md5sum)" != "$plain" ] && break
+    sleep 0.05
+  done
+  QT_QPA_PLATFORM=wayland "$bin/zelmor" --capture-fullscreen >/dev/null 2>&1 &
+  local pid=$! shot=
+  for _ in $(seq 200); do
+    shot=$(pictures | head -1)
+    [ -n "$shot" ] && break
+    sleep 0.05
+  done
+  QT_QPA_PLATFORM=wayland "$bin/zelmor" --quit >/dev/null 2>&1 || true
+  wait "$pid" || true
+  [ -n "$shot" ] || { echo "not ok - zelmor on Wayland saved no picture:" >&2; tail -3 "$log" >&2; exit 1; }
+  grim "$HOME/grim.png"
+  [ "$(pixels "$shot")" = "$(pixels "$HOME/grim.png")" ] ||
+    { echo "not ok - zelmor on Wayland saved another picture than grim's" >&2; exit 1; }
+  echo "ok - zelmor --capture-fullscreen on Wayland saves grim's picture"
+}
+
+native_capture_is_grims
 xwayland_capture_fails

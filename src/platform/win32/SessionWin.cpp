@@ -10,4 +10,19 @@ bool displayReachable()
     return GetDesktopWindow() != nullptr && GetSystemMetrics(SM_CXSCREEN) > 0;
 }
 
+namespace {
+DisplayServer toolkitServer = DisplayServer::Usual;
+}
+
+// Windows has one display server; the value is kept as told.
+void setDisplayServer(DisplayServer server)
+{
+    toolkitServer = server;
+}
+
+DisplayServer displayServer()
+{
+    return toolkitServer;
+}
+
 } // namespace zelmor::platform

@@ -1,7 +1,7 @@
 // Screen copies from the X root window (Windows: BitBlt from the screen DC with CAPTUREBLT),
 // monitors from RandR 1.5 (Windows: EnumDisplayMonitors).
 
-#include "../ScreenGrab.h"
+#include "ScreenGrabX11.h"
 #include "X11Connection.h"
 
 #include <sys/ipc.h>
@@ -13,10 +13,7 @@
 #include <cstdlib>
 #include <mutex>
 
-namespace zelmor::platform {
-
-using x11::Reply;
-using x11::X11Connection;
+namespace zelmor::platform::x11 {
 
 namespace {
 
@@ -211,14 +208,6 @@ std::vector<MonitorInfo> listMonitors()
     return monitors;
 }
 
-Rect virtualDesktopRect()
-{
-    Rect all;
-    for (const MonitorInfo& m : listMonitors())
-        all = united(all, m.rect);
-    return all;
-}
-
 GrabBlocker screenGrabBlocker()
 {
     static const GrabBlocker blocker =
@@ -265,4 +254,4 @@ bool grabDesktopRect(const Rect& rect, std::uint32_t* dest, int destStride, Grab
     return true;
 }
 
-} // namespace zelmor::platform
+} // namespace zelmor::platform::x11

@@ -43,6 +43,11 @@ QString CaptureService::failureReason()
         return tr("Zelmor runs through Xwayland here, which cannot see the Wayland desktop. "
                   "Start Zelmor on Wayland itself (QT_QPA_PLATFORM=wayland).",
                   "capture.failed.xwayland");
+    case platform::GrabBlocker::NoScreenCopy:
+        return tr("This Wayland desktop lets Zelmor copy no screen: it offers no screen copy "
+                  "protocol (wlr-screencopy). Use a wlroots desktop such as sway, or an X11 "
+                  "session.",
+                  "capture.failed.noScreencopy");
     case platform::GrabBlocker::None:
         break;
     }

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "../ScreenGrab.h"
+
+namespace zelmor::platform::wayland {
+
+// The compositor's outputs; empty when no compositor answers.
+std::vector<MonitorInfo> listMonitors();
+
+// As platform::grabDesktopRect, through the wlr-screencopy protocol.
+bool grabDesktopRect(const Rect& rect, std::uint32_t* dest, int destStride);
+
+// A compositor answers and offers wlr-screencopy.
+bool screencopyAvailable();
+
+} // namespace zelmor::platform::wayland

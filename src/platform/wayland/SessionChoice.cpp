@@ -1,0 +1,62 @@
+// Picks the X11 or the Wayland edition of the screen grab by the display server the toolkit
+// talks to (Windows has one edition).
+
+#include "../ScreenGrab.h"
+#include "../Session.h"
+#include "../x11/ScreenGrabX11.h"
+#include "ScreenGrabWayland.h"
+
+#include <atomic>
+
+namespace zelmor::platform {
+
+namespace {
+std::atomic<DisplayServer> toolkitServer{DisplayServer::Usual};
+
+bool onWayland()
+{
+    return toolkitServer == DisplayServer::Wayland;
+}
+} // namespace
+
+void setDisplayServer(DisplayServer server)
+{
+    toolkitServer = server;
+}
+
+DisplayServer displayServer()
+{
+    return toolkitServer;
+}
+
+std::vector<MonitorInfo> listMonitors()
+{
+    return onWayland() ? wayland::listMonitors() : x11::listMonitors();
+}
+
+Rect virtualDesktopRect()
+{
+    Rect all;
+    for (const MonitorInfo& m : listMonitors())
+        all = united(all, m.rect);
+    return all;
+}
+
+bool grabDesktopRect(const Rect& rect, std::uint32_t* dest, int destStride, GrabMethod method)
+{
+    return onWayland() ? wayland::grabDesktopRect(rect, dest, destStride)
+                       : x11::grabDesktopRect(rect, dest, destStride, method);
+}
+
+bool sharedMemoryGrabAvailable()
+{
+    return onWayland() ? wayland::screencopyAvailable() : x11::sharedMemoryGrabAvailable();
+}
+
+GrabBlocker screenGrabBlocker()
+{
+    if (!onWayland()) return x11::screenGrabBlocker();
+    return wayland::screencopyAvailable() ? GrabBlocker::None : GrabBlocker::NoScreenCopy;
+}
+
+} // namespace zelmor::platform

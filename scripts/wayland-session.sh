@@ -47,6 +47,8 @@ if [ -z "${ZELMOR_WAYLAND_INNER:-}" ]; then
       --inh-caps=+dac_read_search --ambient-caps=+dac_read_search)
     mkdir "$base/home" "$base/run"
     chown "$user:" "$base/home" "$base/run"
+    # Xwayland's socket folder, which only root can make as it must be.
+    [ -d /tmp/.X11-unix ] || install -d -m 1777 /tmp/.X11-unix
   else
     mkdir "$base/home" "$base/run"
   fi

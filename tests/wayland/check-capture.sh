@@ -56,9 +56,8 @@ xwayland_capture_fails() {
 # The pixels of a picture, whatever its file format.
 pixels() { ffmpeg -v error -i "$1" -f rawvideo -pix_fmt rgb24 - | md5sum; }
 
-native_capture_is_grims() {
-  fresh_home
-  # A photograph on the desktop, so that every row and column counts.
+# A photograph on every output, so that every row and column counts.
+show_photograph() {
   local plain
   plain=$(grim - | md5sum)
   swaymsg -q output '*' bg /usr/share/matplotlib/mpl-data/sample_data/grace_hopper.jpg fill
@@ -66,6 +65,11 @@ native_capture_is_grims() {
     [ "$(grim - | md5sum)" != "$plain" ] && break
     sleep 0.05
   done
+}
+
+native_capture_is_grims() {
+  local layout=$1
+  fresh_home
   QT_QPA_PLATFORM=wayland "$bin/zelmor" --capture-fullscreen >/dev/null 2>&1 &
   local pid=$! shot=
   for _ in $(seq 200); do
@@ -75,12 +79,28 @@ native_capture_is_grims() {
   done
   QT_QPA_PLATFORM=wayland "$bin/zelmor" --quit >/dev/null 2>&1 || true
   wait "$pid" || true
-  [ -n "$shot" ] || { echo "not ok - zelmor on Wayland saved no picture:" >&2; tail -3 "$log" >&2; exit 1; }
-  grim "$HOME/grim.png"
-  [ "$(pixels "$shot")" = "$(pixels "$HOME/grim.png")" ] ||
-    { echo "not ok - zelmor on Wayland saved another picture than grim's" >&2; exit 1; }
-  echo "ok - zelmor --capture-fullscreen on Wayland saves grim's picture"
+  [ -n "$shot" ] || { echo "not ok - zelmor on Wayland ($layout) saved no picture:" >&2; tail -3 "$log" >&2; exit 1; }
+  local reference
+  reference=$(mktemp "${TMPDIR:-/tmp}/zelmor-grim.XXXXXX.png")
+  grim "$reference"
+  [ "$(pixels "$shot")" = "$(pixels "$reference")" ] ||
+    { echo "not ok - zelmor on Wayland ($layout) saved another picture than grim's" >&2; exit 1; }
+  echo "ok - zelmor --capture-fullscreen on Wayland ($layout) saves grim's picture"
+
+  fresh_home
+  QT_QPA_PLATFORM=wayland mcp capture_fullscreen >/dev/null
+  shot=$(pictures | head -1)
+  [ -n "$shot" ] && [ "$(pixels "$shot")" = "$(pixels "$reference")" ] ||
+    { echo "not ok - zelmor-mcp capture_fullscreen on Wayland ($layout) did not save grim's picture" >&2; exit 1; }
+  echo "ok - zelmor-mcp capture_fullscreen on Wayland ($layout) saves grim's picture"
+  rm -f "$reference"
 }
 
-native_capture_is_grims
+show_photograph
+native_capture_is_grims "one output"
+# A smaller second output to the right leaves a band below it that no output shows.
+swaymsg -q create_output
+swaymsg -q output HEADLESS-2 resolution 1280x720 position 1920 0
+show_photograph
+native_capture_is_grims "two outputs"
 xwayland_capture_fails

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Runs a command inside a private Wayland test session: headless sway with one 1920x1080
-# output and Xwayland, on a D-Bus session bus of its own. sway refuses to run as root, so
+# output and Xwayland, on a D-Bus session bus of its own (weston is at hand for a compositor
+# without the wlr protocols). sway refuses to run as root, so
 # root runs the session and the command as the user zelmor-wl (made when missing), with a
 # temporary HOME; any other user runs it as itself. Everything started here is torn down
 # when the command ends, fails or times out.
@@ -20,7 +21,7 @@ done
 here=$(cd "$(dirname "$0")" && pwd)
 
 # The packages of the session, installed on demand like the Windows check's.
-packages=(sway swaybg xwayland grim wl-clipboard wayland-utils qt6-wayland dbus ffmpeg python-matplotlib-data)
+packages=(sway swaybg weston xwayland grim wl-clipboard wayland-utils qt6-wayland dbus ffmpeg python-matplotlib-data)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
@@ -45,20 +46,20 @@ if [ -z "${ZELMOR_WAYLAND_INNER:-}" ]; then
     # (CI clones as root, as into /root); files keep their own execute and write permissions.
     as_user=(setpriv --reuid="$user" --regid="$user" --init-groups --reset-env
       --inh-caps=+dac_read_search --ambient-caps=+dac_read_search)
-    mkdir "$base/home" "$base/run"
-    chown "$user:" "$base/home" "$base/run"
+    mkdir "$base/home" "$base/run" "$base/tmp"
+    chown "$user:" "$base/home" "$base/run" "$base/tmp"
     # Xwayland's socket folder, which only root can make as it must be.
     [ -d /tmp/.X11-unix ] || install -d -m 1777 /tmp/.X11-unix
   else
-    mkdir "$base/home" "$base/run"
+    mkdir "$base/home" "$base/run" "$base/tmp"
   fi
-  chmod 700 "$base/home" "$base/run"
+  chmod 700 "$base/home" "$base/run" "$base/tmp"
   home=$base/home
   # --reset-env drops the caller's environment; what the command needs is passed on here.
   "${as_user[@]}" env -i PATH="$PATH" LANG="${LANG:-C.UTF-8}" ${LC_ALL:+LC_ALL=$LC_ALL} \
     ${ZELMOR_BIN_DIR:+ZELMOR_BIN_DIR=$ZELMOR_BIN_DIR} ${QT_QPA_PLATFORM:+QT_QPA_PLATFORM=$QT_QPA_PLATFORM} \
     HOME="$home" XDG_CONFIG_HOME="$home/config" XDG_DATA_HOME="$home/data" \
-    XDG_CACHE_HOME="$home/cache" XDG_RUNTIME_DIR="$base/run" TMPDIR=/tmp \
+    XDG_CACHE_HOME="$home/cache" XDG_RUNTIME_DIR="$base/run" TMPDIR="$base/tmp" \
     ZELMOR_WAYLAND_INNER=1 dbus-run-session -- "$here/wayland-session.sh" --timeout "$limit" "$@"
   exit $?
 fi

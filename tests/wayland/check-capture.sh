@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Capture in the Wayland test session (run inside scripts/wayland-session.sh): on Wayland itself
 # zelmor's full-screen picture is grim's; through Xwayland, where the desktop shows an X11
-# client nothing but black, zelmor and zelmor-mcp report why and write no picture and no
-# history row.
+# client nothing but black, and on a compositor without a screen copy protocol (weston), zelmor
+# and zelmor-mcp report why and write no picture and no history row.
 #   tests/wayland/check-capture.sh BIN_DIR
 set -euo pipefail
 bin=$1
@@ -25,32 +25,35 @@ mcp() {
     timeout 60 "$bin/zelmor-mcp" 2>/dev/null | grep '"id":2'
 }
 
-xwayland_capture_fails() {
+# A capture that cannot see the screen: the log and the tool's answer say why (`reason`), and
+# neither a picture nor a history row is left.
+capture_fails() {
+  local where=$1 reason=$2
   fresh_home
-  QT_QPA_PLATFORM=xcb "$bin/zelmor" --capture-fullscreen >/dev/null 2>&1 &
+  "$bin/zelmor" --capture-fullscreen >/dev/null 2>&1 &
   local pid=$!
   for _ in $(seq 200); do
     grep -q '\[capture\]' "$log" 2>/dev/null && break
     sleep 0.05
   done
-  QT_QPA_PLATFORM=xcb "$bin/zelmor" --quit >/dev/null 2>&1 || true
+  "$bin/zelmor" --quit >/dev/null 2>&1 || true
   wait "$pid" || true
-  grep -q '\[capture\] failed: .*Xwayland' "$log" ||
-    { echo "not ok - zelmor through Xwayland did not say why it cannot capture:" >&2; tail -3 "$log" >&2; exit 1; }
-  [ -z "$(pictures)" ] || { echo "not ok - zelmor through Xwayland saved $(pictures)" >&2; exit 1; }
-  QT_QPA_PLATFORM=xcb mcp list_history | grep -q '\\"items\\":\[\]' ||
-    { echo "not ok - zelmor through Xwayland left a history row" >&2; exit 1; }
-  echo "ok - zelmor --capture-fullscreen through Xwayland says why and saves nothing"
+  grep -q "\[capture\] failed: .*$reason" "$log" ||
+    { echo "not ok - zelmor $where did not say why it cannot capture:" >&2; tail -3 "$log" >&2; exit 1; }
+  [ -z "$(pictures)" ] || { echo "not ok - zelmor $where saved $(pictures)" >&2; exit 1; }
+  mcp list_history | grep -q '\\"items\\":\[\]' ||
+    { echo "not ok - zelmor $where left a history row" >&2; exit 1; }
+  echo "ok - zelmor --capture-fullscreen $where says why and saves nothing"
 
   fresh_home
   local answer
-  answer=$(QT_QPA_PLATFORM=xcb mcp capture_fullscreen)
-  grep -q '"isError":true' <<<"$answer" && grep -q 'Xwayland' <<<"$answer" ||
-    { echo "not ok - capture_fullscreen through Xwayland answered: $answer" >&2; exit 1; }
-  [ -z "$(pictures)" ] || { echo "not ok - capture_fullscreen through Xwayland saved $(pictures)" >&2; exit 1; }
-  QT_QPA_PLATFORM=xcb mcp list_history | grep -q '\\"items\\":\[\]' ||
-    { echo "not ok - capture_fullscreen through Xwayland left a history row" >&2; exit 1; }
-  echo "ok - zelmor-mcp capture_fullscreen through Xwayland says why and saves nothing"
+  answer=$(mcp capture_fullscreen)
+  grep -q '"isError":true' <<<"$answer" && grep -q "$reason" <<<"$answer" ||
+    { echo "not ok - capture_fullscreen $where answered: $answer" >&2; exit 1; }
+  [ -z "$(pictures)" ] || { echo "not ok - capture_fullscreen $where saved $(pictures)" >&2; exit 1; }
+  mcp list_history | grep -q '\\"items\\":\[\]' ||
+    { echo "not ok - capture_fullscreen $where left a history row" >&2; exit 1; }
+  echo "ok - zelmor-mcp capture_fullscreen $where says why and saves nothing"
 }
 
 # The pixels of a picture, whatever its file format.
@@ -103,4 +106,13 @@ swaymsg -q create_output
 swaymsg -q output HEADLESS-2 resolution 1280x720 position 1920 0
 show_photograph
 native_capture_is_grims "two outputs"
-xwayland_capture_fails
+QT_QPA_PLATFORM=xcb capture_fails "through Xwayland" Xwayland
+
+weston --backend=headless-backend.so --socket=wayland-weston --idle-time=0 >/dev/null 2>&1 &
+weston=$!
+trap 'kill $weston 2>/dev/null' EXIT
+for _ in $(seq 200); do
+  [ -S "$XDG_RUNTIME_DIR/wayland-weston" ] && break
+  sleep 0.05
+done
+WAYLAND_DISPLAY=wayland-weston QT_QPA_PLATFORM=wayland capture_fails "on weston" wlr-screencopy

@@ -21,7 +21,7 @@ done
 here=$(cd "$(dirname "$0")" && pwd)
 
 # The packages of the session, installed on demand like the Windows check's.
-packages=(sway swaybg weston xwayland grim wl-clipboard wayland-utils qt6-wayland dbus ffmpeg python-matplotlib-data)
+packages=(sway swaybg weston xwayland grim wtype wl-clipboard wayland-utils qt6-wayland dbus ffmpeg python-matplotlib-data)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Capture in the Wayland test session (run inside scripts/wayland-session.sh): on Wayland itself
-# zelmor's full-screen picture is grim's; through Xwayland, where the desktop shows an X11
+# zelmor's full-screen picture is grim's and its overlay covers the output; through Xwayland, where the desktop shows an X11
 # client nothing but black, and on a compositor without a screen copy protocol (weston), zelmor
 # and zelmor-mcp report why and write no picture and no history row.
 #   tests/wayland/check-capture.sh BIN_DIR
@@ -99,8 +99,38 @@ native_capture_is_grims() {
   rm -f "$reference"
 }
 
+# The full-screen state of sway's window of the overlay, empty while there is none.
+overlay_state() {
+  swaymsg -t get_tree | awk '/"name": "Zelmor capture"/ {found=1}
+    found && /"fullscreen_mode"/ {gsub(/[^0-9]/, ""); print; exit}'
+}
+
+overlay_covers_output() {
+  fresh_home
+  QT_QPA_PLATFORM=wayland "$bin/zelmor" --capture-region >/dev/null 2>&1 &
+  local pid=$! state=
+  for _ in $(seq 200); do
+    state=$(overlay_state)
+    [ -n "$state" ] && break
+    sleep 0.05
+  done
+  [ "$state" = 1 ] || { echo "not ok - the overlay on Wayland is no full-screen window: '$state'" >&2; exit 1; }
+  # It has the keyboard, once it has been given focus: Escape closes it.
+  for _ in $(seq 25); do
+    wtype -k Escape
+    sleep 0.2
+    state=$(overlay_state)
+    [ -z "$state" ] && break
+  done
+  QT_QPA_PLATFORM=wayland "$bin/zelmor" --quit >/dev/null 2>&1 || true
+  wait "$pid" || true
+  [ -z "$state" ] || { echo "not ok - Escape left the overlay on Wayland open" >&2; exit 1; }
+  echo "ok - zelmor --capture-region on Wayland covers the output and takes the keyboard"
+}
+
 show_photograph
 native_capture_is_grims "one output"
+overlay_covers_output
 # A smaller second output to the right leaves a band below it that no output shows.
 swaymsg -q create_output
 swaymsg -q output HEADLESS-2 resolution 1280x720 position 1920 0

@@ -4,6 +4,7 @@
 #include "OverlayPainter.h"
 #include "OverlayPanels.h"
 #include "OverlayTools.h"
+#include "platform/Session.h"
 #include "service/capture/AnnotationPainter.h"
 #include "service/capture/WindowList.h"
 
@@ -119,6 +120,9 @@ void CaptureOverlay::load(const QPixmap& frozen, const QRect& geometry)
     m_frozenPixmap = frozen;
     m_frozenImage = frozen.toImage().convertToFormat(QImage::Format_RGB32);
     setGeometry(geometry.isNull() || geometry.isEmpty() ? unitedScreens() : geometry);
+    // A Wayland compositor places windows itself; full screen is how a window covers an output.
+    if (platform::displayServer() == platform::DisplayServer::Wayland)
+        setWindowState(windowState() | Qt::WindowFullScreen);
     collectWindowRects();
 }
 

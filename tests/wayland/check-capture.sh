@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # Capture in the Wayland test session (run inside scripts/wayland-session.sh): on Wayland itself
-# zelmor's full-screen picture is grim's and its overlay covers the output; through Xwayland, where the desktop shows an X11
-# client nothing but black, and on a compositor without a screen copy protocol (weston), zelmor
-# and zelmor-mcp report why and write no picture and no history row.
-#   tests/wayland/check-capture.sh BIN_DIR
+# zelmor's full-screen and region pictures are grim's; through Xwayland, where the desktop shows
+# an X11 client nothing but black, and on a compositor without a screen copy protocol (weston),
+# zelmor and zelmor-mcp report why and write no picture and no history row.
+#   tests/wayland/check-capture.sh BIN_DIR DRAG_HELPER
 set -euo pipefail
-bin=$1
+bin=$1 drag=$2
 [ -n "${WAYLAND_DISPLAY:-}" ] || { echo "not ok - no Wayland session" >&2; exit 1; }
 
 # Each check in a home of its own.
@@ -99,38 +99,40 @@ native_capture_is_grims() {
   rm -f "$reference"
 }
 
-# The full-screen state of sway's window of the overlay, empty while there is none.
-overlay_state() {
-  swaymsg -t get_tree | awk '/"name": "Zelmor capture"/ {found=1}
-    found && /"fullscreen_mode"/ {gsub(/[^0-9]/, ""); print; exit}'
-}
-
-overlay_covers_output() {
+# The region hotkey's command line, a drag on the overlay and Return: the saved picture is
+# grim's of the same region (the drag's end pixel included).
+region_capture_is_grims() {
   fresh_home
   QT_QPA_PLATFORM=wayland "$bin/zelmor" --capture-region >/dev/null 2>&1 &
-  local pid=$! state=
+  local pid=$!
   for _ in $(seq 200); do
-    state=$(overlay_state)
-    [ -n "$state" ] && break
+    swaymsg -t get_tree | grep -q '"name": "Zelmor capture"' && break
     sleep 0.05
   done
-  [ "$state" = 1 ] || { echo "not ok - the overlay on Wayland is no full-screen window: '$state'" >&2; exit 1; }
-  # It has the keyboard, once it has been given focus: Escape closes it.
-  for _ in $(seq 25); do
-    wtype -k Escape
-    sleep 0.2
-    state=$(overlay_state)
-    [ -z "$state" ] && break
+  "$drag" 300 200 700 400 1920 1080
+  # The seat has a keyboard only once wtype made one; the wait lets the overlay learn of it.
+  wtype -s 300 -k Return
+  local shot=
+  for _ in $(seq 100); do
+    shot=$(pictures | head -1)
+    [ -n "$shot" ] && break
+    sleep 0.05
   done
   QT_QPA_PLATFORM=wayland "$bin/zelmor" --quit >/dev/null 2>&1 || true
   wait "$pid" || true
-  [ -z "$state" ] || { echo "not ok - Escape left the overlay on Wayland open" >&2; exit 1; }
-  echo "ok - zelmor --capture-region on Wayland covers the output and takes the keyboard"
+  [ -n "$shot" ] || { echo "not ok - a region dragged on the overlay on Wayland saved no picture" >&2; exit 1; }
+  local reference
+  reference=$(mktemp "${TMPDIR:-/tmp}/zelmor-grim.XXXXXX.png")
+  grim -g "300,200 401x201" "$reference"
+  [ "$(pixels "$shot")" = "$(pixels "$reference")" ] ||
+    { echo "not ok - the region dragged on the overlay on Wayland is not grim's" >&2; exit 1; }
+  rm -f "$reference"
+  echo "ok - zelmor --capture-region on Wayland, a drag and Return save grim's picture of the region"
 }
 
 show_photograph
 native_capture_is_grims "one output"
-overlay_covers_output
+region_capture_is_grims
 # A smaller second output to the right leaves a band below it that no output shows.
 swaymsg -q create_output
 swaymsg -q output HEADLESS-2 resolution 1280x720 position 1920 0

@@ -118,6 +118,8 @@ region_capture_is_grims() {
     [ -n "$shot" ] && break
     sleep 0.05
   done
+  # Return copied it too: another Wayland program pastes it while Zelmor runs.
+  wl-paste --type image/png >"$HOME/pasted.png" 2>&1 || true
   QT_QPA_PLATFORM=wayland "$bin/zelmor" --quit >/dev/null 2>&1 || true
   wait "$pid" || true
   [ -n "$shot" ] || { echo "not ok - a region dragged on the overlay on Wayland saved no picture" >&2; exit 1; }
@@ -126,8 +128,11 @@ region_capture_is_grims() {
   grim -g "300,200 401x201" "$reference"
   [ "$(pixels "$shot")" = "$(pixels "$reference")" ] ||
     { echo "not ok - the region dragged on the overlay on Wayland is not grim's" >&2; exit 1; }
-  rm -f "$reference"
   echo "ok - zelmor --capture-region on Wayland, a drag and Return save grim's picture of the region"
+  [ "$(pixels "$HOME/pasted.png")" = "$(pixels "$reference")" ] ||
+    { echo "not ok - the region copied on Wayland does not paste as grim's picture" >&2; exit 1; }
+  rm -f "$reference"
+  echo "ok - the region copied on Wayland pastes into another Wayland program"
 }
 
 show_photograph

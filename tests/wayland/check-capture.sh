@@ -138,6 +138,10 @@ region_capture_is_grims() {
 show_photograph
 native_capture_is_grims "one output"
 region_capture_is_grims
+swaymsg -q output HEADLESS-1 scale 2
+show_photograph
+native_capture_is_grims "one output at scale 2"
+swaymsg -q output HEADLESS-1 scale 1
 # A smaller second output to the right leaves a band below it that no output shows.
 swaymsg -q create_output
 swaymsg -q output HEADLESS-2 resolution 1280x720 position 1920 0

@@ -37,9 +37,15 @@ bool answerUntilToolCall(service::mcp::McpServer& server)
 // when it answers, and without any the tools that need none still serve.
 bool findDisplay()
 {
-    bool display = platform::displayReachable();
-    if (!display && core::adoptRecordedDisplaySession()) display = platform::displayReachable();
+    platform::DisplayServer server = platform::DisplayServer::Usual;
+    bool display = platform::displayReachable(&server);
+    if (!display && core::adoptRecordedDisplaySession())
+        display = platform::displayReachable(&server);
     if (!display) qputenv("QT_QPA_PLATFORM", "offscreen");
+    // A Wayland desktop without an X server: Qt looks for one unless the session type says
+    // otherwise, which a console client's environment may not.
+    else if (server == platform::DisplayServer::Wayland && qgetenv("QT_QPA_PLATFORM").isEmpty())
+        qputenv("QT_QPA_PLATFORM", "wayland");
     return display;
 }
 

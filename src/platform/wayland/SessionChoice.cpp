@@ -1,10 +1,13 @@
 // Picks the X11 or the Wayland edition of the screen grab by the display server the toolkit
-// talks to (Windows has one edition).
+// talks to, and finds which display answers at all (Windows has one edition).
 
 #include "../ScreenGrab.h"
 #include "../Session.h"
 #include "../x11/ScreenGrabX11.h"
+#include "../x11/SessionX11.h"
 #include "ScreenGrabWayland.h"
+
+#include <wayland-client.h>
 
 #include <atomic>
 
@@ -27,6 +30,18 @@ void setDisplayServer(DisplayServer server)
 DisplayServer displayServer()
 {
     return toolkitServer;
+}
+
+bool displayReachable(DisplayServer* server)
+{
+    if (server) *server = DisplayServer::Usual;
+    if (x11::displayReachable()) return true;
+    // A connection of its own, gone at once, as the X11 check's.
+    wl_display* compositor = wl_display_connect(nullptr);
+    if (!compositor) return false;
+    wl_display_disconnect(compositor);
+    if (server) *server = DisplayServer::Wayland;
+    return true;
 }
 
 std::vector<MonitorInfo> listMonitors()

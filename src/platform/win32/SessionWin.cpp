@@ -5,8 +5,9 @@
 namespace zelmor::platform {
 
 // A process of an interactive session always has its desktop; a service has none.
-bool displayReachable()
+bool displayReachable(DisplayServer* server)
 {
+    if (server) *server = DisplayServer::Usual;
     return GetDesktopWindow() != nullptr && GetSystemMetrics(SM_CXSCREEN) > 0;
 }
 

@@ -1,10 +1,10 @@
 // Whether the X server named by DISPLAY accepts us (Windows: always true).
 
-#include "../Session.h"
+#include "SessionX11.h"
 
 #include <xcb/xcb.h>
 
-namespace zelmor::platform {
+namespace zelmor::platform::x11 {
 
 bool displayReachable()
 {
@@ -16,4 +16,4 @@ bool displayReachable()
     return reachable;
 }
 
-} // namespace zelmor::platform
+} // namespace zelmor::platform::x11

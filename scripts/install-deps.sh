@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
-# Installs every Debian package that building, running and testing Zelmor need.
+# Installs every Debian package that building, running and testing Zelmor need, or only
+# the packages named: scripts/install-deps.sh [PACKAGE...]
 # Safe to re-run: apt-get runs only when something is missing.
 set -euo pipefail
 
-packages=(
+packages=("$@")
+[ $# -gt 0 ] || packages=(
   # build
   g++ make cmake ninja-build ccache pkg-config clang-format git
   clang libclang-rt-14-dev
@@ -39,8 +41,9 @@ for p in "${packages[@]}"; do
 done
 [ ${#missing[@]} -eq 0 ] && exit 0
 
-echo "Installing: ${missing[*]}"
+echo "Installing: ${missing[*]}" >&2
 sudo=()
 [ "$(id -u)" -eq 0 ] || sudo=(sudo)
-"${sudo[@]}" apt-get update -q
-"${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"
+"${sudo[@]}" apt-get update -q >&2
+"${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends \
+  "${missing[@]}" >&2

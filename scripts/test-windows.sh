@@ -7,16 +7,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
-packages=(g++-mingw-w64-x86-64-posix wine wine64 qt6-base-dev-tools librsvg2-bin icoutils nsis)
-missing=()
-for p in "${packages[@]}"; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
-done
-if [ ${#missing[@]} -gt 0 ]; then
-  sudo=()
-  [ "$(id -u)" -eq 0 ] || sudo=(sudo)
-  "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"
-fi
+scripts/install-deps.sh g++-mingw-w64-x86-64-posix wine wine64 qt6-base-dev-tools librsvg2-bin icoutils nsis
 
 build=${ZELMOR_WIN_BUILD_DIR:-build-win}
 linux_build=$(cd "${ZELMOR_LINUX_BUILD_DIR:-build}" && pwd)
@@ -62,12 +53,17 @@ wineboot -i >/dev/null 2>&1
 node "$root/tests/mcp/sdk_wine.mjs" "$app/zelmor-mcp.exe" "$linux_build/tests/zelmor-test-window" \
   "$app/zelmor-win-probe.exe"
 pictures=\$WINEPREFIX/drive_c/users/\$(id -un)/Pictures/Zelmor
+# The newest capture, once there is one; at most 60 s, for a busy machine.
+newest_picture() {
+  for _ in \$(seq 600); do
+    ls "\$pictures"/*.png >/dev/null 2>&1 && break
+    sleep 0.1
+  done
+  ls -t "\$pictures"/*.png 2>/dev/null | head -1 | grep . ||
+    { echo "not ok - no capture in \$pictures after 60 s" >&2; return 1; }
+}
 (cd "$app" && timeout 60 wine zelmor.exe --capture-fullscreen >/dev/null 2>&1 &) 2>/dev/null
-for _ in \$(seq 300); do
-  ls "\$pictures"/*.png >/dev/null 2>&1 && break
-  sleep 0.1
-done
-shot=\$(ls -t "\$pictures"/*.png | head -1)
+shot=\$(newest_picture)
 echo "ok - zelmor.exe --capture-fullscreen wrote \$(basename "\$shot")"
 wineserver -k
 
@@ -101,11 +97,7 @@ mkdir -p "\$roaming"
 printf '%s\\n' '[%General]' 'language=zh_CN' >"\$roaming/Zelmor.ini"
 rm -f "\$pictures"/*.png "\$roaming/Zelmor/zelmor.log"
 (cd "\$installed" && timeout 120 wine zelmor.exe --capture-fullscreen >/dev/null 2>&1 &) 2>/dev/null
-for _ in \$(seq 300); do
-  ls "\$pictures"/*.png >/dev/null 2>&1 && break
-  sleep 0.1
-done
-shot=\$(ls -t "\$pictures"/*.png | head -1)
+shot=\$(newest_picture)
 echo "ok - the installed zelmor.exe --capture-fullscreen wrote \$(basename "\$shot")"
 grep -q 'actualLocale=zh_CN' "\$roaming/Zelmor/zelmor.log" && ! grep 'no Qt translation' "\$roaming/Zelmor/zelmor.log" ||
   { echo "not ok - no Chinese Qt texts for the installed program:" >&2

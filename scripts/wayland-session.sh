@@ -21,17 +21,8 @@ done
 here=$(cd "$(dirname "$0")" && pwd)
 
 # The packages of the session, installed on demand like the Windows check's.
-packages=(sway swaybg weston xwayland grim wtype wl-clipboard wayland-utils qt6-wayland dbus ffmpeg python-matplotlib-data)
-missing=()
-for p in "${packages[@]}"; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
-done
-if [ ${#missing[@]} -gt 0 ]; then
-  sudo=()
-  [ "$(id -u)" -eq 0 ] || sudo=(sudo)
-  "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends \
-    "${missing[@]}" >&2
-fi
+"$here/install-deps.sh" sway swaybg weston xwayland grim wtype wl-clipboard wayland-utils qt6-wayland dbus \
+  ffmpeg python-matplotlib-data
 
 if [ -z "${ZELMOR_WAYLAND_INNER:-}" ]; then
   base=$(mktemp -d /tmp/zelmor-wlsession.XXXXXX)

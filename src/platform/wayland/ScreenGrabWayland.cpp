@@ -3,6 +3,7 @@
 // EnumDisplayMonitors).
 
 #include "ScreenGrabWayland.h"
+#include "../Pixels.h"
 #include "WaylandConnection.h"
 
 #include "wlr-screencopy-unstable-v1-client-protocol.h"
@@ -19,7 +20,6 @@ namespace zelmor::platform::wayland {
 
 namespace {
 
-constexpr std::uint32_t kOpaque = 0xff000000u;
 constexpr int kFrameTimeoutMs = 3000;
 
 // One shared-memory buffer, kept for the next grab of the same shape.
@@ -189,12 +189,6 @@ bool grabFromOutput(WaylandConnection& c, const Output& output, const Rect& loca
     if (part.right() > frame.width || part.bottom() > frame.height) return false;
     copyPixels(shmBuffer().data(), frame, part, dest, destStride, swapRedBlue);
     return true;
-}
-
-void fillBlack(std::uint32_t* dest, int destStride, int width, int height)
-{
-    for (int row = 0; row < height; ++row)
-        std::fill_n(dest + std::size_t(row) * destStride, width, kOpaque);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 // screen's device context with BitBlt (CAPTUREBLT, so layered windows are included) into a
 // 32-bit top-down DIB section.
 
+#include "../Pixels.h"
 #include "../ScreenGrab.h"
 #include "WinText.h"
 
@@ -13,8 +14,6 @@
 namespace zelmor::platform {
 
 namespace {
-
-constexpr std::uint32_t kOpaque = 0xff000000u;
 
 BOOL CALLBACK addMonitor(HMONITOR monitor, HDC, LPRECT, LPARAM data)
 {
@@ -85,15 +84,10 @@ bool grabDesktopRect(const Rect& rect, std::uint32_t* dest, int destStride, Grab
 {
     if (rect.isEmpty() || !dest || destStride < rect.width || method == GrabMethod::SharedMemory)
         return false;
-    const Rect inside = intersected(rect, virtualDesktopRect());
-    if (inside.isEmpty()) {
-        for (int row = 0; row < rect.height; ++row)
-            std::fill_n(dest + std::size_t(row) * destStride, rect.width, kOpaque);
-        return true;
-    }
     // Outside the desktop the picture is black; BitBlt leaves it so in the copied part too.
-    for (int row = 0; row < rect.height; ++row)
-        std::fill_n(dest + std::size_t(row) * destStride, rect.width, kOpaque);
+    fillBlack(dest, destStride, rect.width, rect.height);
+    const Rect inside = intersected(rect, virtualDesktopRect());
+    if (inside.isEmpty()) return true;
     std::uint32_t* target =
         dest + std::size_t(inside.y - rect.y) * destStride + (inside.x - rect.x);
     return copyScreen(inside, target, destStride);

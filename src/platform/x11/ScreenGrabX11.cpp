@@ -2,6 +2,7 @@
 // monitors from RandR 1.5 (Windows: EnumDisplayMonitors).
 
 #include "ScreenGrabX11.h"
+#include "../Pixels.h"
 #include "X11Connection.h"
 
 #include <sys/ipc.h>
@@ -16,8 +17,6 @@
 namespace zelmor::platform::x11 {
 
 namespace {
-
-constexpr std::uint32_t kOpaque = 0xff000000u;
 
 Rect rootRect(X11Connection& x)
 {
@@ -177,12 +176,6 @@ bool servedByXwayland()
     for (const MonitorInfo& m : listMonitors())
         if (m.name.rfind("XWAYLAND", 0) == 0) return true;
     return false;
-}
-
-void fillBlack(std::uint32_t* dest, int destStride, int width, int height)
-{
-    for (int row = 0; row < height; ++row)
-        std::fill_n(dest + std::size_t(row) * destStride, width, kOpaque);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include "core/HotkeyActions.h"
 #include "platform/Console.h"
 
 #include <cstring>
@@ -10,14 +11,22 @@ namespace zelmor::app {
 
 namespace {
 
-constexpr char kUsage[] = "Usage: zelmor [option]\n"
-                          "Screenshot tool in the notification area. A second start shows the "
-                          "running one.\n\n"
-                          "  --capture-region      open the region capture once started\n"
-                          "  --capture-fullscreen  capture all screens once started\n"
-                          "  --quit                ask the running one to quit, and wait for it\n"
-                          "  -h, --help            show this help and exit\n"
-                          "  -v, --version         show the version and exit\n";
+// Options in a column, their help beside them.
+std::string usage()
+{
+    const auto line = [](std::string option, const char* help) {
+        option.resize(30, ' ');
+        return "  " + option + help + '\n';
+    };
+    std::string text = "Usage: zelmor [option]\n"
+                       "Screenshot tool in the notification area. A second start passes its "
+                       "option\nto the running one, which performs it, or else shows itself.\n\n";
+    for (const core::HotkeyAction& action : core::kHotkeyActions)
+        text += line(action.option, action.help);
+    text += line("--quit", "ask the running one to quit, and wait for it");
+    text += line("-h, --help", "show this help and exit");
+    return text + line("-v, --version", "show the version and exit");
+}
 
 bool given(int argc, const char* const* argv, std::initializer_list<const char*> names)
 {
@@ -32,8 +41,8 @@ bool given(int argc, const char* const* argv, std::initializer_list<const char*>
 const char* firstCaptureSwitch(int argc, const char* const* argv)
 {
     for (int i = 1; i < argc; ++i)
-        for (const char* known : {"--capture-region", "--capture-fullscreen"})
-            if (std::strcmp(argv[i], known) == 0) return known;
+        if (const core::HotkeyAction* action = core::hotkeyActionForOption(argv[i]))
+            return action->option;
     return nullptr;
 }
 
@@ -45,7 +54,7 @@ bool quitRequested(int argc, const char* const* argv)
 bool printInformation(int argc, const char* const* argv)
 {
     if (given(argc, argv, {"--help", "-h"}))
-        platform::showCommandLineText(kUsage);
+        platform::showCommandLineText(usage().c_str());
     else if (given(argc, argv, {"--version", "-v"}))
         platform::showCommandLineText(
             (std::string("zelmor ") + kApplicationVersion + '\n').c_str());

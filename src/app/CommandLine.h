@@ -4,8 +4,8 @@ namespace zelmor::app {
 
 inline constexpr char kApplicationVersion[] = "1.0.20";
 
-// The first of "--capture-region" and "--capture-fullscreen" in argv[1..], compared byte
-// for byte, or null. Later switches and unknown arguments are ignored.
+// The first switch of a hotkey action in argv[1..] ("--capture-region", …), compared byte for
+// byte, or null. Later switches and unknown arguments are ignored.
 const char* firstCaptureSwitch(int argc, const char* const* argv);
 
 // True when "--quit" is given: ask a running Zelmor to quit, and start none.

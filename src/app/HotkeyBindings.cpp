@@ -1,6 +1,7 @@
 #include "HotkeyBindings.h"
 
 #include "core/ConfigManager.h"
+#include "core/HotkeyActions.h"
 #include "core/HotkeyState.h"
 #include "manager/ActionManager.h"
 #include "manager/HotkeyService.h"
@@ -14,58 +15,59 @@ HotkeyBindings::HotkeyBindings(manager::HotkeyService& hotkeys, manager::ActionM
             &HotkeyBindings::registerAll);
     connect(&core::HotkeyState::instance(), &core::HotkeyState::suspendedChanged, this,
             &HotkeyBindings::registerAll);
-    connect(&m_hotkeys, &manager::HotkeyService::hotkeyTriggered, &m_actions,
-            [this](int id) { run(id); });
+    connect(&m_hotkeys, &manager::HotkeyService::hotkeyTriggered, &m_actions, [this](int id) {
+        if (m_bound.contains(id)) perform(m_actions, id);
+    });
 }
 
-// Rows whose action the program does not have yet are not bound, so that their keys stay
-// free for other programs. While the user types a new hotkey every key is let go, so that one
-// bound already reaches the field; the keys are still bound for a moment to learn which the
-// system refuses.
+// While the user types a new hotkey every key is let go, so that one bound already reaches the
+// field; the keys are still bound for a moment to learn which the system refuses. Where the
+// desktop binds the keys, none is tried and none counts as refused.
 void HotkeyBindings::registerAll()
 {
-    struct Row
-    {
-        int id;
-        const char* name;
-        std::function<void()> action;
-    };
-    manager::ActionManager& a = m_actions;
-    const Row rows[] = {
-        {1, "region", [&a] { a.captureRegion(); }},
-        {2, "fullscreen", [&a] { a.captureFullscreen(); }},
-        {3, "window", [&a] { a.captureWindow(); }},
-        {4, "delayed", [&a] { a.captureDelayed(3); }},
-        {5, "gif", [&a] { a.recordGif(); }},
-        {6, "scroll", [&a] { a.scrollCapture(); }},
-        {7, "pinClickThrough", [&a] { a.togglePinClickThrough(); }},
-        {8, "pinFromClipboard", [&a] { a.pinFromClipboard(); }},
-        {9, "history", [&a] { a.showHistory(); }},
-        {10, "shortcutSheet", [&a] { a.showShortcutSheet(); }},
-    };
     m_hotkeys.unregisterAll();
-    m_callbacks.clear();
+    m_bound.clear();
     QSet<QString> refused;
-    for (const Row& row : rows) {
-        const QString sequence = core::ConfigManager::instance().hotkey(row.name);
-        if (sequence.isEmpty()) continue;
-        if (m_hotkeys.registerHotkey(row.id, sequence))
-            m_callbacks.insert(row.id, row.action);
+    for (const core::HotkeyAction& action : core::kHotkeyActions) {
+        const QString sequence = core::ConfigManager::instance().hotkey(action.name);
+        if (sequence.isEmpty() || !manager::HotkeyService::bindsKeys()) continue;
+        if (m_hotkeys.registerHotkey(action.id, sequence))
+            m_bound.insert(action.id);
         else
-            refused.insert(QLatin1String(row.name));
+            refused.insert(QLatin1String(action.name));
     }
     core::HotkeyState& state = core::HotkeyState::instance();
     if (state.suspended()) {
         m_hotkeys.unregisterAll();
-        m_callbacks.clear();
+        m_bound.clear();
     }
     state.setRefused(refused);
 }
 
-void HotkeyBindings::run(int id)
+void HotkeyBindings::perform(manager::ActionManager& a, int id)
 {
-    const auto callback = m_callbacks.constFind(id);
-    if (callback != m_callbacks.cend()) (*callback)();
+    switch (id) {
+    case 1:
+        return a.captureRegion();
+    case 2:
+        return a.captureFullscreen();
+    case 3:
+        return a.captureWindow();
+    case 4:
+        return a.captureDelayed(3);
+    case 5:
+        return a.recordGif();
+    case 6:
+        return a.scrollCapture();
+    case 7:
+        return a.togglePinClickThrough();
+    case 8:
+        return a.pinFromClipboard();
+    case 9:
+        return a.showHistory();
+    case 10:
+        return a.showShortcutSheet();
+    }
 }
 
 } // namespace zelmor::app

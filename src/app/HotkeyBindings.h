@@ -1,9 +1,7 @@
 #pragma once
 
-#include <QHash>
 #include <QObject>
-
-#include <functional>
+#include <QSet>
 
 namespace zelmor::manager {
 class ActionManager;
@@ -21,14 +19,15 @@ public:
     HotkeyBindings(manager::HotkeyService& hotkeys, manager::ActionManager& actions);
 
     void registerAll();
-    bool isBound(int id) const { return m_callbacks.contains(id); }
+    bool isBound(int id) const { return m_bound.contains(id); }
+
+    // Runs the action of hotkey `id`, bound or not, as its command-line switch does.
+    static void perform(manager::ActionManager& actions, int id);
 
 private:
-    void run(int id);
-
     manager::HotkeyService& m_hotkeys;
     manager::ActionManager& m_actions;
-    QHash<int, std::function<void()>> m_callbacks;
+    QSet<int> m_bound;
 };
 
 } // namespace zelmor::app

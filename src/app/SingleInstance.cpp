@@ -1,6 +1,7 @@
 #include "SingleInstance.h"
 
 #include "core/EventBus.h"
+#include "core/HotkeyActions.h"
 #include "core/Log.h"
 
 #include <QCoreApplication>
@@ -30,13 +31,16 @@ bool SingleInstance::tryAcquire()
     return true;
 }
 
-bool SingleInstance::notifyRunningInstance(Request request)
+bool SingleInstance::notifyRunningInstance(Request request, const char* action)
 {
     QLocalSocket socket;
     socket.connectToServer(serverName(), QIODevice::ReadWrite);
     if (!socket.waitForConnected(500)) return false;
     const bool quit = request == Request::Quit;
-    socket.write(quit ? "quit\n" : "raise\n");
+    if (request == Request::Run)
+        socket.write(QByteArray("run ") + action + '\n');
+    else
+        socket.write(quit ? "quit\n" : "raise\n");
     socket.flush();
     socket.waitForBytesWritten(500);
     // The running instance holds the connection until it ends.
@@ -89,6 +93,18 @@ void SingleInstance::serve(QLocalSocket* socket)
         return;
     }
     socket->disconnectFromServer();
+    if (request.startsWith("run ")) {
+        // Only the table's names get through, whatever another program wrote.
+        const core::HotkeyAction* action = core::hotkeyActionNamed(request.mid(4).constData());
+        if (!action) {
+            core::writeLogLine(QStringLiteral("[instance] unknown request ignored: ") +
+                               QString::fromUtf8(request));
+            return;
+        }
+        Q_EMIT core::EventBus::instance().emitted(QStringLiteral("singleInstanceActionRequested"),
+                                                  {{QStringLiteral("id"), action->id}});
+        return;
+    }
     Q_EMIT core::EventBus::instance().emitted(QStringLiteral("singleInstanceRaiseRequested"), {});
 }
 

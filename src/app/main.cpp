@@ -5,6 +5,7 @@
 #include "core/ConfigManager.h"
 #include "core/DisplaySession.h"
 #include "core/EventBus.h"
+#include "core/HotkeyActions.h"
 #include "core/Log.h"
 #include "core/Resources.h"
 #include "core/Toast.h"
@@ -18,21 +19,17 @@
 #include <QSystemTrayIcon>
 #include <QTimer>
 
-#include <cstring>
-
 using namespace zelmor;
 
 namespace {
 
-// Runs the first capture switch of argv once the event loop serves timers.
-void armCommandLine(int argc, char** argv, manager::ActionManager& actions)
+// Runs the first action switch of argv once the event loop serves timers.
+void armCommandLine(const core::HotkeyAction* action, manager::ActionManager& actions)
 {
-    const char* captureSwitch = app::firstCaptureSwitch(argc, argv);
-    if (!captureSwitch) return;
-    const bool region = std::strcmp(captureSwitch, "--capture-region") == 0;
+    if (!action) return;
+    const int id = action->id;
     QTimer::singleShot(800, &actions,
-                       region ? &manager::ActionManager::captureRegion
-                              : &manager::ActionManager::captureFullscreen);
+                       [&actions, id] { app::HotkeyBindings::perform(actions, id); });
 }
 
 } // namespace
@@ -49,8 +46,15 @@ int main(int argc, char** argv)
 
     using Request = app::SingleInstance::Request;
     const bool quit = app::quitRequested(argc, argv);
+    const core::HotkeyAction* action =
+        core::hotkeyActionForOption(app::firstCaptureSwitch(argc, argv));
     if (!app::SingleInstance::tryAcquire()) {
-        app::SingleInstance::notifyRunningInstance(quit ? Request::Quit : Request::Raise);
+        if (quit)
+            app::SingleInstance::notifyRunningInstance(Request::Quit);
+        else if (action)
+            app::SingleInstance::notifyRunningInstance(Request::Run, action->name);
+        else
+            app::SingleInstance::notifyRunningInstance(Request::Raise);
         return 0;
     }
     if (quit) return 0; // none was running
@@ -87,7 +91,7 @@ int main(int argc, char** argv)
 
     tray.show();
 
-    if (argc >= 2) armCommandLine(argc, argv, actionManager);
+    armCommandLine(action, actionManager);
 
     manager::HotkeyService hotkeys(nullptr);
     app::HotkeyBindings bindings(hotkeys,
@@ -95,13 +99,17 @@ int main(int argc, char** argv)
     bindings.registerAll();
     core::startupTrace("hotkeys registered");
 
-    QObject::connect(&core::EventBus::instance(), &core::EventBus::emitted, &mainWindow,
-                     [&mainWindow, &actionManager](const QString& name, const QVariantMap&) {
-                         if (name == QLatin1String("singleInstanceRaiseRequested"))
-                             mainWindow.showHistory();
-                         else if (name == QLatin1String("singleInstanceQuitRequested"))
-                             actionManager.quit();
-                     });
+    QObject::connect(
+        &core::EventBus::instance(), &core::EventBus::emitted, &mainWindow,
+        [&mainWindow, &actionManager](const QString& name, const QVariantMap& payload) {
+            if (name == QLatin1String("singleInstanceRaiseRequested"))
+                mainWindow.showHistory();
+            else if (name == QLatin1String("singleInstanceQuitRequested"))
+                actionManager.quit();
+            else if (name == QLatin1String("singleInstanceActionRequested"))
+                app::HotkeyBindings::perform(actionManager,
+                                             payload.value(QStringLiteral("id")).toInt());
+        });
     core::startupTrace("entering event loop");
     return application.exec();
 }

@@ -85,6 +85,11 @@ HotkeyService::Binding HotkeyService::translate(const QString& sequence)
     return binding;
 }
 
+bool HotkeyService::bindsKeys()
+{
+    return platform::hotkeyBinder() != platform::HotkeyBinder::Desktop;
+}
+
 HotkeyService::HotkeyService(QObject* parent) : QObject(parent)
 {
     connect(&core::EventBus::instance(), &core::EventBus::emitted, this,

@@ -20,6 +20,9 @@ public:
         unsigned virtualKey = 0;
     };
     static Binding translate(const QString& sequence);
+    // False where only the desktop's own settings bind keys: registerHotkey then binds nothing,
+    // and the desktop runs the actions' command lines.
+    static bool bindsKeys();
 
     explicit HotkeyService(QObject* parent = nullptr);
     ~HotkeyService() override;

@@ -3,6 +3,7 @@
 #include "ActionManager.h"
 #include "core/ConfigManager.h"
 #include "core/HotkeyState.h"
+#include "manager/HotkeyService.h"
 #include "manager/ThemeManager.h"
 #include "platform/Elevation.h"
 #include "widget/TrayMenu.h"
@@ -39,9 +40,10 @@ bool grabsScreen(void (ActionManager::*slot)())
 }
 
 // A row shows its hotkey only while the hotkey works; one that the system refused is named in
-// the row's text instead.
+// the row's text instead. Where the desktop binds the keys, which it binds is not known here.
 QAction* showHotkey(QAction* action, const char* name)
 {
+    if (!HotkeyService::bindsKeys()) return action;
     const QString stored = core::ConfigManager::instance().hotkey(name);
     if (core::HotkeyState::instance().isActive(QLatin1String(name)) || stored.isEmpty()) {
         action->setShortcut(shownKey(stored));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace zelmor::platform {
@@ -13,6 +14,18 @@ enum HotkeyModifier : unsigned {
     HotkeyWin = 0x8,
     HotkeyNoRepeat = 0x4000,
 };
+
+// Who binds the global hotkeys in this session.
+enum class HotkeyBinder {
+    Program, // registerHotkey binds them system-wide (X11, Windows)
+    Portal,  // the desktop binds them at this program's request, through its shortcuts portal
+    Desktop, // only the desktop's own keyboard settings can; registerHotkey binds nothing
+};
+HotkeyBinder hotkeyBinder();
+
+// Where the desktop binds keys in a configuration file whose syntax this program knows (sway),
+// the line that runs `command` on the key; empty elsewhere, or for a key it cannot name.
+std::string desktopBindingLine(unsigned modifiers, unsigned virtualKey, const std::string& command);
 
 // Binds a key (a Windows virtual-key code) with modifiers system-wide under `id`. False when
 // the key has no equivalent here, another client holds the combination, or no display is

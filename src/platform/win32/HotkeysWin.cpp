@@ -40,6 +40,16 @@ HWND hotkeyWindow()
 
 } // namespace
 
+HotkeyBinder hotkeyBinder()
+{
+    return HotkeyBinder::Program;
+}
+
+std::string desktopBindingLine(unsigned, unsigned, const std::string&)
+{
+    return {};
+}
+
 bool registerHotkey(int id, unsigned modifiers, unsigned virtualKey)
 {
     const HWND window = hotkeyWindow();

@@ -1,7 +1,7 @@
 // Hotkeys as passive key grabs on the root window, on a connection of their own so that no
 // other request can swallow their events (Windows: RegisterHotKey and WM_HOTKEY).
 
-#include "../Hotkeys.h"
+#include "HotkeysX11.h"
 #include "KeyboardX11.h"
 #include "X11Connection.h"
 
@@ -17,9 +17,7 @@
 #include <mutex>
 #include <set>
 
-namespace zelmor::platform {
-
-using x11::Reply;
+namespace zelmor::platform::x11 {
 
 namespace {
 
@@ -52,7 +50,7 @@ public:
     static HotkeyConnection* instance()
     {
         static HotkeyConnection* connection = []() -> HotkeyConnection* {
-            xcb_connection_t* c = x11::openConnection();
+            xcb_connection_t* c = openConnection();
             return c ? new HotkeyConnection(c) : nullptr;
         }();
         return connection;
@@ -166,7 +164,4 @@ std::vector<int> takeHotkeyPresses()
     return pressed;
 }
 
-// X11 hotkeys are announced through hotkeyEventDescriptor().
-void onHotkeyPresses(std::function<void()>) {}
-
-} // namespace zelmor::platform
+} // namespace zelmor::platform::x11

@@ -1,0 +1,84 @@
+// Picks how hotkeys are bound: X11 grabs in an X11 session; in a Wayland session, where an X11
+// grab would reach only Xwayland's own windows, whatever the desktop offers.
+
+#include "../Hotkeys.h"
+#include "../Session.h"
+#include "../x11/HotkeysX11.h"
+#include "../x11/KeyboardX11.h"
+
+#include <xkbcommon/xkbcommon.h>
+
+#include <cstdlib>
+#include <cstring>
+
+namespace zelmor::platform {
+
+namespace {
+
+bool waylandSession()
+{
+    const char* display = std::getenv("WAYLAND_DISPLAY");
+    return displayServer() == DisplayServer::Wayland || (display && *display);
+}
+
+bool onSway()
+{
+    const char* socket = std::getenv("SWAYSOCK");
+    const char* desktop = std::getenv("XDG_CURRENT_DESKTOP");
+    return (socket && *socket) || (desktop && strcasestr(desktop, "sway"));
+}
+
+// sway's names of the modifiers, in the order its own configuration writes them.
+std::string swayKeys(unsigned modifiers, unsigned virtualKey)
+{
+    char name[64];
+    const xcb_keysym_t keysym = x11::keysymForVirtualKey(virtualKey);
+    if (keysym == XCB_NO_SYMBOL || xkb_keysym_get_name(keysym, name, sizeof name) <= 0) return {};
+    std::string keys;
+    for (const auto& [bit, modifier] : {std::pair{HotkeyWin, "Mod4+"},
+                                        {HotkeyControl, "Ctrl+"},
+                                        {HotkeyAlt, "Mod1+"},
+                                        {HotkeyShift, "Shift+"}})
+        if (modifiers & bit) keys += modifier;
+    return keys + name;
+}
+
+} // namespace
+
+HotkeyBinder hotkeyBinder()
+{
+    return waylandSession() ? HotkeyBinder::Desktop : HotkeyBinder::Program;
+}
+
+std::string desktopBindingLine(unsigned modifiers, unsigned virtualKey, const std::string& command)
+{
+    if (!waylandSession() || !onSway()) return {};
+    const std::string keys = swayKeys(modifiers, virtualKey);
+    // Held keys run the command once, as a hotkey of this program does.
+    return keys.empty() ? std::string() : "bindsym --no-repeat " + keys + " exec " + command;
+}
+
+bool registerHotkey(int id, unsigned modifiers, unsigned virtualKey)
+{
+    return !waylandSession() && x11::registerHotkey(id, modifiers, virtualKey);
+}
+
+void unregisterHotkey(int id)
+{
+    if (!waylandSession()) x11::unregisterHotkey(id);
+}
+
+int hotkeyEventDescriptor()
+{
+    return waylandSession() ? -1 : x11::hotkeyEventDescriptor();
+}
+
+std::vector<int> takeHotkeyPresses()
+{
+    return waylandSession() ? std::vector<int>() : x11::takeHotkeyPresses();
+}
+
+// X11 hotkeys are announced through hotkeyEventDescriptor(); nothing else announces any yet.
+void onHotkeyPresses(std::function<void()>) {}
+
+} // namespace zelmor::platform

@@ -14,7 +14,8 @@ int main(int argc, char** argv)
     QFile file(QString::fromUtf8(argv[4]));
     if (!file.open(QIODevice::ReadOnly)) return 2;
     QMessageBox box(QMessageBox::Information, QString::fromUtf8(argv[3]),
-                    QString::fromUtf8(file.readAll()).trimmed(), QMessageBox::Ok | QMessageBox::Cancel);
+                    QString::fromUtf8(file.readAll()).trimmed(),
+                    QMessageBox::Ok | QMessageBox::Cancel);
     box.show();
     return app.exec();
 }

@@ -2474,6 +2474,41 @@ See the documentation for details.</translation>
         <comment>settings.general.autoStart.failed</comment>
         <translation>The autostart entry could not be changed.</translation>
     </message>
+    <message>
+        <source>Zelmor cannot bind global keys on this desktop. In the desktop&apos;s keyboard settings, bind each command below to a key; the keys below are suggestions.</source>
+        <comment>settings.hotkeys.desktop.commands</comment>
+        <translation>Zelmor cannot bind global keys on this desktop. In the desktop&apos;s keyboard settings, bind each command below to a key; the keys below are suggestions.</translation>
+    </message>
+    <message>
+        <source>Zelmor cannot bind global keys on this desktop. Add these lines to %1 and reload sway (Mod4+Shift+C). They follow the keys below.</source>
+        <comment>settings.hotkeys.desktop.sway</comment>
+        <translation>Zelmor cannot bind global keys on this desktop. Add these lines to %1 and reload sway (Mod4+Shift+C). They follow the keys below.</translation>
+    </message>
+    <message>
+        <source>The desktop binds the keys</source>
+        <comment>settings.hotkeys.desktop</comment>
+        <translation>The desktop binds the keys</translation>
+    </message>
+    <message>
+        <source>Commands to bind</source>
+        <comment>settings.hotkeys.desktop.commandsName</comment>
+        <translation>Commands to bind</translation>
+    </message>
+    <message>
+        <source>Copy</source>
+        <comment>settings.hotkeys.copy</comment>
+        <translation>Copy</translation>
+    </message>
+    <message>
+        <source>Copied</source>
+        <comment>settings.hotkeys.copied</comment>
+        <translation>Copied</translation>
+    </message>
+    <message>
+        <source>The commands are on the clipboard.</source>
+        <comment>settings.hotkeys.copied.body</comment>
+        <translation>The commands are on the clipboard.</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::widget::ShortcutSheetDialog</name>

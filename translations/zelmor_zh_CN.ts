@@ -2474,6 +2474,41 @@
         <comment>settings.general.autoStart.failed</comment>
         <translation>无法更改自启动项。</translation>
     </message>
+    <message>
+        <source>Zelmor cannot bind global keys on this desktop. In the desktop&apos;s keyboard settings, bind each command below to a key; the keys below are suggestions.</source>
+        <comment>settings.hotkeys.desktop.commands</comment>
+        <translation>Zelmor 无法在此桌面上绑定全局快捷键。请在桌面的键盘设置中，把下面每条命令绑定到一个按键；下方的按键仅供参考。</translation>
+    </message>
+    <message>
+        <source>Zelmor cannot bind global keys on this desktop. Add these lines to %1 and reload sway (Mod4+Shift+C). They follow the keys below.</source>
+        <comment>settings.hotkeys.desktop.sway</comment>
+        <translation>Zelmor 无法在此桌面上绑定全局快捷键。请把这些行加入 %1，然后重新加载 sway（Mod4+Shift+C）。它们随下方的按键而变。</translation>
+    </message>
+    <message>
+        <source>The desktop binds the keys</source>
+        <comment>settings.hotkeys.desktop</comment>
+        <translation>由桌面绑定按键</translation>
+    </message>
+    <message>
+        <source>Commands to bind</source>
+        <comment>settings.hotkeys.desktop.commandsName</comment>
+        <translation>要绑定的命令</translation>
+    </message>
+    <message>
+        <source>Copy</source>
+        <comment>settings.hotkeys.copy</comment>
+        <translation>复制</translation>
+    </message>
+    <message>
+        <source>Copied</source>
+        <comment>settings.hotkeys.copied</comment>
+        <translation>已复制</translation>
+    </message>
+    <message>
+        <source>The commands are on the clipboard.</source>
+        <comment>settings.hotkeys.copied.body</comment>
+        <translation>命令已复制到剪贴板。</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::widget::ShortcutSheetDialog</name>

@@ -24,7 +24,9 @@ enum class HotkeyBinder {
 HotkeyBinder hotkeyBinder();
 
 // Where the desktop binds keys in a configuration file whose syntax this program knows (sway),
-// the line that runs `command` on the key; empty elsewhere, or for a key it cannot name.
+// that file as the user names it, and the line of it that runs `command` on the key (empty for
+// a key it cannot name); both empty elsewhere.
+std::string desktopBindingFile();
 std::string desktopBindingLine(unsigned modifiers, unsigned virtualKey, const std::string& command);
 
 // Binds a key (a Windows virtual-key code) with modifiers system-wide under `id`. False when

@@ -7,14 +7,7 @@
 set -euo pipefail
 bin=$1 drag=$2
 [ -n "${WAYLAND_DISPLAY:-}" ] || { echo "not ok - no Wayland session" >&2; exit 1; }
-
-# Each check in a home of its own.
-fresh_home() {
-  HOME=$(mktemp -d "${TMPDIR:-/tmp}/zelmor-wlcheck.XXXXXX")
-  export HOME XDG_CONFIG_HOME=$HOME/config XDG_DATA_HOME=$HOME/data XDG_CACHE_HOME=$HOME/cache
-  log=$XDG_DATA_HOME/Zelmor/Zelmor/zelmor.log
-}
-pictures() { find "$HOME" -name '*.png' | sort; }
+. "$(dirname "$0")/session-lib.sh"
 
 # The history as the tool server lists it, and a tool call's answer, in one session.
 mcp() {
@@ -56,20 +49,6 @@ capture_fails() {
   echo "ok - zelmor-mcp capture_fullscreen $where says why and saves nothing"
 }
 
-# The pixels of a picture, whatever its file format.
-pixels() { ffmpeg -v error -i "$1" -f rawvideo -pix_fmt rgb24 - | md5sum; }
-
-# A photograph on every output, so that every row and column counts.
-show_photograph() {
-  local plain
-  plain=$(grim - | md5sum)
-  swaymsg -q output '*' bg /usr/share/matplotlib/mpl-data/sample_data/grace_hopper.jpg fill
-  for _ in $(seq 100); do
-    [ "$(grim - | md5sum)" != "$plain" ] && break
-    sleep 0.05
-  done
-}
-
 native_capture_is_grims() {
   local layout=$1
   fresh_home
@@ -106,28 +85,13 @@ region_capture_is_grims() {
   fresh_home
   QT_QPA_PLATFORM=wayland "$bin/zelmor" --capture-region >/dev/null 2>&1 &
   local pid=$!
-  for _ in $(seq 200); do
-    swaymsg -t get_tree | grep -q '"name": "Zelmor capture"' && break
-    sleep 0.05
-  done
-  "$drag" 300 200 700 400 1920 1080
-  # The seat has a keyboard only once wtype made one; the wait lets the overlay learn of it.
-  wtype -s 300 -k Return
-  local shot=
-  for _ in $(seq 100); do
-    shot=$(pictures | head -1)
-    [ -n "$shot" ] && break
-    sleep 0.05
-  done
+  drag_region_and_save
   # Return copied it too: another Wayland program pastes it while Zelmor runs.
   wl-paste --type image/png >"$HOME/pasted.png" 2>&1 || true
   QT_QPA_PLATFORM=wayland "$bin/zelmor" --quit >/dev/null 2>&1 || true
   wait "$pid" || true
   [ -n "$shot" ] || { echo "not ok - a region dragged on the overlay on Wayland saved no picture" >&2; exit 1; }
-  local reference
-  reference=$(mktemp "${TMPDIR:-/tmp}/zelmor-grim.XXXXXX.png")
-  grim -g "300,200 401x201" "$reference"
-  [ "$(pixels "$shot")" = "$(pixels "$reference")" ] ||
+  shot_is_grims_region ||
     { echo "not ok - the region dragged on the overlay on Wayland is not grim's" >&2; exit 1; }
   echo "ok - zelmor --capture-region on Wayland, a drag and Return save grim's picture of the region"
   [ "$(pixels "$HOME/pasted.png")" = "$(pixels "$reference")" ] ||

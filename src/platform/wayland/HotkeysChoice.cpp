@@ -50,9 +50,14 @@ HotkeyBinder hotkeyBinder()
     return waylandSession() ? HotkeyBinder::Desktop : HotkeyBinder::Program;
 }
 
+std::string desktopBindingFile()
+{
+    return waylandSession() && onSway() ? "~/.config/sway/config" : "";
+}
+
 std::string desktopBindingLine(unsigned modifiers, unsigned virtualKey, const std::string& command)
 {
-    if (!waylandSession() || !onSway()) return {};
+    if (desktopBindingFile().empty()) return {};
     const std::string keys = swayKeys(modifiers, virtualKey);
     // Held keys run the command once, as a hotkey of this program does.
     return keys.empty() ? std::string() : "bindsym --no-repeat " + keys + " exec " + command;

@@ -45,6 +45,11 @@ HotkeyBinder hotkeyBinder()
     return HotkeyBinder::Program;
 }
 
+std::string desktopBindingFile()
+{
+    return {};
+}
+
 std::string desktopBindingLine(unsigned, unsigned, const std::string&)
 {
     return {};

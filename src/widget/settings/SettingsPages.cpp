@@ -1,5 +1,6 @@
 #include "SettingsPages.h"
 
+#include "DesktopHotkeys.h"
 #include "HotkeyEdit.h"
 #include "SettingsBlocks.h"
 #include "UpdateSection.h"
@@ -8,6 +9,7 @@
 #include "core/Toast.h"
 #include "platform/Autostart.h"
 #include "platform/Elevation.h"
+#include "platform/Hotkeys.h"
 #include "service/history/HistoryService.h"
 #include "widget/LicenseDialog.h"
 
@@ -22,6 +24,7 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QScrollArea>
 #include <QSlider>
 #include <QSpinBox>
@@ -186,21 +189,37 @@ QWidget* SettingsPages::general()
 
 QWidget* SettingsPages::hotkeys()
 {
-    struct Hotkey
-    {
-        const char* name;
-        QString label;
-    };
+    using Hotkeys = QList<HotkeyLabel>;
+    const Hotkeys capture = {
+        {"region", tr("Region capture:", "settings.hotkeys.region")},
+        {"fullscreen", tr("Fullscreen capture:", "settings.hotkeys.fullscreen")},
+        {"window", tr("Window capture:", "settings.hotkeys.window")},
+        {"delayed", tr("Delayed capture:", "settings.hotkeys.delayed")}};
+    const Hotkeys tools = {
+        {"gif", tr("GIF record:", "settings.hotkeys.gif")},
+        {"scroll", tr("Scroll capture:", "settings.hotkeys.scroll")},
+        {"pinClickThrough", tr("Pin click-through:", "settings.hotkeys.pinClickThrough")},
+        {"pinFromClipboard", tr("Pin from clipboard:", "settings.hotkeys.pinFromClipboard")},
+        {"history", tr("History panel:", "settings.hotkeys.history")},
+        {"shortcutSheet", tr("Shortcut sheet:", "settings.hotkeys.shortcutSheet")}};
     const Page page = makePage(
         tr("Hotkeys", "settings.hotkeys.page.title"),
         tr("Global keyboard shortcuts. Edits apply immediately.", "settings.hotkeys.page.desc"));
+    const bool desktopBinds = platform::hotkeyBinder() == platform::HotkeyBinder::Desktop;
+    if (desktopBinds) {
+        Hotkeys all;
+        for (HotkeyLabel hotkey : capture + tools)
+            all << HotkeyLabel{hotkey.name, hotkey.label.remove(QRegularExpression(
+                                                QStringLiteral("[:\\x{FF1A}]$")))};
+        addDesktopBindingsCard(page.body, all);
+    }
     const auto addGrid = [&page](const QString& title, const QString& description, int columns,
-                                 std::initializer_list<Hotkey> hotkeys) {
+                                 const Hotkeys& hotkeys) {
         QVBoxLayout* card = addCard(page.body, title, description);
         auto* grid = new QGridLayout;
         grid->setHorizontalSpacing(20);
         int cell = 0;
-        for (const Hotkey& hotkey : hotkeys) {
+        for (const HotkeyLabel& hotkey : hotkeys) {
             const char* name = hotkey.name;
             auto* edit = new HotkeyEdit(
                 QKeySequence::fromString(config().hotkey(name), QKeySequence::PortableText));
@@ -217,25 +236,18 @@ QWidget* SettingsPages::hotkeys()
     addGrid(tr("Capture", "settings.hotkeys.capture"),
             tr("Take a screenshot of a region, screen, window, or after a delay.",
                "settings.hotkeys.capture.desc"),
-            2,
-            {{"region", tr("Region capture:", "settings.hotkeys.region")},
-             {"fullscreen", tr("Fullscreen capture:", "settings.hotkeys.fullscreen")},
-             {"window", tr("Window capture:", "settings.hotkeys.window")},
-             {"delayed", tr("Delayed capture:", "settings.hotkeys.delayed")}});
+            2, capture);
     addGrid(tr("Tools & Utility Shortcuts", "settings.hotkeys.tools"),
             tr("Specialized capture modes, pin toggles, and shortcut utility panels.",
                "settings.hotkeys.tools.desc"),
-            3,
-            {{"gif", tr("GIF record:", "settings.hotkeys.gif")},
-             {"scroll", tr("Scroll capture:", "settings.hotkeys.scroll")},
-             {"pinClickThrough", tr("Pin click-through:", "settings.hotkeys.pinClickThrough")},
-             {"pinFromClipboard", tr("Pin from clipboard:", "settings.hotkeys.pinFromClipboard")},
-             {"history", tr("History panel:", "settings.hotkeys.history")},
-             {"shortcutSheet", tr("Shortcut sheet:", "settings.hotkeys.shortcutSheet")}});
-    auto* hint =
-        new QLabel(tr("Hotkeys take effect immediately after editing.", "settings.hotkeys.hint"));
-    hint->setObjectName(QStringLiteral("fieldHint"));
-    page.body->addWidget(hint);
+            3, tools);
+    // Where the desktop binds the keys, an edit takes effect when the desktop takes it up.
+    if (!desktopBinds) {
+        auto* hint = new QLabel(
+            tr("Hotkeys take effect immediately after editing.", "settings.hotkeys.hint"));
+        hint->setObjectName(QStringLiteral("fieldHint"));
+        page.body->addWidget(hint);
+    }
     page.body->addStretch(1);
     return page.scroll;
 }

@@ -1,0 +1,71 @@
+#include "TestMain.h"
+
+#include "app/HotkeyBindings.h"
+#include "core/ConfigManager.h"
+#include "manager/ActionManager.h"
+#include "manager/HotkeyService.h"
+#include "manager/TrayService.h"
+#include "widget/MainWindow.h"
+#include "widget/TrayMenu.h"
+#include "widget/settings/DesktopHotkeys.h"
+#include "widget/settings/SettingsDialog.h"
+
+#include <QPlainTextEdit>
+#include <QProcess>
+
+using namespace zelmor;
+
+// On sway, where only the desktop binds global keys (run by tests/wayland/check-hotkeys.sh).
+class TestDesktopHotkeys : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void claimsNoKey()
+    {
+        widget::MainWindow window;
+        manager::ActionManager actions(&window);
+        manager::TrayService tray(&actions);
+        manager::HotkeyService hotkeys;
+        QVERIFY(!hotkeys.registerHotkey(1, QStringLiteral("F6")));
+        app::HotkeyBindings bindings(hotkeys, actions);
+        bindings.registerAll();
+        QVERIFY(!bindings.isBound(1));
+        // Neither working nor refused: which keys the desktop binds is not known here.
+        for (QAction* row : tray.menu()->actions())
+            QVERIFY2(row->shortcut().isEmpty() && !row->text().contains("unavailable"),
+                     qPrintable(row->text()));
+        widget::SettingsDialog panel;
+        auto* lines = panel.findChild<QPlainTextEdit*>(QStringLiteral("desktopBindings"));
+        QVERIFY(lines);
+        QVERIFY(lines->toPlainText().startsWith(QStringLiteral("bindsym --no-repeat F6 exec ")));
+    }
+
+    void swayTakesTheLines_data()
+    {
+        QTest::addColumn<QString>("sequence");
+        QTest::addColumn<QString>("line"); // %1: the command
+        QTest::newRow("every modifier") << "Ctrl+Alt+Shift+Meta+PgUp"
+                                        << "bindsym --no-repeat Mod4+Ctrl+Mod1+Shift+Prior exec %1";
+        QTest::newRow("letter, first chord") << "Meta+A, Ctrl+Space"
+                                             << "bindsym --no-repeat Mod4+a exec %1";
+        QTest::newRow("lower-case name") << "Space"
+                                         << "bindsym --no-repeat space exec %1";
+        QTest::newRow("no name in sway") << "Ctrl+."
+                                         << "# Region capture: %1";
+    }
+    void swayTakesTheLines()
+    {
+        QFETCH(QString, sequence);
+        QFETCH(QString, line);
+        core::ConfigManager::instance().setHotkey("region", sequence);
+        line = line.arg(QCoreApplication::applicationFilePath() + " --capture-region");
+        QCOMPARE(widget::settings::desktopBindingsText({{"region", "Region capture"}}),
+                 line + '\n');
+        if (line.startsWith("bindsym"))
+            QCOMPARE(QProcess::execute(QStringLiteral("swaymsg"), {QStringLiteral("-q"), line}), 0);
+    }
+};
+
+ZELMOR_TEST_MAIN(TestDesktopHotkeys, QApplication)
+#include "tst_desktophotkeys.moc"

@@ -1,11 +1,11 @@
 #include "Utilities.h"
 
+#include "DesktopClipboard.h"
+
 #include <QBuffer>
-#include <QClipboard>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
-#include <QGuiApplication>
 #include <QImage>
 #include <QPixmap>
 #include <QProcess>
@@ -68,12 +68,12 @@ QByteArray imageToPng(const QImage& image)
 
 void copyPixmapToClipboard(const QPixmap& pixmap)
 {
-    QGuiApplication::clipboard()->setPixmap(pixmap, QClipboard::Clipboard);
+    setClipboardImage(pixmap.toImage());
 }
 
 void copyTextToClipboard(const QString& text)
 {
-    QGuiApplication::clipboard()->setText(text, QClipboard::Clipboard);
+    setClipboardText(text);
 }
 
 QString executableFileName(const QString& baseName)

@@ -1,6 +1,7 @@
 #include "ActionManager.h"
 
 #include "core/ConfigManager.h"
+#include "core/DesktopClipboard.h"
 #include "core/Log.h"
 #include "core/Toast.h"
 #include "core/Utilities.h"
@@ -24,7 +25,6 @@
 #include "widget/settings/ShortcutSheetDialog.h"
 
 #include <QApplication>
-#include <QClipboard>
 #include <QCoreApplication>
 #include <QCursor>
 #include <QDesktopServices>
@@ -412,13 +412,13 @@ void ActionManager::pinFromPixmap(const QPixmap& pixmap)
 
 void ActionManager::pinFromClipboard()
 {
-    const QClipboard* clipboard = QGuiApplication::clipboard();
-    if (clipboard->image().isNull()) {
+    const QImage image = core::clipboardImage();
+    if (image.isNull()) {
         toast(tr("No image", "tray.clipboard.empty.title"),
               tr("Clipboard doesn't contain an image."));
         return;
     }
-    const QPixmap pixmap = QPixmap::fromImage(clipboard->image());
+    const QPixmap pixmap = QPixmap::fromImage(image);
     if (!pixmap.isNull()) m_pinManager->addPin(pixmap);
 }
 

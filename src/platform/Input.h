@@ -50,6 +50,13 @@ unsigned virtualKeyForCharacter(char32_t character);
 bool typeText(const std::u16string& text, int delayMs = 5,
               const std::function<bool()>& stop = nullptr);
 
+// What keeps synthetic input of one device from reaching the desktop: no display, no
+// injection extension (XTest), or a Wayland compositor that offers no virtual device of that
+// kind to its clients.
+enum class InputDevice { Keyboard, Pointer };
+enum class InputBlocker { None, NoDisplay, NoInjection, NoVirtualDevice };
+InputBlocker inputBlocker(InputDevice device);
+
 // False while the clipboard cannot be read: Windows opens it, which fails while another
 // program holds it open. X has nothing to open: the owner is asked for its data.
 bool clipboardReadable();

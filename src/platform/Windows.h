@@ -16,11 +16,18 @@ struct WindowRecord
     std::string title;       // UTF-8
     std::string className;
     Rect frame; // outer rectangle including the window manager's decorations
+    // False where the desktop does not tell other programs where windows are (most Wayland
+    // compositors); `frame` is then empty.
+    bool frameKnown = true;
     bool minimized = false;
     bool maximized = false;
     bool visible = false;
     std::int64_t processId = 0; // 0 when the window does not say
 };
+
+// False when the desktop lets no other program list or manage its windows (a Wayland
+// compositor without a foreign-toplevel protocol).
+bool windowManagementAvailable();
 
 // Managed top-level windows, top of the stack first, including hidden and minimized ones.
 std::vector<WindowRecord> listTopLevelWindows();

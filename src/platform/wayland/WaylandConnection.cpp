@@ -1,6 +1,11 @@
 #include "WaylandConnection.h"
 
+#include "DesktopToolsWayland.h"
+#include "virtual-keyboard-unstable-v1-client-protocol.h"
+#include "wlr-data-control-unstable-v1-client-protocol.h"
+#include "wlr-foreign-toplevel-management-unstable-v1-client-protocol.h"
 #include "wlr-screencopy-unstable-v1-client-protocol.h"
+#include "wlr-virtual-pointer-unstable-v1-client-protocol.h"
 #include "xdg-output-unstable-v1-client-protocol.h"
 
 #include <wayland-client.h>
@@ -10,6 +15,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <string_view>
 
 namespace zelmor::platform::wayland {
 
@@ -76,6 +82,7 @@ T* bind(wl_registry* registry, std::uint32_t name, const wl_interface* interface
 void WaylandConnection::bindGlobal(wl_registry* registry, std::uint32_t name, const char* interface,
                                    std::uint32_t version)
 {
+    if (bindDesktopToolGlobal(registry, name, interface, version)) return;
     if (std::strcmp(interface, wl_shm_interface.name) == 0) {
         m_shm = bind<wl_shm>(registry, name, &wl_shm_interface, version, 1);
     } else if (std::strcmp(interface, zwlr_screencopy_manager_v1_interface.name) == 0) {
@@ -95,6 +102,29 @@ void WaylandConnection::bindGlobal(wl_registry* registry, std::uint32_t name, co
         describeOutput(*output);
         m_outputs.push_back(std::move(output));
     }
+}
+
+bool WaylandConnection::bindDesktopToolGlobal(wl_registry* registry, std::uint32_t name,
+                                              const char* interface, std::uint32_t version)
+{
+    const std::string_view offered = interface;
+    if (offered == wl_seat_interface.name && !m_seat)
+        m_seat = bind<wl_seat>(registry, name, &wl_seat_interface, version, 1);
+    else if (offered == zwp_virtual_keyboard_manager_v1_interface.name)
+        m_virtualKeyboards = bind<zwp_virtual_keyboard_manager_v1>(
+            registry, name, &zwp_virtual_keyboard_manager_v1_interface, version, 1);
+    else if (offered == zwlr_virtual_pointer_manager_v1_interface.name)
+        m_virtualPointers = bind<zwlr_virtual_pointer_manager_v1>(
+            registry, name, &zwlr_virtual_pointer_manager_v1_interface, version, 2);
+    else if (offered == zwlr_data_control_manager_v1_interface.name)
+        m_dataControl = bind<zwlr_data_control_manager_v1>(
+            registry, name, &zwlr_data_control_manager_v1_interface, version, 1);
+    else if (offered == zwlr_foreign_toplevel_manager_v1_interface.name)
+        m_toplevels = watchToplevels(bind<zwlr_foreign_toplevel_manager_v1>(
+            registry, name, &zwlr_foreign_toplevel_manager_v1_interface, version, 3));
+    else
+        return false;
+    return true;
 }
 
 void WaylandConnection::describeOutput(Output& output)

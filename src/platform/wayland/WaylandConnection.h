@@ -12,7 +12,12 @@
 struct wl_display;
 struct wl_output;
 struct wl_registry;
+struct wl_seat;
 struct wl_shm;
+struct zwlr_data_control_manager_v1;
+struct zwlr_foreign_toplevel_manager_v1;
+struct zwlr_virtual_pointer_manager_v1;
+struct zwp_virtual_keyboard_manager_v1;
 struct zwlr_screencopy_manager_v1;
 struct zxdg_output_manager_v1;
 struct zxdg_output_v1;
@@ -52,6 +57,12 @@ public:
     wl_shm* shm() const { return m_shm; }
     zwlr_screencopy_manager_v1* screencopy() const { return m_screencopy; }
     const std::vector<std::unique_ptr<Output>>& outputs() const { return m_outputs; }
+    // The desktop tools' globals; null where the compositor offers none.
+    wl_seat* seat() const { return m_seat; }
+    zwp_virtual_keyboard_manager_v1* virtualKeyboards() const { return m_virtualKeyboards; }
+    zwlr_virtual_pointer_manager_v1* virtualPointers() const { return m_virtualPointers; }
+    zwlr_data_control_manager_v1* dataControl() const { return m_dataControl; }
+    zwlr_foreign_toplevel_manager_v1* toplevels() const { return m_toplevels; }
 
     // Serves events until `done` holds; false after `timeoutMs` or when the connection broke.
     bool dispatchUntil(const std::function<bool()>& done, int timeoutMs);
@@ -66,12 +77,19 @@ public:
 private:
     explicit WaylandConnection(wl_display* display);
     void describeOutput(Output& output);
+    bool bindDesktopToolGlobal(wl_registry* registry, std::uint32_t name, const char* interface,
+                               std::uint32_t version);
 
     wl_display* m_display = nullptr;
     wl_registry* m_registry = nullptr;
     wl_shm* m_shm = nullptr;
     zwlr_screencopy_manager_v1* m_screencopy = nullptr;
     zxdg_output_manager_v1* m_xdgOutputs = nullptr;
+    wl_seat* m_seat = nullptr;
+    zwp_virtual_keyboard_manager_v1* m_virtualKeyboards = nullptr;
+    zwlr_virtual_pointer_manager_v1* m_virtualPointers = nullptr;
+    zwlr_data_control_manager_v1* m_dataControl = nullptr;
+    zwlr_foreign_toplevel_manager_v1* m_toplevels = nullptr;
     std::vector<std::unique_ptr<Output>> m_outputs;
 };
 

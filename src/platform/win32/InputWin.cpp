@@ -154,6 +154,11 @@ bool typeText(const std::u16string& text, int delayMs, const std::function<bool(
     return true;
 }
 
+InputBlocker inputBlocker(InputDevice)
+{
+    return InputBlocker::None;
+}
+
 bool clipboardReadable()
 {
     if (!OpenClipboard(nullptr)) return false;

@@ -56,6 +56,11 @@ WindowRecord foregroundWindow()
     return recordOf(GetForegroundWindow());
 }
 
+bool windowManagementAvailable()
+{
+    return true;
+}
+
 WindowHandle windowAt(Point point)
 {
     const HWND hit = WindowFromPoint(POINT{point.x, point.y});

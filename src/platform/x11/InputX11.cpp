@@ -1,6 +1,6 @@
 // Synthetic input through the XTest extension (Windows: SendInput, SetCursorPos, VkKeyScanW).
 
-#include "../Input.h"
+#include "InputX11.h"
 #include "KeyboardX11.h"
 #include "X11Connection.h"
 
@@ -14,11 +14,7 @@
 #include <set>
 #include <thread>
 
-namespace zelmor::platform {
-
-using x11::KeyboardMap;
-using x11::Reply;
-using x11::X11Connection;
+namespace zelmor::platform::x11 {
 
 namespace {
 
@@ -164,7 +160,7 @@ bool sendKeys(const std::vector<KeyEvent>& events)
     std::lock_guard<std::mutex> lock(borrowMutex);
     const KeyboardMap map = KeyboardMap::read(x->connection());
     for (const KeyEvent& e : events) {
-        const xcb_keysym_t keysym = x11::keysymForVirtualKey(e.virtualKey);
+        const xcb_keysym_t keysym = keysymForVirtualKey(e.virtualKey);
         if (keysym == XCB_NO_SYMBOL) continue;
         xcb_keycode_t keycode = map.plainKeycode(keysym);
         const auto held = heldBorrowedKeys.find(e.virtualKey);
@@ -197,7 +193,7 @@ unsigned virtualKeyForCharacter(char32_t character)
     if (!x) return 0;
     const KeyboardMap map = KeyboardMap::read(x->connection());
     const xcb_keycode_t keycode = map.keycodeTyping(character);
-    return keycode ? x11::virtualKeyForKeysym(map.plainKeysym(keycode)) : 0;
+    return keycode ? virtualKeyForKeysym(map.plainKeysym(keycode)) : 0;
 }
 
 bool typeText(const std::u16string& text, int delayMs, const std::function<bool()>& stop)
@@ -220,7 +216,7 @@ bool typeText(const std::u16string& text, int delayMs, const std::function<bool(
         if (c >= 0xD800 && c < 0xDC00 && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
             text[i + 1] < 0xE000)
             c = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - 0xDC00);
-        const xcb_keysym_t keysym = x11::keysymForCharacter(c);
+        const xcb_keysym_t keysym = keysymForCharacter(c);
         if (keysym == XCB_NO_SYMBOL) continue;
         const xcb_keycode_t keycode = keys[typed++ % keys.size()];
         remap(*x, map, keycode, keysym);
@@ -238,9 +234,10 @@ bool typeText(const std::u16string& text, int delayMs, const std::function<bool(
     return true;
 }
 
-bool clipboardReadable()
+InputBlocker inputBlocker(InputDevice)
 {
-    return true;
+    if (!X11Connection::shared()) return InputBlocker::NoDisplay;
+    return injector() ? InputBlocker::None : InputBlocker::NoInjection;
 }
 
-} // namespace zelmor::platform
+} // namespace zelmor::platform::x11

@@ -1,7 +1,7 @@
 // Top-level windows from EWMH properties and requests to the window manager (Windows:
 // EnumWindows, GetForegroundWindow, ShowWindow, SetForegroundWindow, PostMessage).
 
-#include "../Windows.h"
+#include "WindowsX11.h"
 #include "X11Connection.h"
 
 #include <unistd.h>
@@ -11,10 +11,7 @@
 #include <climits>
 #include <fstream>
 
-namespace zelmor::platform {
-
-using x11::Reply;
-using x11::X11Connection;
+namespace zelmor::platform::x11 {
 
 namespace {
 
@@ -425,4 +422,4 @@ bool waitUntilUnmanaged(WindowHandle window, int timeoutMs)
     return false;
 }
 
-} // namespace zelmor::platform
+} // namespace zelmor::platform::x11

@@ -1,11 +1,10 @@
 #include "InputTools.h"
 
+#include "DesktopAccess.h"
+#include "core/DesktopClipboard.h"
 #include "platform/Input.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
 #include <QHash>
-#include <QMimeData>
 #include <QThread>
 
 #include <cstdlib>
@@ -79,6 +78,7 @@ std::optional<McpToolResult> unusableText(const QString& text)
 
 McpToolResult sendKey(const McpToolArgs& args, bool down)
 {
+    if (auto blocked = keyboardUnavailable()) return *blocked;
     const QString key = text(args, "key").trimmed();
     const unsigned code = mcpKeyCode(key);
     if (!code) return mcpToolError(QStringLiteral("unrecognized key: %1").arg(key));
@@ -115,6 +115,7 @@ unsigned mcpKeyCode(const QString& name)
 
 McpToolResult mouseClickTool(const McpToolArgs& args)
 {
+    if (auto blocked = pointerUnavailable()) return *blocked;
     if (hasPoint(args)) {
         moveTo(integer(args, "x"), integer(args, "y"));
         QThread::msleep(30);
@@ -137,6 +138,7 @@ McpToolResult mouseClickTool(const McpToolArgs& args)
 
 McpToolResult mouseMoveTool(const McpToolArgs& args)
 {
+    if (auto blocked = pointerUnavailable()) return *blocked;
     const int x = integer(args, "x");
     const int y = integer(args, "y");
     moveTo(x, y);
@@ -145,6 +147,7 @@ McpToolResult mouseMoveTool(const McpToolArgs& args)
 
 McpToolResult mouseScrollTool(const McpToolArgs& args)
 {
+    if (auto blocked = pointerUnavailable()) return *blocked;
     int delta = integer(args, "delta");
     if (delta == 0) delta = -120;
     if (std::abs(delta) > kMaxScrollDelta)
@@ -162,6 +165,7 @@ McpToolResult mouseScrollTool(const McpToolArgs& args)
 
 McpToolResult mouseDragTool(const McpToolArgs& args)
 {
+    if (auto blocked = pointerUnavailable()) return *blocked;
     const int startX = integer(args, "startX");
     const int startY = integer(args, "startY");
     const int endX = integer(args, "endX");
@@ -198,6 +202,7 @@ McpToolResult sendHotkeyTool(const McpToolArgs& args)
 {
     const QString hotkey = text(args, "hotkey").trimmed();
     if (hotkey.isEmpty()) return mcpToolError(QStringLiteral("hotkey cannot be empty"));
+    if (auto blocked = keyboardUnavailable()) return *blocked;
     std::vector<unsigned> codes;
     for (const QString& part : hotkey.split(QLatin1Char('+'), Qt::SkipEmptyParts))
         if (const unsigned code = mcpKeyCode(part)) codes.push_back(code);
@@ -220,6 +225,7 @@ McpToolResult typeTextTool(const McpToolArgs& args)
 {
     const QString typed = text(args, "text");
     if (auto refused = unusableText(typed)) return *refused;
+    if (auto blocked = keyboardUnavailable()) return *blocked;
     // X types a character at a time through a remapped key, so a surrogate pair is one key
     // press here (Windows sends two Unicode events). The pause around each press gives a busy
     // receiver time to read the remapping.
@@ -234,9 +240,11 @@ McpToolResult pasteTextToFocusedTool(const McpToolArgs& args)
 {
     const QString pasted = text(args, "text");
     if (auto refused = unusableText(pasted)) return *refused;
+    if (auto blocked = clipboardUnavailable()) return *blocked;
+    if (auto blocked = keyboardUnavailable()) return *blocked;
     // On X the target fetches the text from this process once the caller's event loop runs
     // again, which it does as soon as the tool returns.
-    QGuiApplication::clipboard()->setText(pasted, QClipboard::Clipboard);
+    core::setClipboardText(pasted);
     QThread::msleep(30);
     platform::sendKeys({{kControlKey, true}, {kVKey, true}, {kVKey, false}, {kControlKey, false}});
     return success({{QStringLiteral("pastedText"), pasted}});
@@ -247,17 +255,18 @@ McpToolResult readClipboardTool(const McpToolArgs&)
     // Qt reads a clipboard it could not open as an empty one.
     if (!platform::clipboardReadable())
         return mcpToolError(QStringLiteral("could not open Windows clipboard"));
-    const QMimeData* data = QGuiApplication::clipboard()->mimeData(QClipboard::Clipboard);
-    const bool hasText = data && data->hasText();
-    return success({{QStringLiteral("hasText"), hasText},
-                    {QStringLiteral("text"), hasText ? data->text() : QString()}});
+    if (auto blocked = clipboardUnavailable()) return *blocked;
+    const std::optional<QString> text = core::clipboardText();
+    return success({{QStringLiteral("hasText"), text.has_value()},
+                    {QStringLiteral("text"), text.value_or(QString())}});
 }
 
 McpToolResult writeClipboardTool(const McpToolArgs& args)
 {
     const QString written = text(args, "text");
+    if (auto blocked = clipboardUnavailable()) return *blocked;
     // The text stays on the clipboard only while this process runs: X keeps no copy.
-    QGuiApplication::clipboard()->setText(written, QClipboard::Clipboard);
+    core::setClipboardText(written);
     return success({{QStringLiteral("length"), int(written.size())}});
 }
 

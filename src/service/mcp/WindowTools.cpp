@@ -1,5 +1,6 @@
 #include "WindowTools.h"
 
+#include "DesktopAccess.h"
 #include "InputTools.h"
 #include "core/Utilities.h"
 #include "platform/Windows.h"
@@ -39,16 +40,23 @@ QString handleText(WindowHandle handle)
     return QString::number(handle, 16);
 }
 
+// Where the desktop keeps a window's place to itself, the answer says so instead of a place.
 QVariantMap windowFields(const WindowRecord& w)
 {
-    return {
+    QVariantMap fields{
         {QStringLiteral("title"), windowText(w).trimmed()},
         {QStringLiteral("hwnd"), handleText(w.handle)},
-        {QStringLiteral("process"), QString::fromStdString(platform::windowProcessName(w.handle))},
-        {QStringLiteral("x"), w.frame.x},
-        {QStringLiteral("y"), w.frame.y},
-        {QStringLiteral("width"), w.frame.width},
-        {QStringLiteral("height"), w.frame.height}};
+        {QStringLiteral("process"), QString::fromStdString(platform::windowProcessName(w.handle))}};
+    if (!w.frameKnown) {
+        fields.insert(QStringLiteral("rectangle"),
+                      QStringLiteral("unknown: this desktop does not tell where its windows are"));
+        return fields;
+    }
+    fields.insert(QStringLiteral("x"), w.frame.x);
+    fields.insert(QStringLiteral("y"), w.frame.y);
+    fields.insert(QStringLiteral("width"), w.frame.width);
+    fields.insert(QStringLiteral("height"), w.frame.height);
+    return fields;
 }
 
 // The topmost shown window whose title holds the keyword, ignoring case. Minimized windows
@@ -84,6 +92,7 @@ bool startProgram(const QString& program)
 
 McpToolResult getActiveWindowInfoTool(const McpToolArgs&)
 {
+    if (auto blocked = windowsUnavailable()) return *blocked;
     const WindowRecord active = platform::foregroundWindow();
     if (!active.handle) return mcpToolError(QStringLiteral("no active window found"));
     return success(windowFields(active));
@@ -91,9 +100,11 @@ McpToolResult getActiveWindowInfoTool(const McpToolArgs&)
 
 McpToolResult listWindowsTool(const McpToolArgs&)
 {
+    if (auto blocked = windowsUnavailable()) return *blocked;
     QVariantList windows;
     for (const WindowRecord& w : platform::listTopLevelWindows()) {
-        if (!w.visible || windowText(w).trimmed().isEmpty() || w.frame.isEmpty()) continue;
+        if (!w.visible || windowText(w).trimmed().isEmpty() || (w.frameKnown && w.frame.isEmpty()))
+            continue;
         windows << windowFields(w);
     }
     return success(
@@ -104,6 +115,7 @@ McpToolResult focusWindowTool(const McpToolArgs& args)
 {
     const QString keyword = argument(args, "title").trimmed();
     if (keyword.isEmpty()) return mcpToolError(QStringLiteral("title keyword cannot be empty"));
+    if (auto blocked = windowsUnavailable()) return *blocked;
     const std::optional<WindowRecord> found = findWindow(keyword);
     if (!found)
         return mcpToolError(QStringLiteral("no visible window found matching '%1'").arg(keyword));
@@ -117,6 +129,7 @@ McpToolResult windowActionTool(const McpToolArgs& args)
 {
     const QString action = argument(args, "action").trimmed().toLower();
     const QString keyword = argument(args, "title").trimmed();
+    if (auto blocked = windowsUnavailable()) return *blocked;
     WindowRecord target;
     if (keyword.isEmpty())
         target = platform::foregroundWindow();

@@ -10,6 +10,7 @@
 #include "manager/TaskManager.h"
 #include "manager/ThemeManager.h"
 #include "platform/Elevation.h"
+#include "platform/Session.h"
 #include "service/ai/AiWorkflow.h"
 #include "service/capture/CaptureService.h"
 #include "service/capture/OutputFile.h"
@@ -148,23 +149,33 @@ void ActionManager::connectHistory()
             &ActionManager::captureForAiChat);
 }
 
+// The pointer's screen and its place; on Wayland, where a program learns where the pointer is
+// only over its own windows, the whole desktop, which the overlay spreads over every output.
+QPixmap ActionManager::regionPicture(QRect* place) const
+{
+    if (platform::displayServer() == platform::DisplayServer::Wayland)
+        return m_captureService->grabScreens();
+    QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
+    if (!screen) screen = QGuiApplication::primaryScreen();
+    if (!screen) return {};
+    QPixmap pixmap = service::capture::grabScreen(int(QGuiApplication::screens().indexOf(screen)));
+    *place = screen->geometry();
+    // The overlay paints logical pixels one to one on a scaled display.
+    if (!pixmap.isNull() && pixmap.size() != place->size())
+        pixmap = pixmap.scaled(place->size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    return pixmap;
+}
+
 void ActionManager::captureRegion()
 {
     if (m_regionCaptureActive) return;
-    QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
-    if (!screen) screen = QGuiApplication::primaryScreen();
-    if (!screen) return;
-    QPixmap pixmap = service::capture::grabScreen(int(QGuiApplication::screens().indexOf(screen)));
+    QRect place;
+    const QPixmap pixmap = regionPicture(&place);
     if (pixmap.isNull()) {
         toastCaptureFailed();
         return;
     }
-    // The overlay paints logical pixels one to one on a scaled display.
-    if (pixmap.size() != screen->geometry().size())
-        pixmap = pixmap.scaled(screen->geometry().size(), Qt::IgnoreAspectRatio,
-                               Qt::SmoothTransformation);
-
-    auto* overlay = takeOverlay(pixmap, screen->geometry());
+    auto* overlay = takeOverlay(pixmap, place);
     m_regionCaptureActive = true;
     const auto clearFlag = [this] { m_regionCaptureActive = false; };
     connect(overlay, &widget::CaptureOverlay::copyRequested, this, [this](const QPixmap& cropped) {

@@ -130,6 +130,7 @@ private:
     void endScroll();
     void onGesture(const QString& action);
     widget::CaptureOverlay* takeOverlay(const QPixmap& pixmap, const QRect& geometry = QRect());
+    QPixmap regionPicture(QRect* place) const;
     void prepareOverlay();
     void dropPreparedOverlay();
 

@@ -117,13 +117,64 @@ void CaptureOverlay::warmUpPainting()
 
 void CaptureOverlay::load(const QPixmap& frozen, const QRect& geometry)
 {
+    const bool wholeDesktop = geometry.isNull() || geometry.isEmpty();
+    if (wholeDesktop && platform::displayServer() == platform::DisplayServer::Wayland)
+        spreadOverScreens(frozen);
+    else
+        loadPart(frozen, wholeDesktop ? unitedScreens() : geometry);
+}
+
+void CaptureOverlay::loadPart(const QPixmap& frozen, const QRect& geometry)
+{
     m_frozenPixmap = frozen;
     m_frozenImage = frozen.toImage().convertToFormat(QImage::Format_RGB32);
-    setGeometry(geometry.isNull() || geometry.isEmpty() ? unitedScreens() : geometry);
+    setGeometry(geometry);
     // A Wayland compositor places windows itself; full screen is how a window covers an output.
     if (platform::displayServer() == platform::DisplayServer::Wayland)
         setWindowState(windowState() | Qt::WindowFullScreen);
     collectWindowRects();
+}
+
+void CaptureOverlay::spreadOverScreens(const QPixmap& frozen)
+{
+    const QRect all = unitedScreens();
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    for (int i = 0; i < screens.size(); ++i) {
+        CaptureOverlay* part = i == 0 ? this : new CaptureOverlay;
+        const QRect place = screens[i]->geometry().translated(-all.topLeft());
+        part->m_desktopOffset = place.topLeft();
+        part->loadPart(frozen.copy(place), screens[i]->geometry());
+        // Full screen on this output, not on the one the compositor would pick.
+        if (QWindow* window = part->windowHandle()) window->setScreen(screens[i]);
+        if (part != this) adoptPart(part);
+    }
+    if (screens.isEmpty()) loadPart(frozen, all);
+}
+
+void CaptureOverlay::adoptPart(CaptureOverlay* part)
+{
+    part->m_lead = this;
+    m_parts.append(part);
+    for (auto outcome : {&CaptureOverlay::copyRequested, &CaptureOverlay::pinRequested,
+                         &CaptureOverlay::saveRequested, &CaptureOverlay::ocrRequested,
+                         &CaptureOverlay::translateRequested, &CaptureOverlay::aiAnnotateRequested})
+        connect(part, outcome, this, outcome);
+    connect(part, &CaptureOverlay::cancelled, this, &CaptureOverlay::cancelled);
+    connect(part, &CaptureOverlay::recordStartRequested, this,
+            &CaptureOverlay::recordStartRequested);
+    connect(part, &CaptureOverlay::scrollStartRequested, this,
+            &CaptureOverlay::scrollStartRequested);
+    connect(part, &CaptureOverlay::autoScrollStartRequested, this,
+            &CaptureOverlay::autoScrollStartRequested);
+}
+
+// The first window of a group to end ends the others.
+void CaptureOverlay::closeEvent(QCloseEvent* event)
+{
+    QWidget::closeEvent(event);
+    for (const QPointer<CaptureOverlay>& part : std::as_const(m_parts))
+        if (part) part->close();
+    if (m_lead) m_lead->close();
 }
 
 void CaptureOverlay::showEvent(QShowEvent* event)
@@ -131,6 +182,8 @@ void CaptureOverlay::showEvent(QShowEvent* event)
     QWidget::showEvent(event);
     if (m_shownBefore) return;
     m_shownBefore = true;
+    for (const QPointer<CaptureOverlay>& part : std::as_const(m_parts))
+        if (part) part->show();
     QTimer::singleShot(0, this, [this] {
         raise();
         activateWindow();
@@ -172,6 +225,8 @@ void CaptureOverlay::collectSnapRects()
 
 void CaptureOverlay::setMode(int mode)
 {
+    for (const QPointer<CaptureOverlay>& part : std::as_const(m_parts))
+        if (part) part->setMode(mode);
     m_mode = mode;
     setCursor(Qt::CrossCursor);
 }
@@ -300,13 +355,14 @@ void CaptureOverlay::onAction(int action)
     case OverlayPanels::Start:
         if (m_selection.isNull()) return;
         if (m_mode == Gif)
-            Q_EMIT recordStartRequested(m_selection, m_panels->durationSecs(), m_panels->fps());
-        if (m_mode == Scroll) Q_EMIT scrollStartRequested(m_selection);
+            Q_EMIT recordStartRequested(m_selection.translated(m_desktopOffset),
+                                        m_panels->durationSecs(), m_panels->fps());
+        if (m_mode == Scroll) Q_EMIT scrollStartRequested(m_selection.translated(m_desktopOffset));
         close();
         break;
     case OverlayPanels::AutoScroll:
         if (m_selection.isNull() || m_mode != Scroll) return;
-        Q_EMIT autoScrollStartRequested(m_selection);
+        Q_EMIT autoScrollStartRequested(m_selection.translated(m_desktopOffset));
         close();
         break;
     }

@@ -5,6 +5,7 @@
 
 #include <QImage>
 #include <QPixmap>
+#include <QPointer>
 #include <QWidget>
 
 class QTextEdit;
@@ -18,7 +19,9 @@ class OverlayPanels;
 
 // One full-desktop window over a frozen picture: the user picks a region, adjusts it,
 // draws on it and decides what happens to it. It ends by emitting one signal and closing;
-// what the signal means is up to the caller.
+// what the signal means is up to the caller. Where a window covers one output at most
+// (Wayland), a full-desktop overlay is one window per output: this one shows the first
+// output's part and speaks for the others, which hand it their outcomes.
 class CaptureOverlay : public QWidget
 {
     Q_OBJECT
@@ -83,8 +86,12 @@ protected:
     void keyReleaseEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void showEvent(QShowEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
 
 private:
+    void loadPart(const QPixmap& frozen, const QRect& geometry);
+    void spreadOverScreens(const QPixmap& frozen);
+    void adoptPart(CaptureOverlay* part);
     overlay::OverlayScene scene() const;
     void warmUpPainting();
     void collectWindowRects();
@@ -140,6 +147,10 @@ private:
     QString m_copiedColorText;
     bool m_keyboardGrabbed = false;
     bool m_shownBefore = false;
+    // The selection's offset on the desktop's picture: this window's place on it.
+    QPoint m_desktopOffset;
+    QList<QPointer<CaptureOverlay>> m_parts; // the other outputs' windows, on the first one
+    QPointer<CaptureOverlay> m_lead;         // on the others, the first one
 };
 
 } // namespace zelmor::widget

@@ -2,10 +2,18 @@
 // screen, for zelmor and for a bare Qt floor built here: a program that grabs the screen and
 // shows a new full-screen window with it, dimmed. Median, first run and maximum.
 //   scripts/x-session.sh build/bench/zelmor-bench-hotkey [runs]
+// With --command, in the session it runs in, the time from `zelmor --capture-region` (a second
+// start, passing the switch to the running zelmor) to the first changed pixel, and from F6: on
+// X11 zelmor's own grab, on Wayland sway's binding of F6 to that command line. One tab-separated
+// row each (bench/hotkey-sessions.sh runs it in both sessions and prints them side by side).
+//   scripts/wayland-session.sh env QT_QPA_PLATFORM=wayland build/bench/zelmor-bench-hotkey
+//   --command [runs]
 
+#include "core/DisplaySession.h"
 #include "platform/Hotkeys.h"
 #include "platform/Input.h"
 #include "platform/ScreenGrab.h"
+#include "platform/Session.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -22,6 +30,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <vector>
@@ -89,8 +98,19 @@ std::vector<std::uint32_t> probe()
     return pixels;
 }
 
+bool onWayland()
+{
+    return platform::displayServer() == platform::DisplayServer::Wayland;
+}
+
+// Through a virtual keyboard on Wayland, where no program may inject keys otherwise. Each is a
+// new keyboard of the seat: the overlay needs a moment to learn of it, sway's bindings none.
 bool pressKey(unsigned key)
 {
+    if (onWayland())
+        return QProcess::execute(QStringLiteral("wtype"),
+                                 key == kF6 ? QStringList{"-k", "F6"}
+                                            : QStringList{"-s", "300", "-k", "Escape"}) == 0;
     return platform::sendKeys({{key, true}, {key, false}});
 }
 
@@ -110,7 +130,8 @@ struct Result
     int missed = 0;
 };
 
-Result measure(QProcess& target, int runs)
+// `trigger` opens the overlay, Escape closes it.
+Result measure(const std::function<void()>& trigger, int runs)
 {
     Result result;
     std::vector<double> times;
@@ -118,7 +139,7 @@ Result measure(QProcess& target, int runs)
         const std::vector<std::uint32_t> before = probe();
         QElapsedTimer clock;
         clock.start();
-        pressKey(kF6);
+        trigger();
         if (!waitForProbe(before, true)) {
             std::fprintf(stderr, "run %d: nothing changed\n", i);
             ++result.missed;
@@ -129,8 +150,6 @@ Result measure(QProcess& target, int runs)
         if (!waitForProbe(before, false)) std::fprintf(stderr, "run %d: the overlay stayed\n", i);
         QThread::msleep(150); // the window manager settles before the next press
     }
-    target.terminate();
-    target.waitForFinished(3000);
     if (times.empty()) return result;
     result.first = times.front();
     result.max = *std::max_element(times.begin(), times.end());
@@ -161,6 +180,11 @@ void waitUntilSettled(qint64 pid)
 
 // zelmor with a home of its own, once it is ready for a capture (its hotkeys registered and,
 // in its first idle moment after start, the overlay prepared) and settled.
+QString zelmorPath()
+{
+    return QCoreApplication::applicationDirPath() + QStringLiteral("/../bin/zelmor");
+}
+
 bool startZelmor(QProcess& process, const QTemporaryDir& home)
 {
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
@@ -168,7 +192,7 @@ bool startZelmor(QProcess& process, const QTemporaryDir& home)
     env.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
     env.insert(QStringLiteral("XDG_DATA_HOME"), home.filePath(QStringLiteral("data")));
     process.setProcessEnvironment(env);
-    process.start(QCoreApplication::applicationDirPath() + QStringLiteral("/../bin/zelmor"), {});
+    process.start(zelmorPath(), {});
     const QString log = home.filePath(QStringLiteral("data/Zelmor/Zelmor/zelmor.log"));
     for (int i = 0; i < 1000; ++i) {
         QFile file(log);
@@ -181,11 +205,46 @@ bool startZelmor(QProcess& process, const QTemporaryDir& home)
     return false;
 }
 
+void printRow(const char* name, const Result& r)
+{
+    std::printf("%s\t%.1f\t%.1f\t%.1f\t%d\n", name, r.median, r.first, r.max, r.missed);
+}
+
+int runCommandLine(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    core::tellDisplayServer();
+    const int runs = argc > 2 ? std::max(1, atoi(argv[2])) : 20;
+    QTemporaryDir home;
+    QProcess zelmor;
+    if (!startZelmor(zelmor, home)) return std::fprintf(stderr, "zelmor did not start\n"), 1;
+    // The second start as a desktop's binding makes it: the same user and session.
+    QProcess second;
+    second.setProcessEnvironment(zelmor.processEnvironment());
+    second.setProgram(zelmorPath());
+    second.setArguments({QStringLiteral("--capture-region")});
+    printRow("zelmor --capture-region", measure([&second] { second.startDetached(); }, runs));
+    if (onWayland()) {
+        const QString command =
+            QStringLiteral("exec env QT_QPA_PLATFORM=wayland %1 --capture-region")
+                .arg(zelmorPath());
+        QProcess::execute(
+            QStringLiteral("swaymsg"),
+            {QStringLiteral("-q"), QStringLiteral("bindsym --no-repeat F6 ") + command});
+    }
+    printRow(onWayland() ? "F6, bound in sway" : "F6, Zelmor's own grab",
+             measure([] { pressKey(kF6); }, runs));
+    zelmor.terminate();
+    zelmor.waitForFinished(3000);
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     if (argc > 1 && QByteArray(argv[1]) == "--floor") return runFloor(argc, argv);
+    if (argc > 1 && QByteArray(argv[1]) == "--command") return runCommandLine(argc, argv);
     QApplication app(argc, argv);
     const int runs = argc > 1 ? std::max(1, atoi(argv[1])) : 20;
     QTemporaryDir home;
@@ -194,11 +253,16 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "zelmor did not start\n");
         return 1;
     }
-    const Result ours = measure(zelmor, runs);
+    const auto f6 = [] { pressKey(kF6); };
+    const Result ours = measure(f6, runs);
+    zelmor.terminate();
+    zelmor.waitForFinished(3000);
     QProcess floor;
     floor.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--floor")});
     floor.waitForReadyRead(10000);
-    const Result bare = measure(floor, runs);
+    const Result bare = measure(f6, runs);
+    floor.terminate();
+    floor.waitForFinished(3000);
 
     std::printf("F6 to the first changed pixel, %d runs (ms)\n", runs);
     std::printf("%-22s%10s%10s%10s%8s\n", "program", "median", "first", "max", "missed");

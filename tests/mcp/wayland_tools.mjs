@@ -12,7 +12,7 @@ import { setTimeout as sleep } from "node:timers/promises";
 
 const [server, bin] = process.argv.slice(2);
 const { DISPLAY, ...env } = process.env; // as a console client starts it: no X server known
-const native = { ...env, QT_QPA_PLATFORM: "wayland" };
+const native = { ...env, QT_QPA_PLATFORM: "wayland", QT_LINUX_ACCESSIBILITY_ALWAYS_ON: "1" };
 
 let failures = 0;
 async function check(name, body) {
@@ -74,6 +74,12 @@ try {
     const mine = fields(await call("list_windows")).windows.find((w) => w.title === target.title);
     assert.match(mine.rectangle, /unknown/);
     assert.equal(mine.x, undefined);
+  });
+  await check("find_ui_elements gives its button no window-relative place", async () => {
+    let buttons = [];
+    for (let i = 0; i < 100 && buttons.length < 2; i++, await sleep(100)) // until both registered
+      buttons = fields(await call("find_ui_elements", { name: "Press" })).elements;
+    assert.deepEqual(buttons.map((b) => [b.controlType, b.x]), [["Button", undefined], ["Button", undefined]]);
   });
   await check("focus_window activates it", async () => {
     fields(await call("focus_window", { title: "tool target" }));

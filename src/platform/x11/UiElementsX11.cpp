@@ -1,6 +1,7 @@
 // User-interface elements of other programs through AT-SPI on the accessibility bus
 // (Windows: UI Automation over COM).
 
+#include "../Session.h"
 #include "../UiElements.h"
 
 #include <atspi/atspi.h>
@@ -183,7 +184,7 @@ bool hasState(AtspiAccessible* a, AtspiStateType state)
     return has;
 }
 
-std::optional<Rect> extentsOf(AtspiAccessible* a)
+std::optional<Rect> toolkitExtentsOf(AtspiAccessible* a)
 {
     AtspiComponent* component = atspi_accessible_get_component_iface(a);
     if (!component) return std::nullopt;
@@ -195,6 +196,42 @@ std::optional<Rect> extentsOf(AtspiAccessible* a)
     const Rect rect{r->x, r->y, r->width, r->height};
     g_free(r);
     return rect;
+}
+
+// The element's window: the last ancestor below its application. A new reference.
+AtspiAccessible* windowOf(AtspiAccessible* a)
+{
+    g_object_ref(a);
+    for (int depth = 0; depth < kMaxDepth; ++depth) {
+        AtspiAccessible* parent = atspi_accessible_get_parent(a, nullptr);
+        if (!parent || roleOf(parent) == ATSPI_ROLE_APPLICATION ||
+            roleOf(parent) == ATSPI_ROLE_DESKTOP_FRAME) {
+            if (parent) g_object_unref(parent);
+            break;
+        }
+        g_object_unref(a);
+        a = parent;
+    }
+    return a;
+}
+
+// A Wayland client does not know where its windows are: its toolkit puts every window at the
+// desktop's origin, and its places are the window's own. They are moved by the window's place
+// where the desktop tells it, and unknown where it does not.
+std::optional<Rect> extentsOf(AtspiAccessible* a)
+{
+    std::optional<Rect> rect = toolkitExtentsOf(a);
+    if (!rect || displayServer() != DisplayServer::Wayland) return rect;
+    AtspiAccessible* window = windowOf(a);
+    const std::optional<Rect> origin = toolkitExtentsOf(window);
+    const std::optional<std::string> title =
+        takeString(atspi_accessible_get_name(window, nullptr), nullptr);
+    g_object_unref(window);
+    if (!origin || origin->x != 0 || origin->y != 0) return rect;
+    for (const WindowRecord& w : listTopLevelWindows())
+        if (w.frameKnown && title && w.title == *title)
+            return Rect{rect->x + w.frame.x, rect->y + w.frame.y, rect->width, rect->height};
+    return std::nullopt;
 }
 
 // The programs on the bus, less this one: an AT-SPI call into our own process would wait for

@@ -25,12 +25,8 @@ capture_fails() {
   fresh_home
   "$bin/zelmor" --capture-fullscreen >/dev/null 2>&1 &
   local pid=$!
-  for _ in $(seq 200); do
-    grep -q '\[capture\]' "$log" 2>/dev/null && break
-    sleep 0.05
-  done
-  "$bin/zelmor" --quit >/dev/null 2>&1 || true
-  wait "$pid" || true
+  await grep -q '\[capture\]' "$log" || true
+  stop_zelmor "$pid"
   grep -q "\[capture\] failed: .*$reason" "$log" ||
     { echo "not ok - zelmor $where did not say why it cannot capture:" >&2; tail -3 "$log" >&2; exit 1; }
   [ -z "$(pictures)" ] || { echo "not ok - zelmor $where saved $(pictures)" >&2; exit 1; }
@@ -54,13 +50,8 @@ native_capture_is_grims() {
   fresh_home
   QT_QPA_PLATFORM=wayland "$bin/zelmor" --capture-fullscreen >/dev/null 2>&1 &
   local pid=$! shot=
-  for _ in $(seq 200); do
-    shot=$(pictures | head -1)
-    [ -n "$shot" ] && break
-    sleep 0.05
-  done
-  QT_QPA_PLATFORM=wayland "$bin/zelmor" --quit >/dev/null 2>&1 || true
-  wait "$pid" || true
+  await saved || true
+  QT_QPA_PLATFORM=wayland stop_zelmor "$pid"
   [ -n "$shot" ] || { echo "not ok - zelmor on Wayland ($layout) saved no picture:" >&2; tail -3 "$log" >&2; exit 1; }
   local reference
   reference=$(mktemp "${TMPDIR:-/tmp}/zelmor-grim.XXXXXX.png")
@@ -88,8 +79,7 @@ region_capture_is_grims() {
   drag_region_and_save
   # Return copied it too: another Wayland program pastes it while Zelmor runs.
   wl-paste --type image/png >"$HOME/pasted.png" 2>&1 || true
-  QT_QPA_PLATFORM=wayland "$bin/zelmor" --quit >/dev/null 2>&1 || true
-  wait "$pid" || true
+  QT_QPA_PLATFORM=wayland stop_zelmor "$pid"
   [ -n "$shot" ] || { echo "not ok - a region dragged on the overlay on Wayland saved no picture" >&2; exit 1; }
   shot_is_grims_region ||
     { echo "not ok - the region dragged on the overlay on Wayland is not grim's" >&2; exit 1; }
@@ -117,8 +107,5 @@ QT_QPA_PLATFORM=xcb capture_fails "through Xwayland" Xwayland
 weston --backend=headless-backend.so --socket=wayland-weston --idle-time=0 >/dev/null 2>&1 &
 weston=$!
 trap 'kill $weston 2>/dev/null' EXIT
-for _ in $(seq 200); do
-  [ -S "$XDG_RUNTIME_DIR/wayland-weston" ] && break
-  sleep 0.05
-done
+await test -S "$XDG_RUNTIME_DIR/wayland-weston" || true
 WAYLAND_DISPLAY=wayland-weston QT_QPA_PLATFORM=wayland capture_fails "on weston" wlr-screencopy

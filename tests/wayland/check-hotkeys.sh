@@ -1,8 +1,6 @@
 #!/usr/bin/env bash
-# Hotkeys where the desktop binds the keys (run inside scripts/wayland-session.sh): Zelmor on
-# Wayland claims no key and its settings give sway's lines, which sway takes; F6, bound in sway
-# to the region switch, opens the running Zelmor's overlay, where a drag and Return save grim's
-# picture of the region.
+# Hotkeys on sway, which binds them itself (run inside scripts/wayland-session.sh): F6 bound to
+# the region switch opens the running Zelmor's overlay; a drag and Return save grim's picture.
 #   tests/wayland/check-hotkeys.sh BIN_DIR DRAG_HELPER SETTINGS_CHECK
 set -euo pipefail
 bin=$1 drag=$2 settings=$3
@@ -17,14 +15,10 @@ fresh_home
 swaymsg -q "bindsym --no-repeat F6 exec $bin/zelmor --capture-region"
 QT_QPA_PLATFORM=wayland "$bin/zelmor" >/dev/null 2>&1 &
 pid=$!
-for _ in $(seq 200); do
-  grep -q 'entering event loop' "$log" 2>/dev/null && break
-  sleep 0.05
-done
+await grep -q 'entering event loop' "$log" || true
 wtype -k F6
 drag_region_and_save
-QT_QPA_PLATFORM=wayland "$bin/zelmor" --quit >/dev/null 2>&1 || true
-wait "$pid" || true
+QT_QPA_PLATFORM=wayland stop_zelmor "$pid"
 shot_is_grims_region ||
   { echo "not ok - F6 bound in sway, a drag and Return did not save grim's picture of the region" >&2; exit 1; }
 echo "ok - F6 bound in sway runs the running Zelmor's region capture; a drag and Return save grim's picture"

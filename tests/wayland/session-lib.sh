@@ -1,5 +1,5 @@
-# Helpers of the Wayland checks, sourced by them inside scripts/wayland-session.sh. The region
-# helpers use `drag`, the virtual pointer's program.
+# Helpers of the Wayland checks, sourced by them inside scripts/wayland-session.sh. They use
+# `bin`, the programs' folder, and `drag`, the virtual pointer's program.
 
 # Each check in a home of its own.
 fresh_home() {
@@ -8,6 +8,20 @@ fresh_home() {
   log=$XDG_DATA_HOME/Zelmor/Zelmor/zelmor.log
 }
 pictures() { find "$HOME" -name '*.png' | sort; }
+# `shot`: the first picture saved.
+saved() { shot=$(pictures | head -1); [ -n "$shot" ]; }
+
+# Runs the command until it succeeds, for at most 10 s.
+await() {
+  for _ in $(seq 200); do "$@" 2>/dev/null && return 0; sleep 0.05; done
+  return 1
+}
+
+# Asks the zelmor of process `$1` to quit, and waits for it.
+stop_zelmor() {
+  "$bin/zelmor" --quit >/dev/null 2>&1 || true
+  wait "$1" || true
+}
 
 # The pixels of a picture, whatever its file format.
 pixels() { ffmpeg -v error -i "$1" -f rawvideo -pix_fmt rgb24 - | md5sum; }
@@ -17,32 +31,20 @@ show_photograph() {
   local plain
   plain=$(grim - | md5sum)
   swaymsg -q output '*' bg /usr/share/matplotlib/mpl-data/sample_data/grace_hopper.jpg fill
-  for _ in $(seq 100); do
-    [ "$(grim - | md5sum)" != "$plain" ] && break
-    sleep 0.05
-  done
+  await eval '[ "$(grim - | md5sum)" != "$plain" ]' || true
 }
 
-# Once the region overlay shows, a drag on it and Return: `shot` is the picture saved, empty
-# when none came.
+# Once the region overlay shows, a drag on it and Return; `shot` is the picture saved.
 drag_region_and_save() {
-  for _ in $(seq 200); do
-    swaymsg -t get_tree | grep -q '"name": "Zelmor capture"' && break
-    sleep 0.05
-  done
+  await eval 'swaymsg -t get_tree | grep -q "\"name\": \"Zelmor capture\""' || true
   "$drag" 300 200 700 400 1920 1080
   # The seat has a keyboard only once wtype made one; the wait lets the overlay learn of it.
   wtype -s 300 -k Return
-  shot=
-  for _ in $(seq 100); do
-    shot=$(pictures | head -1)
-    [ -n "$shot" ] && break
-    sleep 0.05
-  done
+  await saved || true
 }
 
-# Whether `shot` holds grim's picture of the dragged region (its end pixel included); grim's
-# picture stays in `reference`.
+# Whether `shot` is grim's picture of the dragged region (its end pixel included), which stays
+# in `reference`.
 shot_is_grims_region() {
   reference=$(mktemp "${TMPDIR:-/tmp}/zelmor-grim.XXXXXX.png")
   grim -g "300,200 401x201" "$reference"

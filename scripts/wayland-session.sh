@@ -1,28 +1,35 @@
 #!/usr/bin/env bash
 # Runs a command inside a private Wayland test session: headless sway with one 1920x1080
 # output and Xwayland, on a D-Bus session bus of its own (weston is at hand for a compositor
-# without the wlr protocols). sway refuses to run as root, so
+# without the wlr protocols); with --kwin headless KWin instead, with the desktop portal of
+# KDE and PipeWire, exiting 77 when KWin cannot start here. sway refuses to run as root, so
 # root runs the session and the command as the user zelmor-wl (made when missing), with a
 # temporary HOME; any other user runs it as itself. Everything started here is torn down
 # when the command ends, fails or times out.
-#   scripts/wayland-session.sh [--timeout SECONDS] COMMAND [ARGS...]
+#   scripts/wayland-session.sh [--timeout SECONDS] [--kwin] COMMAND [ARGS...]
 # The command sees WAYLAND_DISPLAY, Xwayland's DISPLAY and XDG_SESSION_TYPE=wayland; Qt picks
 # its platform plugin from QT_QPA_PLATFORM as the command sets it.
 set -u
 
 limit=1500
+kwin=
 while [ $# -gt 0 ]; do
   case "$1" in
     --timeout) limit=$2; shift 2 ;;
+    --kwin) kwin=--kwin; shift ;;
     *) break ;;
   esac
 done
-[ $# -gt 0 ] || { echo "usage: $0 [--timeout SECONDS] COMMAND [ARGS...]" >&2; exit 2; }
+[ $# -gt 0 ] || { echo "usage: $0 [--timeout SECONDS] [--kwin] COMMAND [ARGS...]" >&2; exit 2; }
 here=$(cd "$(dirname "$0")" && pwd)
 
 # The packages of the session, installed on demand like the Windows check's.
 "$here/install-deps.sh" sway swaybg weston xwayland grim wtype wl-clipboard wayland-utils qt6-wayland dbus \
   ffmpeg python-matplotlib-data
+# KWin and KDE's portal; the portal's dialogs are QML, and PipeWire carries screen casts.
+[ -z "$kwin" ] || "$here/install-deps.sh" kwin-wayland xdg-desktop-portal xdg-desktop-portal-kde \
+  qml-module-org-kde-kirigami2 qml-module-qtquick-layouts qml-module-qtquick-controls2 \
+  pipewire wireplumber
 
 if [ -z "${ZELMOR_WAYLAND_INNER:-}" ]; then
   base=$(mktemp -d /tmp/zelmor-wlsession.XXXXXX)
@@ -51,7 +58,7 @@ if [ -z "${ZELMOR_WAYLAND_INNER:-}" ]; then
     ${ZELMOR_BIN_DIR:+ZELMOR_BIN_DIR=$ZELMOR_BIN_DIR} ${QT_QPA_PLATFORM:+QT_QPA_PLATFORM=$QT_QPA_PLATFORM} \
     HOME="$home" XDG_CONFIG_HOME="$home/config" XDG_DATA_HOME="$home/data" \
     XDG_CACHE_HOME="$home/cache" XDG_RUNTIME_DIR="$base/run" TMPDIR="$base/tmp" \
-    ZELMOR_WAYLAND_INNER=1 dbus-run-session -- "$here/wayland-session.sh" --timeout "$limit" "$@"
+    ZELMOR_WAYLAND_INNER=1 dbus-run-session -- "$here/wayland-session.sh" --timeout "$limit" $kwin "$@"
   exit $?
 fi
 
@@ -63,6 +70,32 @@ cleanup() {
 trap cleanup EXIT
 trap 'exit 130' INT TERM
 
+if [ -n "$kwin" ]; then
+  # kwin_wayland carries a file capability that this sandbox refuses to run; a plain copy has
+  # none, and keeps the name, which KWin's own platform plugin checks.
+  mkdir "$XDG_RUNTIME_DIR/kwin"
+  cp /usr/bin/kwin_wayland "$XDG_RUNTIME_DIR/kwin/kwin_wayland"
+  log=$XDG_RUNTIME_DIR/kwin.log
+  # Without its permission checks KWin offers the checks its fake input interface.
+  KWIN_WAYLAND_NO_PERMISSION_CHECKS=1 "$XDG_RUNTIME_DIR/kwin/kwin_wayland" --virtual --width 1920 --height 1080 --socket wayland-kde \
+    >"$log" 2>&1 &
+  pids+=($!)
+  for _ in $(seq 300); do
+    [ -S "$XDG_RUNTIME_DIR/wayland-kde" ] && break
+    kill -0 "${pids[0]}" 2>/dev/null || break
+    sleep 0.05
+  done
+  [ -S "$XDG_RUNTIME_DIR/wayland-kde" ] ||
+    { echo "wayland-session: KWin did not start here" >&2; cat "$log" >&2; exit 77; }
+  export WAYLAND_DISPLAY=wayland-kde XDG_SESSION_TYPE=wayland XDG_CURRENT_DESKTOP=KDE
+  unset DISPLAY
+  # The portal and its backend start on the bus's demand, with this environment.
+  dbus-update-activation-environment WAYLAND_DISPLAY XDG_SESSION_TYPE XDG_CURRENT_DESKTOP \
+    QT_QPA_PLATFORM=wayland
+  for p in pipewire wireplumber; do
+    command -v $p >/dev/null && { $p >"$XDG_RUNTIME_DIR/$p.log" 2>&1 & pids+=($!); }
+  done
+else
 log=$XDG_RUNTIME_DIR/sway.log
 cat >"$XDG_RUNTIME_DIR/sway.config" <<CONFIG
 output HEADLESS-1 resolution 1920x1080 position 0 0 bg #2050a0 solid_color
@@ -87,6 +120,7 @@ WAYLAND_DISPLAY=$(sed -n 's/^WAYLAND_DISPLAY=//p' "$XDG_RUNTIME_DIR/sway-env")
 DISPLAY=$(sed -n 's/^DISPLAY=//p' "$XDG_RUNTIME_DIR/sway-env")
 SWAYSOCK=$(sed -n 's/^SWAYSOCK=//p' "$XDG_RUNTIME_DIR/sway-env")
 export XDG_SESSION_TYPE=wayland XDG_CURRENT_DESKTOP=sway
+fi
 
 timeout --kill-after=10 "$limit" "$@"
 rc=$?

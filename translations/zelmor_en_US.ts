@@ -525,9 +525,24 @@
         <translation>Failed to grab screens.</translation>
     </message>
     <message>
-        <source>This Wayland desktop lets Zelmor copy no screen: it offers no screen copy protocol (wlr-screencopy). Use a wlroots desktop such as sway, or an X11 session.</source>
+        <source>This Wayland desktop lets Zelmor copy no screen: it offers no screen copy protocol (wlr-screencopy) and no screenshot portal. Use a wlroots desktop such as sway, or install xdg-desktop-portal with your desktop&apos;s portal backend.</source>
         <comment>capture.failed.noScreencopy</comment>
-        <translation>This Wayland desktop lets Zelmor copy no screen: it offers no screen copy protocol (wlr-screencopy). Use a wlroots desktop such as sway, or an X11 session.</translation>
+        <translation>This Wayland desktop lets Zelmor copy no screen: it offers no screen copy protocol (wlr-screencopy) and no screenshot portal. Use a wlroots desktop such as sway, or install xdg-desktop-portal with your desktop&apos;s portal backend.</translation>
+    </message>
+    <message>
+        <source>The desktop&apos;s screenshot portal was refused or its dialog was closed. Capture again and allow Zelmor to take the screenshot.</source>
+        <comment>capture.failed.portalRefused</comment>
+        <translation>The desktop&apos;s screenshot portal was refused or its dialog was closed. Capture again and allow Zelmor to take the screenshot.</translation>
+    </message>
+    <message>
+        <source>The desktop&apos;s screenshot portal could not take a screenshot. Check that xdg-desktop-portal and your desktop&apos;s portal backend are installed.</source>
+        <comment>capture.failed.portalFailed</comment>
+        <translation>The desktop&apos;s screenshot portal could not take a screenshot. Check that xdg-desktop-portal and your desktop&apos;s portal backend are installed.</translation>
+    </message>
+    <message>
+        <source>The desktop&apos;s screenshot portal did not answer within 30 seconds; its dialog may have waited for you. Capture again and answer the dialog.</source>
+        <comment>capture.failed.portalNoAnswer</comment>
+        <translation>The desktop&apos;s screenshot portal did not answer within 30 seconds; its dialog may have waited for you. Capture again and answer the dialog.</translation>
     </message>
 </context>
 <context>

@@ -525,9 +525,24 @@
         <translation>无法抓取屏幕画面。</translation>
     </message>
     <message>
-        <source>This Wayland desktop lets Zelmor copy no screen: it offers no screen copy protocol (wlr-screencopy). Use a wlroots desktop such as sway, or an X11 session.</source>
+        <source>This Wayland desktop lets Zelmor copy no screen: it offers no screen copy protocol (wlr-screencopy) and no screenshot portal. Use a wlroots desktop such as sway, or install xdg-desktop-portal with your desktop&apos;s portal backend.</source>
         <comment>capture.failed.noScreencopy</comment>
-        <translation>此 Wayland 桌面不允许 Zelmor 复制屏幕：它未提供屏幕复制协议（wlr-screencopy）。请使用 sway 等 wlroots 桌面，或 X11 会话。</translation>
+        <translation>此 Wayland 桌面不允许 Zelmor 复制屏幕：它既未提供屏幕复制协议（wlr-screencopy），也未提供截图门户。请使用 sway 等 wlroots 桌面，或安装 xdg-desktop-portal 及您桌面的门户后端。</translation>
+    </message>
+    <message>
+        <source>The desktop&apos;s screenshot portal was refused or its dialog was closed. Capture again and allow Zelmor to take the screenshot.</source>
+        <comment>capture.failed.portalRefused</comment>
+        <translation>桌面的截图门户被拒绝，或其对话框已被关闭。请重新截图，并允许 Zelmor 截取屏幕。</translation>
+    </message>
+    <message>
+        <source>The desktop&apos;s screenshot portal could not take a screenshot. Check that xdg-desktop-portal and your desktop&apos;s portal backend are installed.</source>
+        <comment>capture.failed.portalFailed</comment>
+        <translation>桌面的截图门户未能截取屏幕。请检查是否已安装 xdg-desktop-portal 及您桌面的门户后端。</translation>
+    </message>
+    <message>
+        <source>The desktop&apos;s screenshot portal did not answer within 30 seconds; its dialog may have waited for you. Capture again and answer the dialog.</source>
+        <comment>capture.failed.portalNoAnswer</comment>
+        <translation>桌面的截图门户在 30 秒内没有应答，其对话框可能在等待您的操作。请重新截图并回应该对话框。</translation>
     </message>
 </context>
 <context>

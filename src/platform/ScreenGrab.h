@@ -18,6 +18,7 @@ enum class GrabMethod {
     Automatic,    // shared memory where the display offers it, else a plain copy
     SharedMemory, // fails where shared memory is unavailable
     Plain,
+    Portal, // the desktop's screenshot portal alone (Wayland); fails where there is none
 };
 
 // Monitors in the display's own order; empty when no display can be reached.
@@ -31,8 +32,19 @@ enum class GrabBlocker {
     None,
     Xwayland,     // an X11 client of a Wayland desktop, which shows it nothing but black
     NoScreenCopy, // a Wayland client of a compositor that offers no screen copy protocol
+                  // and no screenshot portal
 };
 GrabBlocker screenGrabBlocker();
+
+// How the last grab that asked the desktop's screenshot portal for a picture (Wayland without
+// a screen copy protocol) ended; Granted where none did.
+enum class PortalAnswer {
+    Granted,
+    Refused,  // the user said no, or closed the portal's dialog
+    Failed,   // the portal could not take the picture
+    NoAnswer, // the portal did not answer in time; its dialog may still stand unanswered
+};
+PortalAnswer lastPortalAnswer();
 
 // Copies a physical desktop rectangle into 32-bit pixels 0xffRRGGBB, row by row, into
 // `dest` with `destStride` pixels per row. Parts of `rect` outside the desktop are set to

@@ -5,6 +5,7 @@
 #include "../Session.h"
 #include "../x11/HotkeysX11.h"
 #include "../x11/KeyboardX11.h"
+#include "portal/ShortcutsPortal.h"
 
 #include <xkbcommon/xkbcommon.h>
 
@@ -47,7 +48,8 @@ std::string swayKeys(unsigned modifiers, unsigned virtualKey)
 
 HotkeyBinder hotkeyBinder()
 {
-    return waylandSession() ? HotkeyBinder::Desktop : HotkeyBinder::Program;
+    if (!waylandSession()) return HotkeyBinder::Program;
+    return wayland::shortcutsPortalAvailable() ? HotkeyBinder::Portal : HotkeyBinder::Desktop;
 }
 
 std::string desktopBindingFile()
@@ -65,12 +67,20 @@ std::string desktopBindingLine(unsigned modifiers, unsigned virtualKey, const st
 
 bool registerHotkey(int id, unsigned modifiers, unsigned virtualKey)
 {
-    return !waylandSession() && x11::registerHotkey(id, modifiers, virtualKey);
+    switch (hotkeyBinder()) {
+    case HotkeyBinder::Program:
+        return x11::registerHotkey(id, modifiers, virtualKey);
+    case HotkeyBinder::Portal:
+        return wayland::bindPortalHotkey(id, modifiers, virtualKey);
+    case HotkeyBinder::Desktop:
+        break;
+    }
+    return false;
 }
 
 void unregisterHotkey(int id)
 {
-    if (!waylandSession()) x11::unregisterHotkey(id);
+    waylandSession() ? wayland::unbindPortalHotkey(id) : x11::unregisterHotkey(id);
 }
 
 int hotkeyEventDescriptor()
@@ -80,10 +90,13 @@ int hotkeyEventDescriptor()
 
 std::vector<int> takeHotkeyPresses()
 {
-    return waylandSession() ? std::vector<int>() : x11::takeHotkeyPresses();
+    return waylandSession() ? wayland::takePortalHotkeyPresses() : x11::takeHotkeyPresses();
 }
 
-// X11 hotkeys are announced through hotkeyEventDescriptor(); nothing else announces any yet.
-void onHotkeyPresses(std::function<void()>) {}
+// X11 hotkeys are announced through hotkeyEventDescriptor(), the portal's by `wake`.
+void onHotkeyPresses(std::function<void()> wake)
+{
+    if (waylandSession()) wayland::onPortalHotkeyPresses(std::move(wake));
+}
 
 } // namespace zelmor::platform

@@ -5,6 +5,7 @@
 #include "ScreenGrabWayland.h"
 #include "../Pixels.h"
 #include "WaylandConnection.h"
+#include "portal/ScreenshotPortal.h"
 
 #include "wlr-screencopy-unstable-v1-client-protocol.h"
 
@@ -211,11 +212,17 @@ bool screencopyAvailable()
     return c && c->screencopy() && c->shm();
 }
 
-bool grabDesktopRect(const Rect& rect, std::uint32_t* dest, int destStride)
+bool grabDesktopRect(const Rect& rect, std::uint32_t* dest, int destStride, GrabMethod method)
 {
     WaylandConnection* c = WaylandConnection::shared();
-    if (!c || !c->screencopy() || !c->shm() || rect.isEmpty() || !dest || destStride < rect.width)
-        return false;
+    if (!c || rect.isEmpty() || !dest || destStride < rect.width) return false;
+    if (method == GrabMethod::Portal || !c->screencopy() || !c->shm()) {
+        if (method == GrabMethod::SharedMemory || !screenshotPortalAvailable()) return false;
+        Rect desktop;
+        for (const MonitorInfo& m : listMonitors())
+            desktop = united(desktop, m.rect);
+        return grabThroughScreenshotPortal(rect, desktop, dest, destStride);
+    }
     std::lock_guard<std::mutex> lock(c->mutex);
     fillBlack(dest, destStride, rect.width, rect.height);
     for (const auto& output : c->outputs()) {

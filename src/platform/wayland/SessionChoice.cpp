@@ -6,6 +6,7 @@
 #include "../x11/ScreenGrabX11.h"
 #include "../x11/SessionX11.h"
 #include "ScreenGrabWayland.h"
+#include "portal/ScreenshotPortal.h"
 
 #include <wayland-client.h>
 
@@ -59,8 +60,9 @@ Rect virtualDesktopRect()
 
 bool grabDesktopRect(const Rect& rect, std::uint32_t* dest, int destStride, GrabMethod method)
 {
-    return onWayland() ? wayland::grabDesktopRect(rect, dest, destStride)
-                       : x11::grabDesktopRect(rect, dest, destStride, method);
+    return onWayland() ? wayland::grabDesktopRect(rect, dest, destStride, method)
+                       : method != GrabMethod::Portal &&
+                             x11::grabDesktopRect(rect, dest, destStride, method);
 }
 
 bool sharedMemoryGrabAvailable()
@@ -71,7 +73,14 @@ bool sharedMemoryGrabAvailable()
 GrabBlocker screenGrabBlocker()
 {
     if (!onWayland()) return x11::screenGrabBlocker();
-    return wayland::screencopyAvailable() ? GrabBlocker::None : GrabBlocker::NoScreenCopy;
+    return wayland::screencopyAvailable() || wayland::screenshotPortalAvailable()
+               ? GrabBlocker::None
+               : GrabBlocker::NoScreenCopy;
+}
+
+PortalAnswer lastPortalAnswer()
+{
+    return onWayland() ? wayland::lastScreenshotAnswer() : PortalAnswer::Granted;
 }
 
 } // namespace zelmor::platform

@@ -103,4 +103,9 @@ GrabBlocker screenGrabBlocker()
     return GrabBlocker::None;
 }
 
+PortalAnswer lastPortalAnswer()
+{
+    return PortalAnswer::Granted; // Windows has no portal
+}
+
 } // namespace zelmor::platform

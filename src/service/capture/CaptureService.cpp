@@ -45,10 +45,27 @@ QString CaptureService::failureReason()
                   "capture.failed.xwayland");
     case platform::GrabBlocker::NoScreenCopy:
         return tr("This Wayland desktop lets Zelmor copy no screen: it offers no screen copy "
-                  "protocol (wlr-screencopy). Use a wlroots desktop such as sway, or an X11 "
-                  "session.",
+                  "protocol (wlr-screencopy) and no screenshot portal. Use a wlroots desktop "
+                  "such as sway, or install xdg-desktop-portal with your desktop's portal "
+                  "backend.",
                   "capture.failed.noScreencopy");
     case platform::GrabBlocker::None:
+        break;
+    }
+    switch (platform::lastPortalAnswer()) {
+    case platform::PortalAnswer::Refused:
+        return tr("The desktop's screenshot portal was refused or its dialog was closed. "
+                  "Capture again and allow Zelmor to take the screenshot.",
+                  "capture.failed.portalRefused");
+    case platform::PortalAnswer::Failed:
+        return tr("The desktop's screenshot portal could not take a screenshot. Check that "
+                  "xdg-desktop-portal and your desktop's portal backend are installed.",
+                  "capture.failed.portalFailed");
+    case platform::PortalAnswer::NoAnswer:
+        return tr("The desktop's screenshot portal did not answer within 30 seconds; its "
+                  "dialog may have waited for you. Capture again and answer the dialog.",
+                  "capture.failed.portalNoAnswer");
+    case platform::PortalAnswer::Granted:
         break;
     }
     return tr("Failed to grab screens.", "capture.failed.body");

@@ -137,10 +137,12 @@ QPixmap grabScreen(int index)
 }
 
 // One grab thrown away, once: the first one pays for setting up the display's shared memory.
+// Without it (a desktop's screenshot portal, which may ask the user) nothing is prepared.
 void prepareScreenGrab()
 {
     static bool prepared = false;
-    if (prepared || QGuiApplication::screens().isEmpty()) return;
+    if (prepared || QGuiApplication::screens().isEmpty() || !platform::sharedMemoryGrabAvailable())
+        return;
     prepared = true;
     grabScreen(0);
 }

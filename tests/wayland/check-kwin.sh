@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# The desktop portals in the KWin test session (inside scripts/wayland-session.sh --kwin): the
+# GlobalShortcuts portal binds zelmor's hotkeys, and F6 pressed on KWin runs the region
+# capture; zelmor asks the Screenshot portal for no picture before a capture, and where the
+# portal brings none (its dialog waits for a user here) the capture says why and saves nothing.
+#   tests/wayland/check-kwin.sh BIN_DIR KEYS_HELPER
+set -euo pipefail
+bin=$1 keys=$2
+export QT_QPA_PLATFORM=wayland
+log=$XDG_DATA_HOME/Zelmor/Zelmor/zelmor.log asked=$XDG_RUNTIME_DIR/screenshot-calls
+fail() { echo "not ok - $*" >&2; tail -3 "$log" >&2; exit 1; }
+wait_for() { for _ in $(seq "$1"); do eval "$2" && return; sleep 0.1; done; false; }
+
+dbus-monitor --session "interface=org.freedesktop.portal.Screenshot" >"$asked" 2>&1 &
+monitor=$!
+"$bin/zelmor" >/dev/null 2>&1 &
+zelmor=$!
+trap '"$bin/zelmor" --quit >/dev/null 2>&1; kill $monitor; wait $zelmor' EXIT
+
+# Plasma's shortcuts of zelmor: (id, ..., keys); F6 is Qt's key 0x01000035.
+bound() {
+  gdbus call --session --dest org.kde.kglobalaccel --object-path /component/zelmor \
+    --method org.kde.kglobalaccel.Component.allShortcutInfos default 2>/dev/null
+}
+wait_for 150 'bound | grep -q "(.1., [^)]*\[16777269\]"' ||
+  fail "the region hotkey F6 is not bound through the portal: $(bound)"
+echo "ok - the GlobalShortcuts portal binds the region hotkey F6"
+
+grep -q "member=Screenshot" "$asked" && fail "zelmor asked the Screenshot portal at start"
+echo "ok - zelmor asks the Screenshot portal for nothing before a capture"
+
+"$keys" 64 # F6
+wait_for 450 "grep -q '\[capture\] failed' '$log'" || fail "F6 ended in no capture"
+grep -q "member=Screenshot" "$asked" || fail "F6 did not ask the Screenshot portal"
+grep -q "\[capture\] failed: The desktop's screenshot portal" "$log" || fail "no reason given"
+[ -z "$(find "$HOME" -name '*.png')" ] || fail "a picture was saved: $(find "$HOME" -name '*.png')"
+echo "ok - F6 on KWin runs the region capture, which says why the portal brought no picture"

@@ -6,8 +6,9 @@ import { Client } from "@modelcontextprotocol/sdk/client/index.js";
 import { StdioClientTransport } from "@modelcontextprotocol/sdk/client/stdio.js";
 import assert from "node:assert/strict";
 import { execFileSync, spawn } from "node:child_process";
-import { existsSync } from "node:fs";
-import { join } from "node:path";
+import { existsSync, mkdtempSync } from "node:fs";
+import { tmpdir } from "node:os";
+import { dirname, join } from "node:path";
 import { setTimeout as sleep } from "node:timers/promises";
 
 const [server, bin] = process.argv.slice(2);
@@ -89,10 +90,14 @@ try {
     fields(await call("type_text", { text: "hello 中文" }));
     await target.saw("text hello 中文");
   });
+  await check("paste_text_to_focused pastes into it", async () => {
+    fields(await call("paste_text_to_focused", { text: "贴" }));
+    await target.saw("text hello 中文贴");
+  });
   await check("the chat's tool loop types into it through the fake AI server", async () => {
     const out = execFileSync(join(bin, "zelmor-wl-chat"), ["type_text", '{"text":"聊天"}'], { env: native });
     assert.match(out.toString(), /finished done/);
-    await target.saw("text hello 中文聊天");
+    await target.saw("text hello 中文贴聊天");
   });
   await check("send_hotkey reaches it", async () => {
     fields(await call("send_hotkey", { hotkey: "ctrl+alt+j" }));
@@ -145,4 +150,20 @@ await check("on weston each tool names the protocol the desktop lacks", async ()
 });
 target.child.kill();
 other.child.kill();
+
+await check("a capture from the command line is on the clipboard, no window in focus", async () => {
+  const home = mkdtempSync(join(tmpdir(), "zelmor-wl-"));
+  const app = { ...native, HOME: home, XDG_CONFIG_HOME: join(home, "c"), XDG_DATA_HOME: join(home, "d") };
+  const zelmor = spawn(join(dirname(server), "zelmor"), ["--capture-fullscreen"], { env: app });
+  const types = () => execFileSync("wl-paste", ["--list-types"], { timeout: 5000 }).toString();
+  try {
+    await until(() => types().includes("image/png"), "a picture on the clipboard");
+    const pixels = (png) => execFileSync("ffmpeg", ["-v", "error", "-i", "-", "-f", "rawvideo", "-pix_fmt", "rgb24", "-"], { input: png, maxBuffer: 1 << 24 });
+    const pasted = execFileSync("wl-paste", ["--type", "image/png"], { timeout: 5000 });
+    assert.ok(pixels(pasted).equals(pixels(execFileSync("grim", ["-"]))), "the pasted picture is grim's");
+  } finally {
+    execFileSync(join(dirname(server), "zelmor"), ["--quit"], { env: app, stdio: "ignore" });
+    zelmor.kill();
+  }
+});
 process.exit(failures ? 1 : 0);

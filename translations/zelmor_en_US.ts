@@ -312,6 +312,11 @@
         <source>Restart as administrator was not granted.</source>
         <translation>Restart as administrator was not granted.</translation>
     </message>
+    <message>
+        <source>This desktop gives Zelmor single screenshots through its screenshot portal, not the stream of pictures that recording and scroll capture need. Record and scroll on sway or another wlroots desktop, or in an X11 session.</source>
+        <comment>capture.failed.noScreenStream</comment>
+        <translation>This desktop gives Zelmor single screenshots through its screenshot portal, not the stream of pictures that recording and scroll capture need. Record and scroll on sway or another wlroots desktop, or in an X11 session.</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::manager::TaskManager</name>

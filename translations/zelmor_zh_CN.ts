@@ -312,6 +312,11 @@
         <source>Restart as administrator was not granted.</source>
         <translation>未获准以管理员身份重新启动。</translation>
     </message>
+    <message>
+        <source>This desktop gives Zelmor single screenshots through its screenshot portal, not the stream of pictures that recording and scroll capture need. Record and scroll on sway or another wlroots desktop, or in an X11 session.</source>
+        <comment>capture.failed.noScreenStream</comment>
+        <translation>此桌面只通过其截图门户为 Zelmor 提供单张截图，而录制和滚动截图需要连续的画面。请在 sway 或其他 wlroots 桌面上，或在 X11 会话中录制和滚动截图。</translation>
+    </message>
 </context>
 <context>
     <name>zelmor::manager::TaskManager</name>

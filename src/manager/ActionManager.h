@@ -112,6 +112,8 @@ private:
     void showTextResult(const QString& text, bool translation);
     void reopenChat();
     void toastCaptureFailed();
+    // Where the screen comes only picture by picture, for recording and scroll capture.
+    bool refuseScreenSeries();
     // The end of a delayed capture: the whole screen to the clipboard only.
     void copyFullscreen();
     void handTextToChat(const QString& text);

@@ -2,7 +2,9 @@
 // around the region, the strip over it, and what comes at the end.
 #include "ActionManager.h"
 
+#include "core/Log.h"
 #include "core/Toast.h"
+#include "platform/ScreenGrab.h"
 #include "service/capture/CaptureService.h"
 #include "service/capture/ScrollStitcher.h"
 #include "service/record/RecordingService.h"
@@ -77,8 +79,22 @@ void ActionManager::connectRecording()
     connect(recording, &RecordingService::gifCancelled, this, &ActionManager::retireRegionFrame);
 }
 
+bool ActionManager::refuseScreenSeries()
+{
+    if (!platform::grabsAreSinglePictures()) return false;
+    const QString reason =
+        tr("This desktop gives Zelmor single screenshots through its screenshot portal, not the "
+           "stream of pictures that recording and scroll capture need. Record and scroll on "
+           "sway or another wlroots desktop, or in an X11 session.",
+           "capture.failed.noScreenStream");
+    core::writeLogLine(QStringLiteral("[capture] failed: ") + reason);
+    core::notifyUser(tr("Capture failed", "capture.failed.title"), reason, kToastMs);
+    return true;
+}
+
 void ActionManager::recordGif()
 {
+    if (refuseScreenSeries()) return;
     const QPixmap pixmap = m_captureService->grabScreens();
     if (pixmap.isNull()) {
         toastCaptureFailed();
@@ -172,6 +188,7 @@ void ActionManager::connectScrolling()
 
 void ActionManager::scrollCapture()
 {
+    if (refuseScreenSeries()) return;
     const QPixmap pixmap = m_captureService->grabScreens();
     if (pixmap.isNull()) {
         toastCaptureFailed();

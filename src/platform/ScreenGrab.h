@@ -46,6 +46,10 @@ enum class PortalAnswer {
 };
 PortalAnswer lastPortalAnswer();
 
+// True where every grab asks the desktop for one picture (its screenshot portal, which may ask
+// the user): enough for a capture, not for the frames of a recording or a scroll capture.
+bool grabsAreSinglePictures();
+
 // Copies a physical desktop rectangle into 32-bit pixels 0xffRRGGBB, row by row, into
 // `dest` with `destStride` pixels per row. Parts of `rect` outside the desktop are set to
 // opaque black. Returns false when the display cannot be read, and where a blocker hands

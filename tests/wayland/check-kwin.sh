@@ -2,7 +2,8 @@
 # The desktop portals in the KWin test session (inside scripts/wayland-session.sh --kwin): the
 # GlobalShortcuts portal binds zelmor's hotkeys, and F6 pressed on KWin runs the region
 # capture; zelmor asks the Screenshot portal for no picture before a capture, and where the
-# portal brings none (its dialog waits for a user here) the capture says why and saves nothing.
+# portal brings none (its dialog waits for a user here) the capture says why and saves nothing;
+# a recording, which one picture at a time cannot feed, says so without asking the portal.
 #   tests/wayland/check-kwin.sh BIN_DIR KEYS_HELPER
 set -euo pipefail
 bin=$1 keys=$2
@@ -35,3 +36,9 @@ grep -q "member=Screenshot" "$asked" || fail "F6 did not ask the Screenshot port
 grep -q "\[capture\] failed: The desktop's screenshot portal" "$log" || fail "no reason given"
 [ -z "$(find "$HOME" -name '*.png')" ] || fail "a picture was saved: $(find "$HOME" -name '*.png')"
 echo "ok - F6 on KWin runs the region capture, which says why the portal brought no picture"
+
+"$bin/zelmor" --record-gif
+wait_for 100 "grep -q 'failed: This desktop gives Zelmor single screenshots' '$log'" ||
+  fail "the recording did not say why it cannot start"
+[ "$(grep -c "member=Screenshot" "$asked")" = 1 ] || fail "the recording asked the Screenshot portal"
+echo "ok - a recording says it needs more than single pictures, asking the portal for none"

@@ -78,6 +78,11 @@ GrabBlocker screenGrabBlocker()
                : GrabBlocker::NoScreenCopy;
 }
 
+bool grabsAreSinglePictures()
+{
+    return onWayland() && !wayland::screencopyAvailable() && wayland::screenshotPortalAvailable();
+}
+
 PortalAnswer lastPortalAnswer()
 {
     return onWayland() ? wayland::lastScreenshotAnswer() : PortalAnswer::Granted;

@@ -103,6 +103,11 @@ GrabBlocker screenGrabBlocker()
     return GrabBlocker::None;
 }
 
+bool grabsAreSinglePictures()
+{
+    return false;
+}
+
 PortalAnswer lastPortalAnswer()
 {
     return PortalAnswer::Granted; // Windows has no portal

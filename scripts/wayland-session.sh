@@ -26,6 +26,8 @@ here=$(cd "$(dirname "$0")" && pwd)
 # The packages of the session, installed on demand like the Windows check's.
 "$here/install-deps.sh" sway swaybg weston xwayland grim wtype wl-clipboard wayland-utils qt6-wayland dbus \
   ffmpeg python-matplotlib-data
+# The portal of wlroots for the Screenshot portal check; PipeWire, which it needs to start.
+"$here/install-deps.sh" xdg-desktop-portal-wlr pipewire wireplumber
 # KWin and KDE's portal; the portal's dialogs are QML, and PipeWire carries screen casts.
 [ -z "$kwin" ] || "$here/install-deps.sh" kwin-wayland xdg-desktop-portal xdg-desktop-portal-kde \
   qml-module-org-kde-kirigami2 qml-module-qtquick-layouts qml-module-qtquick-controls2 \

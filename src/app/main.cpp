@@ -32,11 +32,38 @@ void armCommandLine(const core::HotkeyAction* action, manager::ActionManager& ac
                        [&actions, id] { app::HotkeyBindings::perform(actions, id); });
 }
 
+// Quit, the action of a switch, or else to come forward.
+bool notifyRunningInstance(bool quit, const core::HotkeyAction* action)
+{
+    using Request = app::SingleInstance::Request;
+    if (quit) return app::SingleInstance::notifyRunningInstance(Request::Quit);
+    if (action) return app::SingleInstance::notifyRunningInstance(Request::Run, action->name);
+    return app::SingleInstance::notifyRunningInstance(Request::Raise);
+}
+
+// A running Zelmor gets the request before this process reaches a display: quick for a key
+// the desktop binds to a switch, and possible where no display is at hand.
+bool passedToRunningInstance(char* program, bool quit, const core::HotkeyAction* action)
+{
+    int argc = 1;
+    char* argv[] = {program, nullptr};
+    QCoreApplication probe(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("Zelmor"));
+    QCoreApplication::setApplicationName(QStringLiteral("Zelmor"));
+    return notifyRunningInstance(quit, action);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     if (app::printInformation(argc, argv)) return 0;
+    const bool quit = app::quitRequested(argc, argv);
+    const core::HotkeyAction* action =
+        core::hotkeyActionForOption(app::firstCaptureSwitch(argc, argv));
+    if (passedToRunningInstance(argv[0], quit, action)) return 0;
+    if (quit) return 0; // none was running
+
     app::Application application(argc, argv);
     core::initResources();
     core::startupTrace("app constructed");
@@ -44,20 +71,11 @@ int main(int argc, char** argv)
     application.reloadTranslators();
     core::startupTrace("translators loaded");
 
-    using Request = app::SingleInstance::Request;
-    const bool quit = app::quitRequested(argc, argv);
-    const core::HotkeyAction* action =
-        core::hotkeyActionForOption(app::firstCaptureSwitch(argc, argv));
+    // Another start may have come first since the probe.
     if (!app::SingleInstance::tryAcquire()) {
-        if (quit)
-            app::SingleInstance::notifyRunningInstance(Request::Quit);
-        else if (action)
-            app::SingleInstance::notifyRunningInstance(Request::Run, action->name);
-        else
-            app::SingleInstance::notifyRunningInstance(Request::Raise);
+        notifyRunningInstance(quit, action);
         return 0;
     }
-    if (quit) return 0; // none was running
     core::startupTrace("single-instance locked");
     core::recordDisplaySession();
 

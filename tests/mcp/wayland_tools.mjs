@@ -1,7 +1,7 @@
 // The desktop tools on a Wayland desktop, inside scripts/wayland-session.sh: the official client
 // drives zelmor-mcp against a Wayland-native window, the chat's tool loop types into it, and on
 // a compositor without the protocols (weston) each tool names what the desktop lacks.
-//   node wayland_tools.mjs <path to zelmor-mcp> <folder of the test programs>
+//   node wayland_tools.mjs <path to zelmor-mcp> <folder of the test programs> [kwin]
 import { Client } from "@modelcontextprotocol/sdk/client/index.js";
 import { StdioClientTransport } from "@modelcontextprotocol/sdk/client/stdio.js";
 import assert from "node:assert/strict";
@@ -64,6 +64,30 @@ async function connect(extra = {}) {
 function fields(result) {
   assert.equal(result.isError ?? false, false, result.content[0].text);
   return JSON.parse(result.content.filter((b) => b.type === "text").at(-1).text);
+}
+
+// KWin (wayland-session.sh --kwin) offers its own fake input device instead of the virtual ones.
+if (process.argv[4] === "kwin") {
+  const target = startTarget("Zelmor tool target");
+  await until(() => target.lines.length, "the window shown");
+  const { client, call } = await connect();
+  try {
+    await check("on KWin type_text and send_hotkey reach the focused window", async () => {
+      fields(await call("type_text", { text: "Hello, KWin!" }));
+      await target.saw("text Hello, KWin!");
+      fields(await call("send_hotkey", { hotkey: "ctrl+alt+j" }));
+      await target.saw("hotkey");
+    });
+    await check("on KWin a character its layout has no key for is refused", async () => {
+      const answer = await call("type_text", { text: "中" });
+      assert.equal(answer.isError, true);
+      assert.match(answer.content[0].text, /no key for/);
+    });
+  } finally {
+    await client.close();
+    target.child.kill();
+  }
+  process.exit(failures ? 1 : 0);
 }
 
 const target = Object.assign(startTarget("Zelmor tool target"), { title: "Zelmor tool target" });

@@ -3,6 +3,7 @@
 
 #include "../x11/KeyboardX11.h"
 #include "DesktopToolsWayland.h"
+#include "InputKde.h"
 #include "KeymapWayland.h"
 #include "WaylandConnection.h"
 #include "virtual-keyboard-unstable-v1-client-protocol.h"
@@ -152,6 +153,7 @@ std::uint32_t buttonCode(MouseButton button)
 struct LogicalPlace
 {
     std::uint32_t x, y, width, height; // in the layout's logical extent
+    Point origin;                      // the extent's top-left corner on the desktop
 };
 
 // A desktop point, in the outputs' pixels, as absolute motion over the logical layout wants it.
@@ -171,7 +173,19 @@ std::optional<LogicalPlace> logicalPlace(const WaylandConnection& c, Point p)
     const Point at = logical.value_or(Point{std::clamp(p.x, layout.x, layout.right() - 1),
                                             std::clamp(p.y, layout.y, layout.bottom() - 1)});
     return LogicalPlace{std::uint32_t(at.x - layout.x), std::uint32_t(at.y - layout.y),
-                        std::uint32_t(layout.width), std::uint32_t(layout.height)};
+                        std::uint32_t(layout.width), std::uint32_t(layout.height),
+                        Point{layout.x, layout.y}};
+}
+
+// KWin offers its own fake input device instead of the virtual ones.
+bool kdeKeyboard(const WaylandConnection& c)
+{
+    return !(c.virtualKeyboards() && c.seat()) && c.kdeFakeInput();
+}
+
+bool kdePointer(const WaylandConnection& c)
+{
+    return !c.virtualPointers() && c.kdeFakeInput();
 }
 
 } // namespace
@@ -180,8 +194,9 @@ InputBlocker inputBlocker(InputDevice device)
 {
     WaylandConnection* c = WaylandConnection::shared();
     if (!c) return InputBlocker::NoDisplay;
-    const bool offered = device == InputDevice::Keyboard ? c->virtualKeyboards() && c->seat()
-                                                         : c->virtualPointers() != nullptr;
+    const bool offered = device == InputDevice::Keyboard
+                             ? (c->virtualKeyboards() && c->seat()) || kdeKeyboard(*c)
+                             : c->virtualPointers() || kdePointer(*c);
     return offered ? InputBlocker::None : InputBlocker::NoVirtualDevice;
 }
 
@@ -191,6 +206,11 @@ bool setCursorPosition(Point position)
     if (!c) return false;
     std::lock_guard<std::mutex> lock(c->mutex);
     const std::optional<LogicalPlace> place = logicalPlace(*c, position);
+    if (place && kdePointer(*c)) {
+        devices.cursor = position;
+        return kde::moveTo(*c,
+                           Point{place->origin.x + int(place->x), place->origin.y + int(place->y)});
+    }
     if (!place || !pointer(*c)) return false;
     zwlr_virtual_pointer_v1_motion_absolute(devices.pointer, now(), place->x, place->y,
                                             place->width, place->height);
@@ -212,6 +232,7 @@ bool sendMouseButtons(const std::vector<ButtonEvent>& events)
     WaylandConnection* c = WaylandConnection::shared();
     if (!c) return false;
     std::lock_guard<std::mutex> lock(c->mutex);
+    if (kdePointer(*c)) return kde::sendMouseButtons(*c, events);
     if (!pointer(*c)) return false;
     for (const ButtonEvent& e : events) {
         zwlr_virtual_pointer_v1_button(devices.pointer, now(), buttonCode(e.button),
@@ -227,11 +248,12 @@ bool sendMouseWheel(int delta, bool horizontal)
     WaylandConnection* c = WaylandConnection::shared();
     if (!c) return false;
     std::lock_guard<std::mutex> lock(c->mutex);
-    if (!pointer(*c)) return false;
     // Whole notches, as on X; Wayland's vertical axis grows downwards, ours upwards.
     int notches = (std::abs(delta) + 60) / 120;
     if (delta != 0 && notches == 0) notches = 1;
     const int sign = (delta > 0) == horizontal ? 1 : -1;
+    if (kdePointer(*c)) return kde::sendMouseWheel(*c, sign * notches, horizontal);
+    if (!pointer(*c)) return false;
     const std::uint32_t axis =
         horizontal ? WL_POINTER_AXIS_HORIZONTAL_SCROLL : WL_POINTER_AXIS_VERTICAL_SCROLL;
     const bool discrete = zwlr_virtual_pointer_v1_get_version(devices.pointer) >=
@@ -253,6 +275,7 @@ bool sendKeys(const std::vector<KeyEvent>& events)
     WaylandConnection* c = WaylandConnection::shared();
     if (!c) return false;
     std::lock_guard<std::mutex> lock(c->mutex);
+    if (kdeKeyboard(*c)) return kde::sendKeys(*c, events);
     if (!keyboard(*c)) return false;
     std::vector<std::uint32_t> keysyms;
     for (const KeyEvent& e : events)
@@ -284,7 +307,7 @@ bool typeText(const std::u16string& text, int delayMs, const std::function<bool(
     WaylandConnection* c = WaylandConnection::shared();
     if (!c) return false;
     std::lock_guard<std::mutex> lock(c->mutex);
-    if (!keyboard(*c)) return false;
+    if (!kdeKeyboard(*c) && !keyboard(*c)) return false;
     std::vector<std::uint32_t> keysyms;
     for (std::size_t i = 0; i < text.size(); ++i) {
         char32_t ch = text[i];
@@ -293,6 +316,7 @@ bool typeText(const std::u16string& text, int delayMs, const std::function<bool(
             ch = 0x10000 + ((ch - 0xD800) << 10) + (text[++i] - 0xDC00);
         if (const std::uint32_t k = x11::keysymForCharacter(ch)) keysyms.push_back(k);
     }
+    if (kdeKeyboard(*c)) return kde::typeText(*c, keysyms, delayMs, stop);
     // A keymap per run of text whose characters fit into one.
     std::size_t start = 0;
     while (start < keysyms.size() && !(stop && stop())) {

@@ -14,6 +14,7 @@ struct wl_output;
 struct wl_registry;
 struct wl_seat;
 struct wl_shm;
+struct org_kde_kwin_fake_input;
 struct zwlr_data_control_manager_v1;
 struct zwlr_foreign_toplevel_manager_v1;
 struct zwlr_virtual_pointer_manager_v1;
@@ -63,6 +64,7 @@ public:
     zwlr_virtual_pointer_manager_v1* virtualPointers() const { return m_virtualPointers; }
     zwlr_data_control_manager_v1* dataControl() const { return m_dataControl; }
     zwlr_foreign_toplevel_manager_v1* toplevels() const { return m_toplevels; }
+    org_kde_kwin_fake_input* kdeFakeInput() const { return m_kdeFakeInput; }
 
     // Serves events until `done` holds; false after `timeoutMs` or when the connection broke.
     bool dispatchUntil(const std::function<bool()>& done, int timeoutMs);
@@ -90,6 +92,7 @@ private:
     zwlr_virtual_pointer_manager_v1* m_virtualPointers = nullptr;
     zwlr_data_control_manager_v1* m_dataControl = nullptr;
     zwlr_foreign_toplevel_manager_v1* m_toplevels = nullptr;
+    org_kde_kwin_fake_input* m_kdeFakeInput = nullptr;
     std::vector<std::unique_ptr<Output>> m_outputs;
 };
 

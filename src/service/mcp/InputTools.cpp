@@ -230,9 +230,13 @@ McpToolResult typeTextTool(const McpToolArgs& args)
     // press here (Windows sends two Unicode events). The pause around each press gives a busy
     // receiver time to read the remapping.
     const McpToolCancellation& cancellation = McpToolCancellation::instance();
-    platform::typeText(typed.toStdU16String(), kTypingPauseMs,
-                       [&cancellation] { return cancellation.isRequested(); });
+    const bool whole = platform::typeText(typed.toStdU16String(), kTypingPauseMs,
+                                          [&cancellation] { return cancellation.isRequested(); });
     if (cancellation.isRequested()) return mcpToolStoppedError();
+    if (!whole)
+        return mcpToolError(QStringLiteral(
+            "not all of the text could be typed: the desktop's keyboard layout has no key for "
+            "some of its characters, and the desktop offers no virtual keyboard to add one"));
     return success({{QStringLiteral("length"), int(typed.size())}});
 }
 

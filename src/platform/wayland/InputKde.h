@@ -1,0 +1,24 @@
+#pragma once
+
+#include "../Input.h"
+
+namespace zelmor::platform::wayland {
+
+class WaylandConnection;
+
+// Input through KWin's own fake input device, where KWin offers no virtual keyboard or
+// pointer. Keys are those of the desktop's layout: a character it has no key for cannot be
+// typed. Every call wants the connection's mutex held.
+namespace kde {
+
+bool moveTo(WaylandConnection& c, Point logical);
+bool sendMouseButtons(WaylandConnection& c, const std::vector<ButtonEvent>& events);
+bool sendMouseWheel(WaylandConnection& c, int notches, bool horizontal);
+bool sendKeys(WaylandConnection& c, const std::vector<KeyEvent>& events);
+// False when a character had no key.
+bool typeText(WaylandConnection& c, const std::vector<std::uint32_t>& keysyms, int delayMs,
+              const std::function<bool()>& stop);
+
+} // namespace kde
+
+} // namespace zelmor::platform::wayland

@@ -276,6 +276,26 @@
         <translation>Right-drag to gesture. (R=next pin, L=prev, D=history, DR=capture, DL=clear pins)</translation>
     </message>
     <message>
+        <source>Gestures unavailable</source>
+        <comment>tray.gesture.unavailable</comment>
+        <translation>Gestures unavailable</translation>
+    </message>
+    <message>
+        <source>This desktop lets no program watch the mouse, so gestures cannot work here.</source>
+        <comment>tray.gesture.unavailable.body</comment>
+        <translation>This desktop lets no program watch the mouse, so gestures cannot work here.</translation>
+    </message>
+    <message>
+        <source>Recorded without marks</source>
+        <comment>record.unmarked.title</comment>
+        <translation>Recorded without marks</translation>
+    </message>
+    <message>
+        <source>This desktop lets no program see clicks and keys, so recordings show no click marks or key chips.</source>
+        <comment>record.unmarked.body</comment>
+        <translation>This desktop lets no program see clicks and keys, so recordings show no click marks or key chips.</translation>
+    </message>
+    <message>
         <source>Gestures off</source>
         <comment>tray.gesture.off</comment>
         <translation>Gestures off</translation>

@@ -276,6 +276,26 @@
         <translation>按住右键拖动即可使用手势。(R=下一个贴图, L=上一个, D=历史记录, DR=截图, DL=清除贴图)</translation>
     </message>
     <message>
+        <source>Gestures unavailable</source>
+        <comment>tray.gesture.unavailable</comment>
+        <translation>鼠标手势不可用</translation>
+    </message>
+    <message>
+        <source>This desktop lets no program watch the mouse, so gestures cannot work here.</source>
+        <comment>tray.gesture.unavailable.body</comment>
+        <translation>此桌面不允许任何程序观察鼠标，因此手势在这里无法使用。</translation>
+    </message>
+    <message>
+        <source>Recorded without marks</source>
+        <comment>record.unmarked.title</comment>
+        <translation>录制中没有标记</translation>
+    </message>
+    <message>
+        <source>This desktop lets no program see clicks and keys, so recordings show no click marks or key chips.</source>
+        <comment>record.unmarked.body</comment>
+        <translation>此桌面不允许任何程序看到点击和按键，因此录制内容不显示点击标记和按键提示。</translation>
+    </message>
+    <message>
         <source>Gestures off</source>
         <comment>tray.gesture.off</comment>
         <translation>鼠标手势已关闭</translation>

@@ -122,6 +122,7 @@ private:
     void copyOnly(const QPixmap& cropped, const QString& body);
     void connectRecording();
     void showRecordHud();
+    void tellUnmarked();
     void openGifEditor(std::shared_ptr<const service::record::FrameStore> frames, int intervalMs,
                        const QString& path);
     void showRegionFrame(const QRect& rect);
@@ -148,6 +149,7 @@ private:
     bool m_scrollAuto = false;     // the running scroll capture scrolls the page itself
     int m_scrollStep = 0;          // what the stitcher last found, a ScrollStitcher::Step
     bool m_regionCaptureActive = false;
+    bool m_toldUnmarked = false;
     // Built while nobody waits, so that a hotkey costs only the grab and the first frame.
     QPointer<widget::CaptureOverlay> m_preparedOverlay;
     QPointer<QMessageBox> m_aiSetupPrompt;

@@ -43,6 +43,7 @@ void ActionManager::connectRecording()
 {
     using service::record::RecordingService;
     RecordingService* recording = m_recordingService;
+    connect(recording, &RecordingService::framesRecorded, this, &ActionManager::tellUnmarked);
     connect(recording, &RecordingService::framesRecorded, this, &ActionManager::openGifEditor);
     connect(recording, &RecordingService::gifFailed, this, [](const QString& reason) {
         core::notifyUser(tr("GIF failed", "record.gif.failed"), reason, kToastMs);
@@ -109,6 +110,19 @@ void ActionManager::recordGif()
                                    [=] { m_recordingService->recordGif(rect, durationSecs, fps); });
             });
     overlay->show();
+}
+
+// Said after the first recording, not during it, where the notice would be recorded too.
+void ActionManager::tellUnmarked()
+{
+    if (m_recordingService->sawInput() || m_toldUnmarked) return;
+    m_toldUnmarked = true;
+    core::writeLogLine(QStringLiteral("[record] recorded without click marks and key chips"));
+    core::notifyUser(tr("Recorded without marks", "record.unmarked.title"),
+                     tr("This desktop lets no program see clicks and keys, so recordings show "
+                        "no click marks or key chips.",
+                        "record.unmarked.body"),
+                     kToastMs);
 }
 
 void ActionManager::showRecordHud()

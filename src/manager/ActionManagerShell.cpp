@@ -24,7 +24,13 @@ void ActionManager::toggleMouseGesture(bool on)
                 &ActionManager::onGesture);
     }
     m_gestureService->setEnabled(on);
-    if (on)
+    if (on && !m_gestureService->observing())
+        core::notifyUser(tr("Gestures unavailable", "tray.gesture.unavailable"),
+                         tr("This desktop lets no program watch the mouse, so gestures cannot "
+                            "work here.",
+                            "tray.gesture.unavailable.body"),
+                         kToastMs);
+    else if (on)
         core::notifyUser(tr("Gestures on", "tray.gesture.on"),
                          tr("Right-drag to gesture. (R=next pin, L=prev, D=history, "
                             "DR=capture, DL=clear pins)",

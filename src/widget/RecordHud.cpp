@@ -2,6 +2,7 @@
 
 #include "FollowLanguage.h"
 #include "Translucency.h"
+#include "platform/Session.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -163,6 +164,11 @@ RecordRegionFrame::RecordRegionFrame(const QRect& region, QWidget* parent)
     const QRect all(QPoint(), size());
     setMask(QRegion(all) -
             QRegion(all.adjusted(kFrameMargin, kFrameMargin, -kFrameMargin, -kFrameMargin)));
+}
+
+void RecordRegionFrame::setVisible(bool visible)
+{
+    QWidget::setVisible(visible && platform::displayServer() != platform::DisplayServer::Wayland);
 }
 
 void RecordRegionFrame::paintEvent(QPaintEvent*)

@@ -42,12 +42,15 @@ private:
     int m_timeLeft = -1;
 };
 
-// Marks a recorded or scrolled region from just outside it; clicks go through it.
+// Marks a recorded or scrolled region from just outside it; clicks go through it. Where the
+// compositor places windows itself (Wayland) it could not surround the region, and would be
+// tiled beside the recorded program, shrinking it: there it stays hidden.
 class RecordRegionFrame : public QWidget
 {
     Q_OBJECT
 public:
     explicit RecordRegionFrame(const QRect& region, QWidget* parent = nullptr);
+    void setVisible(bool visible) override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;

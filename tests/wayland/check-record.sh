@@ -1,15 +1,19 @@
 #!/usr/bin/env bash
-# The overlay, pins and recording with zelmor on Wayland itself (run inside
-# scripts/wayland-session.sh), on two outputs at scale 2.
-#   tests/wayland/check-record.sh BIN_DIR DRAG_HELPER
+# Pins, recording and scroll capture with Zelmor on Wayland itself (run inside
+# scripts/wayland-session.sh), then the overlay on two outputs at scale 2.
+#   tests/wayland/check-record.sh BIN_DIR RECORD_CHECK
 set -euo pipefail
-bin=$1 drag=$2
+bin=$1 record=$2
 . "$(dirname "$0")/session-lib.sh"
 fail() { echo "not ok - $*" >&2; exit 1; }
 wait_for() { for _ in $(seq 200); do "$@" && return 0; sleep 0.05; done; return 1; }
 export QT_QPA_PLATFORM=wayland
 zelmor() { "$bin/zelmor" "$@" >/dev/null 2>&1; }
 shown() { [ "$(grim -t ppm -o "$1" - | md5sum)" != "$2" ]; }
+
+show_photograph
+"$record" -silent >&2 || fail "pins, recording and scroll capture on sway"
+echo "ok - on sway a pin shows on top, a GIF's frames and a stitched page are grim's pictures"
 
 swaymsg -q create_output
 swaymsg -q output HEADLESS-1 scale 2, output HEADLESS-2 resolution 1280x720 position 960 0 scale 2

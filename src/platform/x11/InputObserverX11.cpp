@@ -4,6 +4,7 @@
 // miss the repeats and carry neither the pointer position nor the modifiers.
 
 #include "../InputObserver.h"
+#include "../Session.h"
 #include "KeyboardX11.h"
 #include "X11Connection.h"
 
@@ -163,6 +164,9 @@ private:
 
 std::unique_ptr<InputObserver> observeInput(unsigned kinds, InputObserver::Callback callback)
 {
+    // A Wayland compositor shows no client another's input; Xwayland would tell only of its own
+    // clients'.
+    if (displayServer() == DisplayServer::Wayland) return nullptr;
     xcb_connection_t* control = x11::openConnection();
     xcb_connection_t* data = control ? x11::openConnection() : nullptr;
     const xcb_record_context_t context =

@@ -25,6 +25,8 @@ public:
     void setEnabled(bool on);
     bool isEnabled() const { return m_enabled; }
     bool isTracking() const { return m_tracking; }
+    // Whether the desktop lets the drags be seen at all.
+    bool observing() const { return m_hook != nullptr; }
     // The sampled path of the drag under way.
     const QList<QPoint>& points() const { return m_points; }
 

@@ -69,6 +69,11 @@ void InputHook::uninstall()
     m_observation.reset();
 }
 
+bool InputHook::observing() const
+{
+    return m_observation && m_observation->observer;
+}
+
 QList<ClickEvent> InputHook::recentClicks() const
 {
     QMutexLocker lock(&m_mutex);

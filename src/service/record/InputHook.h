@@ -35,6 +35,9 @@ public:
     // Starts a new observation with empty lists; a second call leaves the running one in place.
     void install();
     void uninstall();
+    // Whether the running observation sees anything: false where the desktop shows no
+    // program the clicks and keys.
+    bool observing() const;
 
     // Copies, oldest first; safe from any thread.
     QList<ClickEvent> recentClicks() const;

@@ -149,6 +149,7 @@ void RecordingService::recordGif(QRect region, int durationSecs, int fps)
     }
     if (!m_inputHook) m_inputHook = new InputHook(this);
     m_inputHook->install();
+    m_sawInput = m_inputHook->observing();
     m_paused = false;
     m_stopRequested = false;
     m_cancelRequested = false;

@@ -46,6 +46,8 @@ public:
 
     // The frame size for a region: even sides of at least 2, the longer side at most 1920.
     static QSize outputSize(const QSize& region);
+    // Whether the last recording saw clicks and keys to mark.
+    bool sawInput() const { return m_sawInput; }
     static int intervalForFps(int fps);
     // The labels a frame taken at `frameTimeMs` shows: the newest five of the last 1.5 s.
     static QStringList keyChipsAt(qint64 frameTimeMs, const QList<KeyEvent>& keys);
@@ -91,6 +93,7 @@ private:
     int secondsLeft(qint64 now);
 
     InputHook* m_inputHook = nullptr;
+    bool m_sawInput = false;
     QTimer* m_tickTimer = nullptr;
     std::atomic_bool m_paused{false};
     std::atomic_bool m_stopRequested{false};

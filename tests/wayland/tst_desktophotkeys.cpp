@@ -4,6 +4,7 @@
 #include "manager/ActionManager.h"
 #include "manager/HotkeyService.h"
 #include "manager/TrayService.h"
+#include "platform/Hotkeys.h"
 #include "widget/MainWindow.h"
 #include "widget/TrayMenu.h"
 #include "widget/settings/DesktopHotkeys.h"
@@ -57,6 +58,17 @@ private Q_SLOTS:
                  line + '\n');
         if (line.startsWith("bindsym"))
             QCOMPARE(QProcess::execute(QStringLiteral("swaymsg"), {QStringLiteral("-q"), line}), 0);
+    }
+
+    void swayRunsQuotedCommands()
+    {
+        QTemporaryDir dir(QDir::tempPath() + QStringLiteral("/a 'quoted' folder-XXXXXX"));
+        const QString ran = dir.filePath(QStringLiteral("ran"));
+        const QString command = "touch '" + QString(ran).replace("'", R"('\'')") + "'";
+        const std::string line = platform::desktopBindingLine(0, 0x76, command.toStdString());
+        QCOMPARE(QProcess::execute("swaymsg", {"-q", QString::fromStdString(line)}), 0);
+        QCOMPARE(QProcess::execute("wtype", {"-k", "F7"}), 0);
+        QTRY_VERIFY(QFile::exists(ran));
     }
 };
 

@@ -61,8 +61,16 @@ std::string desktopBindingLine(unsigned modifiers, unsigned virtualKey, const st
 {
     if (desktopBindingFile().empty()) return {};
     const std::string keys = swayKeys(modifiers, virtualKey);
+    if (keys.empty()) return {};
+    // sway takes one layer of quotes off a binding's words before the shell sees the command,
+    // and has no escapes: the layer is made of the quote the command lacks.
+    std::string shell = command;
+    const bool single = command.find('\'') != std::string::npos;
+    const bool twin = command.find('"') != std::string::npos;
+    if (single && twin) return {};
+    if (single || twin) shell = (single ? '"' : '\'') + command + (single ? '"' : '\'');
     // Held keys run the command once, as a hotkey of this program does.
-    return keys.empty() ? std::string() : "bindsym --no-repeat " + keys + " exec " + command;
+    return "bindsym --no-repeat " + keys + " exec " + shell;
 }
 
 bool registerHotkey(int id, unsigned modifiers, unsigned virtualKey)

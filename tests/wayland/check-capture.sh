@@ -6,8 +6,8 @@
 #   tests/wayland/check-capture.sh BIN_DIR DRAG_HELPER
 set -euo pipefail
 bin=$1 drag=$2
-[ -n "${WAYLAND_DISPLAY:-}" ] || { echo "not ok - no Wayland session" >&2; exit 1; }
 . "$(dirname "$0")/session-lib.sh"
+[ -n "${WAYLAND_DISPLAY:-}" ] || fail "no Wayland session"
 
 # The history as the tool server lists it, and a tool call's answer, in one session.
 mcp() {
@@ -29,19 +29,17 @@ capture_fails() {
   stop_zelmor "$pid"
   grep -q "\[capture\] failed: .*$reason" "$log" ||
     { echo "not ok - zelmor $where did not say why it cannot capture:" >&2; tail -3 "$log" >&2; exit 1; }
-  [ -z "$(pictures)" ] || { echo "not ok - zelmor $where saved $(pictures)" >&2; exit 1; }
-  mcp list_history | grep -q '\\"items\\":\[\]' ||
-    { echo "not ok - zelmor $where left a history row" >&2; exit 1; }
+  [ -z "$(pictures)" ] || fail "zelmor $where saved $(pictures)"
+  mcp list_history | grep -q '\\"items\\":\[\]' || fail "zelmor $where left a history row"
   echo "ok - zelmor --capture-fullscreen $where says why and saves nothing"
 
   fresh_home
   local answer
   answer=$(mcp capture_fullscreen)
   grep -q '"isError":true' <<<"$answer" && grep -q "$reason" <<<"$answer" ||
-    { echo "not ok - capture_fullscreen $where answered: $answer" >&2; exit 1; }
-  [ -z "$(pictures)" ] || { echo "not ok - capture_fullscreen $where saved $(pictures)" >&2; exit 1; }
-  mcp list_history | grep -q '\\"items\\":\[\]' ||
-    { echo "not ok - capture_fullscreen $where left a history row" >&2; exit 1; }
+    fail "capture_fullscreen $where answered: $answer"
+  [ -z "$(pictures)" ] || fail "capture_fullscreen $where saved $(pictures)"
+  mcp list_history | grep -q '\\"items\\":\[\]' || fail "capture_fullscreen $where left a history row"
   echo "ok - zelmor-mcp capture_fullscreen $where says why and saves nothing"
 }
 
@@ -53,11 +51,7 @@ native_capture_is_grims() {
   await saved || true
   QT_QPA_PLATFORM=wayland stop_zelmor "$pid"
   [ -n "$shot" ] || { echo "not ok - zelmor on Wayland ($layout) saved no picture:" >&2; tail -3 "$log" >&2; exit 1; }
-  local reference
-  reference=$(mktemp "${TMPDIR:-/tmp}/zelmor-grim.XXXXXX.png")
-  grim "$reference"
-  [ "$(pixels "$shot")" = "$(pixels "$reference")" ] ||
-    { echo "not ok - zelmor on Wayland ($layout) saved another picture than grim's" >&2; exit 1; }
+  shot_is_grims || fail "zelmor on Wayland ($layout) saved another picture than grim's"
   echo "ok - zelmor --capture-fullscreen on Wayland ($layout) saves grim's picture"
 
   # The tool server as a console client may start it: no X server nor session type known.
@@ -65,7 +59,7 @@ native_capture_is_grims() {
   (unset DISPLAY XDG_SESSION_TYPE QT_QPA_PLATFORM && mcp capture_fullscreen >/dev/null)
   shot=$(pictures | head -1)
   [ -n "$shot" ] && [ "$(pixels "$shot")" = "$(pixels "$reference")" ] ||
-    { echo "not ok - zelmor-mcp capture_fullscreen on Wayland ($layout) did not save grim's picture" >&2; exit 1; }
+    fail "zelmor-mcp capture_fullscreen on Wayland ($layout) did not save grim's picture"
   echo "ok - zelmor-mcp capture_fullscreen on Wayland without an X server ($layout) saves grim's picture"
   rm -f "$reference"
 }
@@ -80,12 +74,11 @@ region_capture_is_grims() {
   # Return copied it too: another Wayland program pastes it while Zelmor runs.
   wl-paste --type image/png >"$HOME/pasted.png" 2>&1 || true
   QT_QPA_PLATFORM=wayland stop_zelmor "$pid"
-  [ -n "$shot" ] || { echo "not ok - a region dragged on the overlay on Wayland saved no picture" >&2; exit 1; }
-  shot_is_grims_region ||
-    { echo "not ok - the region dragged on the overlay on Wayland is not grim's" >&2; exit 1; }
+  [ -n "$shot" ] || fail "a region dragged on the overlay on Wayland saved no picture"
+  shot_is_grims "300,200 401x201" || fail "the region dragged on the overlay on Wayland is not grim's"
   echo "ok - zelmor --capture-region on Wayland, a drag and Return save grim's picture of the region"
   [ "$(pixels "$HOME/pasted.png")" = "$(pixels "$reference")" ] ||
-    { echo "not ok - the region copied on Wayland does not paste as grim's picture" >&2; exit 1; }
+    fail "the region copied on Wayland does not paste as grim's picture"
   rm -f "$reference"
   echo "ok - the region copied on Wayland pastes into another Wayland program"
 }

@@ -6,8 +6,7 @@ set -euo pipefail
 bin=$1 drag=$2 settings=$3
 . "$(dirname "$0")/session-lib.sh"
 
-QT_QPA_PLATFORM=wayland "$settings" -silent >&2 ||
-  { echo "not ok - the hotkey settings on sway" >&2; exit 1; }
+QT_QPA_PLATFORM=wayland "$settings" -silent >&2 || fail "the hotkey settings on sway"
 echo "ok - Zelmor on sway claims no key, and sway takes the lines its settings give"
 
 show_photograph
@@ -19,6 +18,6 @@ await grep -q 'entering event loop' "$log" || true
 wtype -k F6
 drag_region_and_save
 QT_QPA_PLATFORM=wayland stop_zelmor "$pid"
-shot_is_grims_region ||
-  { echo "not ok - F6 bound in sway, a drag and Return did not save grim's picture of the region" >&2; exit 1; }
+shot_is_grims "300,200 401x201" ||
+  fail "F6 bound in sway, a drag and Return did not save grim's picture of the region"
 echo "ok - F6 bound in sway runs the running Zelmor's region capture; a drag and Return save grim's picture"

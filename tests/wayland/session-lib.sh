@@ -1,6 +1,8 @@
 # Helpers of the Wayland checks, sourced by them inside scripts/wayland-session.sh. They use
 # `bin`, the programs' folder, and `drag`, the virtual pointer's program.
 
+fail() { echo "not ok - $*" >&2; exit 1; }
+
 # Each check in a home of its own.
 fresh_home() {
   HOME=$(mktemp -d "${TMPDIR:-/tmp}/zelmor-wlcheck.XXXXXX")
@@ -43,10 +45,10 @@ drag_region_and_save() {
   await saved || true
 }
 
-# Whether `shot` is grim's picture of the dragged region (its end pixel included), which stays
-# in `reference`.
-shot_is_grims_region() {
+# Whether `shot` is grim's picture of the desktop or of a region ("X,Y WxH"), which stays in
+# `reference`. The dragged region is "300,200 401x201": its end pixel is included.
+shot_is_grims() {
   reference=$(mktemp "${TMPDIR:-/tmp}/zelmor-grim.XXXXXX.png")
-  grim -g "300,200 401x201" "$reference"
+  grim ${1:+-g "$1"} "$reference"
   [ -n "$shot" ] && [ "$(pixels "$shot")" = "$(pixels "$reference")" ]
 }

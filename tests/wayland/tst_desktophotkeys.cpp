@@ -43,8 +43,6 @@ private Q_SLOTS:
                                         << "bindsym --no-repeat Mod4+Ctrl+Mod1+Shift+Prior exec %1";
         QTest::newRow("letter, first chord") << "Meta+A, Ctrl+Space"
                                              << "bindsym --no-repeat Mod4+a exec %1";
-        QTest::newRow("lower-case name") << "Space"
-                                         << "bindsym --no-repeat space exec %1";
         QTest::newRow("no name in sway") << "Ctrl+."
                                          << "# Region capture: %1";
     }

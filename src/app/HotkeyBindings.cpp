@@ -5,6 +5,7 @@
 #include "core/HotkeyState.h"
 #include "manager/ActionManager.h"
 #include "manager/HotkeyService.h"
+#include "widget/settings/ShortcutSheetDialog.h"
 
 namespace zelmor::app {
 
@@ -31,6 +32,7 @@ void HotkeyBindings::registerAll()
     for (const core::HotkeyAction& action : core::kHotkeyActions) {
         const QString sequence = core::ConfigManager::instance().hotkey(action.name);
         if (sequence.isEmpty() || !manager::HotkeyService::bindsKeys()) continue;
+        m_hotkeys.describeHotkey(action.id, widget::ShortcutSheetDialog::hotkeyTitle(action.name));
         if (m_hotkeys.registerHotkey(action.id, sequence))
             m_bound.insert(action.id);
         else

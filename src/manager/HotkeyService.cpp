@@ -120,6 +120,11 @@ void HotkeyService::publishPresses()
         publish(id);
 }
 
+void HotkeyService::describeHotkey(int id, const QString& description)
+{
+    platform::describeHotkey(id, description.toStdString());
+}
+
 bool HotkeyService::registerHotkey(int id, const QString& sequence)
 {
     if (m_ids.contains(id)) return false;

@@ -29,6 +29,8 @@ public:
 
     // False when the id is taken, the key cannot be bound, or another program holds it.
     bool registerHotkey(int id, const QString& sequence);
+    // The name under which a desktop that binds the keys itself lists hotkey `id`.
+    void describeHotkey(int id, const QString& description);
     void unregisterAll();
 
 Q_SIGNALS:

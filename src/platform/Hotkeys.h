@@ -34,6 +34,9 @@ std::string desktopBindingLine(unsigned modifiers, unsigned virtualKey, const st
 // reachable.
 bool registerHotkey(int id, unsigned modifiers, unsigned virtualKey);
 void unregisterHotkey(int id);
+// The name (UTF-8) under which a desktop that binds keys at this program's request (the
+// shortcuts portal) lists hotkey `id` in its own settings; given before registering.
+void describeHotkey(int id, const std::string& description);
 
 // A descriptor that becomes readable when hotkey events are waiting; -1 where there is none
 // (Windows) or no display.

@@ -18,14 +18,14 @@ monitor=$!
 zelmor=$!
 trap '"$bin/zelmor" --quit >/dev/null 2>&1; kill $monitor; wait $zelmor' EXIT
 
-# Plasma's shortcuts of zelmor: (id, ..., keys); F6 is Qt's key 0x01000035.
+# Plasma's shortcuts of zelmor: (id, name, ..., keys); F6 is Qt's key 0x01000035.
 bound() {
   gdbus call --session --dest org.kde.kglobalaccel --object-path /component/zelmor \
     --method org.kde.kglobalaccel.Component.allShortcutInfos default 2>/dev/null
 }
-wait_for 150 'bound | grep -q "(.1., [^)]*\[16777269\]"' ||
+wait_for 150 'bound | grep -q "(.1., .Capture region., [^)]*\[16777269\]"' ||
   fail "the region hotkey F6 is not bound through the portal: $(bound)"
-echo "ok - the GlobalShortcuts portal binds the region hotkey F6"
+echo "ok - the GlobalShortcuts portal binds the region hotkey F6, named as the sheet names it"
 
 grep -q "member=Screenshot" "$asked" && fail "zelmor asked the Screenshot portal at start"
 echo "ok - zelmor asks the Screenshot portal for nothing before a capture"

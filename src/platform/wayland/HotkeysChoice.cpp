@@ -86,6 +86,11 @@ bool registerHotkey(int id, unsigned modifiers, unsigned virtualKey)
     return false;
 }
 
+void describeHotkey(int id, const std::string& description)
+{
+    wayland::describePortalHotkey(id, description);
+}
+
 void unregisterHotkey(int id)
 {
     waylandSession() ? wayland::unbindPortalHotkey(id) : x11::unregisterHotkey(id);

@@ -81,4 +81,6 @@ std::vector<int> takeHotkeyPresses()
     return std::exchange(pressed, {});
 }
 
+void describeHotkey(int, const std::string&) {} // Windows lists no program's hotkeys
+
 } // namespace zelmor::platform

@@ -146,6 +146,13 @@ void fitRows(QTableWidget* table)
 
 } // namespace
 
+QString ShortcutSheetDialog::hotkeyTitle(const QString& hotkey)
+{
+    for (const SheetRow& row : kRows)
+        if (hotkey == QLatin1String(row.hotkey)) return tr(row.text.source, row.text.comment);
+    return hotkey;
+}
+
 ShortcutSheetDialog::ShortcutSheetDialog(QWidget* parent) : QDialog(parent)
 {
     setMinimumWidth(420);

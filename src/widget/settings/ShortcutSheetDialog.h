@@ -14,6 +14,9 @@ class ShortcutSheetDialog : public QDialog
 public:
     explicit ShortcutSheetDialog(QWidget* parent = nullptr);
 
+    // What the hotkey of settings name `hotkey` ("region") does, as the sheet names it.
+    static QString hotkeyTitle(const QString& hotkey);
+
     QTableWidget* table() const { return m_table; }
     QTableWidget* overlayTable() const { return m_overlayTable; }
 

@@ -79,6 +79,7 @@ public:
     }
 
     std::map<int, QString> triggers;
+    std::map<int, QString> descriptions;
     std::vector<int> pressed;
     std::function<void()> wake;
 
@@ -108,12 +109,18 @@ private:
         qDBusRegisterMetaType<QList<PortalShortcut>>();
     }
 
+    QString description(int id) const
+    {
+        const auto found = descriptions.find(id);
+        return found != descriptions.end() ? found->second : QStringLiteral("Zelmor %1").arg(id);
+    }
+
     QList<PortalShortcut> table() const
     {
         QList<PortalShortcut> list;
         for (const auto& [id, trigger] : triggers)
             list.append({QString::number(id),
-                         {{QStringLiteral("description"), QStringLiteral("Zelmor %1").arg(id)},
+                         {{QStringLiteral("description"), description(id)},
                           {QStringLiteral("preferred_trigger"), trigger}}});
         return list;
     }
@@ -202,6 +209,11 @@ void unbindPortalHotkey(int id)
 {
     ShortcutsSession& s = ShortcutsSession::instance();
     if (s.triggers.erase(id)) s.scheduleBind();
+}
+
+void describePortalHotkey(int id, const std::string& description)
+{
+    ShortcutsSession::instance().descriptions[id] = QString::fromStdString(description);
 }
 
 void onPortalHotkeyPresses(std::function<void()> wake)

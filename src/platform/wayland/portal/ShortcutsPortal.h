@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace zelmor::platform::wayland {
@@ -13,6 +14,7 @@ bool shortcutsPortalAvailable();
 // whole table goes to the portal once the caller's event loop turns.
 bool bindPortalHotkey(int id, unsigned modifiers, unsigned virtualKey);
 void unbindPortalHotkey(int id);
+void describePortalHotkey(int id, const std::string& description);
 void onPortalHotkeyPresses(std::function<void()> wake);
 std::vector<int> takePortalHotkeyPresses();
 

@@ -32,8 +32,8 @@ async function until(found, what, ms = 10000) {
 }
 
 // A target window and the lines it reports.
-function startTarget(title) {
-  const child = spawn(join(bin, "zelmor-wl-tool-target"), [title], { env: native });
+function startTarget(...args) {
+  const child = spawn(join(bin, "zelmor-wl-tool-target"), args, { env: native });
   const target = { child, lines: [], saw: (line) => until(() => target.lines.includes(line), line) };
   let rest = "";
   child.stdout.on("data", (chunk) => {
@@ -170,6 +170,20 @@ await check("on weston each tool names the protocol the desktop lacks", async ()
     }
   } finally {
     weston.kill();
+  }
+});
+
+await check("a window whose title changes all the time leaves the desktop tools working", async () => {
+  const { client, call } = await connect();
+  try {
+    fields(await call("list_windows"));
+    const busy = startTarget("busy", "churn");
+    await until(() => busy.lines.includes("churned"), "the title changes", 60000);
+    busy.child.kill();
+    fields(await call("list_windows"));
+    fields(await call("capture_region", { x: 0, y: 0, w: 8, h: 8 }));
+  } finally {
+    await client.close();
   }
 });
 target.child.kill();

@@ -1,7 +1,8 @@
 // A Wayland-native window for the desktop tools' check. It reports on standard output what
 // reaches it ("text T", "hotkey" for Ctrl+Alt+J, "pressed", "scrolled N") and, once shown,
-// where its button and list are inside the window ("at NAME X Y", their centres).
-//   zelmor-wl-tool-target TITLE
+// where its button and list are inside the window ("at NAME X Y", their centres). With
+// "churn" it then changes its title 10,000 times, as a busy program may, and says "churned".
+//   zelmor-wl-tool-target TITLE [churn]
 
 #include <QApplication>
 #include <QLineEdit>
@@ -63,6 +64,17 @@ int main(int argc, char** argv)
                        .arg(centre.x())
                        .arg(centre.y()));
         }
+        if (argc < 3) return;
+        // A few at a time: the event loop sends each batch on before the next.
+        auto* churn = new QTimer(&window);
+        QObject::connect(churn, &QTimer::timeout, [&window, churn, n = 0]() mutable {
+            for (int i = 0; i < 5; ++i)
+                window.setWindowTitle(QStringLiteral("title %1").arg(n++));
+            if (n < 10000) return;
+            churn->stop();
+            report(QStringLiteral("churned"));
+        });
+        churn->start(1);
     });
     poll.start(10);
     return app.exec();

@@ -4,8 +4,6 @@
 #include "../Input.h"
 #include "../Windows.h"
 
-struct zwlr_foreign_toplevel_manager_v1;
-
 // The Wayland edition of the desktop tools: input through the virtual keyboard and pointer,
 // windows through wlr-foreign-toplevel-management, the clipboard through wlr-data-control.
 // The session picks it or the X11 one.
@@ -20,8 +18,6 @@ unsigned virtualKeyForCharacter(char32_t character);
 bool typeText(const std::u16string& text, int delayMs, const std::function<bool()>& stop);
 InputBlocker inputBlocker(InputDevice device);
 
-// Starts following the compositor's window list; called as the manager is bound.
-zwlr_foreign_toplevel_manager_v1* watchToplevels(zwlr_foreign_toplevel_manager_v1* manager);
 bool windowManagementAvailable();
 std::vector<WindowRecord> listTopLevelWindows();
 WindowRecord foregroundWindow();

@@ -1,10 +1,8 @@
 #include "WaylandConnection.h"
 
-#include "DesktopToolsWayland.h"
 #include "kde-fake-input-client-protocol.h"
 #include "virtual-keyboard-unstable-v1-client-protocol.h"
 #include "wlr-data-control-unstable-v1-client-protocol.h"
-#include "wlr-foreign-toplevel-management-unstable-v1-client-protocol.h"
 #include "wlr-screencopy-unstable-v1-client-protocol.h"
 #include "wlr-virtual-pointer-unstable-v1-client-protocol.h"
 #include "xdg-output-unstable-v1-client-protocol.h"
@@ -120,9 +118,6 @@ bool WaylandConnection::bindDesktopToolGlobal(wl_registry* registry, std::uint32
     else if (offered == zwlr_data_control_manager_v1_interface.name)
         m_dataControl = bind<zwlr_data_control_manager_v1>(
             registry, name, &zwlr_data_control_manager_v1_interface, version, 1);
-    else if (offered == zwlr_foreign_toplevel_manager_v1_interface.name)
-        m_toplevels = watchToplevels(bind<zwlr_foreign_toplevel_manager_v1>(
-            registry, name, &zwlr_foreign_toplevel_manager_v1_interface, version, 3));
     else if (offered == org_kde_kwin_fake_input_interface.name && version >= 4)
         m_kdeFakeInput = bind<org_kde_kwin_fake_input>(
             registry, name, &org_kde_kwin_fake_input_interface, version, 4);

@@ -16,7 +16,6 @@ struct wl_seat;
 struct wl_shm;
 struct org_kde_kwin_fake_input;
 struct zwlr_data_control_manager_v1;
-struct zwlr_foreign_toplevel_manager_v1;
 struct zwlr_virtual_pointer_manager_v1;
 struct zwp_virtual_keyboard_manager_v1;
 struct zwlr_screencopy_manager_v1;
@@ -63,7 +62,6 @@ public:
     zwp_virtual_keyboard_manager_v1* virtualKeyboards() const { return m_virtualKeyboards; }
     zwlr_virtual_pointer_manager_v1* virtualPointers() const { return m_virtualPointers; }
     zwlr_data_control_manager_v1* dataControl() const { return m_dataControl; }
-    zwlr_foreign_toplevel_manager_v1* toplevels() const { return m_toplevels; }
     org_kde_kwin_fake_input* kdeFakeInput() const { return m_kdeFakeInput; }
 
     // Serves events until `done` holds; false after `timeoutMs` or when the connection broke.
@@ -91,7 +89,6 @@ private:
     zwp_virtual_keyboard_manager_v1* m_virtualKeyboards = nullptr;
     zwlr_virtual_pointer_manager_v1* m_virtualPointers = nullptr;
     zwlr_data_control_manager_v1* m_dataControl = nullptr;
-    zwlr_foreign_toplevel_manager_v1* m_toplevels = nullptr;
     org_kde_kwin_fake_input* m_kdeFakeInput = nullptr;
     std::vector<std::unique_ptr<Output>> m_outputs;
 };

@@ -186,6 +186,11 @@
         <translation>Could not detect foreground window.</translation>
     </message>
     <message>
+        <source>Drag over the window to capture</source>
+        <comment>overlay.hint.window</comment>
+        <translation>Drag over the window to capture</translation>
+    </message>
+    <message>
         <source>Window captured: %1</source>
         <translation>Window captured: %1</translation>
     </message>

@@ -186,6 +186,11 @@
         <translation>无法检测到前台窗口。</translation>
     </message>
     <message>
+        <source>Drag over the window to capture</source>
+        <comment>overlay.hint.window</comment>
+        <translation>拖动框选要截取的窗口</translation>
+    </message>
+    <message>
         <source>Window captured: %1</source>
         <translation>已截取窗口：%1</translation>
     </message>

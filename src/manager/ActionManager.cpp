@@ -168,6 +168,11 @@ QPixmap ActionManager::regionPicture(QRect* place) const
 
 void ActionManager::captureRegion()
 {
+    openRegionOverlay(QString());
+}
+
+void ActionManager::openRegionOverlay(const QString& hint)
+{
     if (m_regionCaptureActive) return;
     QRect place;
     const QPixmap pixmap = regionPicture(&place);
@@ -176,6 +181,7 @@ void ActionManager::captureRegion()
         return;
     }
     auto* overlay = takeOverlay(pixmap, place);
+    if (!hint.isEmpty()) overlay->setHint(hint);
     m_regionCaptureActive = true;
     const auto clearFlag = [this] { m_regionCaptureActive = false; };
     connect(overlay, &widget::CaptureOverlay::copyRequested, this, [this](const QPixmap& cropped) {
@@ -492,6 +498,11 @@ void ActionManager::captureFullscreen()
 void ActionManager::captureWindow()
 {
     const service::capture::WindowInfo window = service::capture::foregroundWindow();
+    // Where the desktop tells no window's place (Wayland), the user shows it on the overlay.
+    if (window.rect.isNull() && platform::displayServer() == platform::DisplayServer::Wayland) {
+        openRegionOverlay(tr("Drag over the window to capture", "overlay.hint.window"));
+        return;
+    }
     if (window.rect.isNull()) {
         toast(tr("No window", "capture.window.empty.title"),
               tr("Could not detect foreground window."));

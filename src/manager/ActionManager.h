@@ -134,6 +134,7 @@ private:
     void onGesture(const QString& action);
     widget::CaptureOverlay* takeOverlay(const QPixmap& pixmap, const QRect& geometry = QRect());
     QPixmap regionPicture(QRect* place) const;
+    void openRegionOverlay(const QString& hint);
     void prepareOverlay();
     void dropPreparedOverlay();
 

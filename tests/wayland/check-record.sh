@@ -28,3 +28,9 @@ wtype -s 300 -k Escape
 wait_for eval '! shown HEADLESS-1 "$desk1" && ! shown HEADLESS-2 "$desk2"' ||
   fail "Escape on the overlay left an output covered"
 echo "ok - the overlay covers each output, and Escape ends it on all"
+
+# sway tells no window's place: window capture asks for it on the overlay.
+zelmor --capture-window
+wait_for eval 'swaymsg -t get_tree | grep -q "\"name\": \"Zelmor capture\""' ||
+  fail "window capture without window places opened no overlay"
+echo "ok - window capture without window places asks for the window on the overlay"

@@ -223,6 +223,13 @@ void CaptureOverlay::collectSnapRects()
         if (!w.minimized && !w.rect.isEmpty()) m_snapRects.append(w.rect);
 }
 
+void CaptureOverlay::setHint(const QString& hint)
+{
+    for (const QPointer<CaptureOverlay>& part : std::as_const(m_parts))
+        if (part) part->setHint(hint);
+    m_hint = hint;
+}
+
 void CaptureOverlay::setMode(int mode)
 {
     for (const QPointer<CaptureOverlay>& part : std::as_const(m_parts))
@@ -378,7 +385,7 @@ OverlayScene CaptureOverlay::scene() const
     scene.selectionImage = &m_selectionImage;
     scene.annotations = &m_shapes.annotations();
     scene.currentShape = m_shapes.shapeInHand();
-    scene.hint = hintFor(m_mode);
+    scene.hint = m_hint.isEmpty() ? hintFor(m_mode) : m_hint;
     scene.selection = m_selection;
     scene.hoverRect = m_hoverRect;
     scene.mousePos = m_mousePos;

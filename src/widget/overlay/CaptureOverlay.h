@@ -37,6 +37,8 @@ public:
     void load(const QPixmap& frozen, const QRect& geometry = QRect());
 
     void setMode(int mode);
+    // What the idle overlay asks of the user instead of its mode's usual words.
+    void setHint(const QString& hint);
     // The whole picture becomes the selection, ready for drawing.
     void selectWholeImage();
     // The selection with every shape painted on it; null without a selection.
@@ -149,6 +151,7 @@ private:
     bool m_shownBefore = false;
     // The selection's offset on the desktop's picture: this window's place on it.
     QPoint m_desktopOffset;
+    QString m_hint;
     QList<QPointer<CaptureOverlay>> m_parts; // the other outputs' windows, on the first one
     QPointer<CaptureOverlay> m_lead;         // on the others, the first one
 };

@@ -78,6 +78,10 @@ if (process.argv[4] === "kwin") {
       fields(await call("send_hotkey", { hotkey: "ctrl+alt+j" }));
       await target.saw("hotkey");
     });
+    await check("on KWin clipboard text round-trips with another Wayland program", async () => {
+      fields(await call("write_clipboard", { text: "剪贴板 KWin" }));
+      assert.equal(execFileSync("wl-paste", ["-n"], { timeout: 5000 }).toString(), "剪贴板 KWin");
+    });
     await check("on KWin a character its layout has no key for is refused", async () => {
       const answer = await call("type_text", { text: "中" });
       assert.equal(answer.isError, true);

@@ -3,6 +3,7 @@
 // for a 1920x1080 screenshot full of 14 px text and for a 400x100 crop of it, and the peak
 // memory.
 //   build/bench/zelmor-bench-ocr [rounds] [languages, "eng+chi_sim" by default]
+// ZELMOR_BENCH_ONLY=NAME reads that image alone and prints what was read.
 
 #include "BenchSupport.h"
 #include "OcrCorpus.h"
@@ -56,7 +57,9 @@ void printCorpusTable(LocalOcrEngine& engine, const QString& languages)
 {
     std::printf("%-22s %9s %9s %8s\n", "image", "zelmor", "command", "ms");
     double worst = 0;
+    const QString only = qEnvironmentVariable("ZELMOR_BENCH_ONLY");
     for (const QString& name : corpus::ocrCorpusNames()) {
+        if (!only.isEmpty() && name != only) continue;
         const QString path = corpus::ocrCorpusDir() + QLatin1Char('/') + name + ".png";
         const QString truth = corpus::ocrCorpusText(name);
         QString read;
@@ -69,7 +72,7 @@ void printCorpusTable(LocalOcrEngine& engine, const QString& languages)
         worst = std::max(worst, ours);
         std::printf("%-22s %8.1f%% %8.1f%% %8.0f\n", qPrintable(name), ours * 100, theirs * 100,
                     ms);
-        if (qEnvironmentVariableIsSet("ZELMOR_BENCH_SHOW")) std::printf("%s\n", qPrintable(read));
+        if (!only.isEmpty()) std::printf("%s\n", qPrintable(read));
     }
     std::printf("worst zelmor error rate: %.1f%%\n", worst * 100);
 }
@@ -91,6 +94,7 @@ int main(int argc, char** argv)
     std::printf("engine load (%s): %.0f ms\n", qPrintable(engine.description()),
                 load.nsecsElapsed() / 1e6);
     printCorpusTable(engine, languages);
+    if (qEnvironmentVariableIsSet("ZELMOR_BENCH_ONLY")) return 0;
     const QImage screen = textScreen();
     int chars = 0;
     const QImage cropped = screen.copy(0, 0, 400, 100);

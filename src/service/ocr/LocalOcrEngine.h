@@ -34,12 +34,8 @@ public:
     // The provider's model field as a language list: "eng+chi_sim" when empty, and nothing
     // but language codes joined by "+".
     static QString languageList(const QString& model);
-    // Grey, dark backgrounds turned light, and screen text enlarged to the size the engine
-    // reads best, in horizontal bands cut between lines that each fit a bound on memory.
-    static QList<QImage> prepareBands(const QImage& image);
-    static double readingScale(const QSize& size);
-    // The pixels of the largest prepared band.
-    static qint64 preparedPixels(const QSize& size);
+    // Blocks of text are read on this many threads at once, each with an engine of its own.
+    static constexpr int kThreads = 2;
     // Tesseract puts spaces between Chinese characters; a reader does not.
     static QString tidy(QString text);
 

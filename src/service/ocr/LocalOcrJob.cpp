@@ -1,5 +1,6 @@
 #include "LocalOcrJob.h"
 
+#include "LocalOcrLayout.h"
 #include "platform/Memory.h"
 
 #include <QCoreApplication>
@@ -10,9 +11,11 @@ namespace zelmor::service::ocr {
 
 namespace {
 
-// The engine's copies of the enlarged image, per prepared pixel, and its language data.
+// The engine's copies of the enlarged image, per prepared pixel, and its language data; the
+// layout's grey, ink and component number per pixel of the picture.
 constexpr quint64 kBytesPerPixel = 16;
 constexpr quint64 kEngineBytes = 256ull << 20;
+constexpr quint64 kLayoutBytesPerPixel = 6;
 
 // One thread: recognitions queue up behind each other and share one loaded engine. The thread
 // and its engine end with the application object, after a recognition still running: before
@@ -49,7 +52,10 @@ LocalOcrEngine& engineFor(const QString& languages)
 QString memoryShortage(const QImage& image)
 {
     const quint64 needed =
-        quint64(LocalOcrEngine::preparedPixels(image.size())) * kBytesPerPixel + kEngineBytes;
+        (quint64(LocalOcrLayout::largestBlockPixels(image.size())) * kBytesPerPixel +
+         kEngineBytes) *
+            LocalOcrEngine::kThreads +
+        quint64(image.width()) * quint64(image.height()) * kLayoutBytesPerPixel;
     const quint64 available = platform::availableMemoryBytes();
     if (available == 0 || available >= needed) return QString();
     return QStringLiteral("Not enough free memory to recognise an image of %1x%2 pixels.")

@@ -1,13 +1,17 @@
 // Tesseract through its C interface, loaded at first use, so that it stays optional at run time.
 
 #include "LocalOcrEngine.h"
+#include "LocalOcrLayout.h"
 
 #include <QLibrary>
 #include <QStringList>
+#include <QThread>
 
 #include <tesseract/capi.h>
 
+#include <memory>
 #include <optional>
+#include <vector>
 
 namespace zelmor::service::ocr {
 
@@ -15,6 +19,9 @@ namespace {
 
 // A screen's resolution, which the enlargement multiplies.
 constexpr double kScreenPpi = 96;
+// Below this mean confidence a block is read again, this many times as large.
+constexpr int kSureConfidence = 80;
+constexpr double kRetryScale = 1.5;
 
 struct Tesseract
 {
@@ -27,10 +34,12 @@ struct Tesseract
     decltype(&TessBaseAPIDelete) destroy = nullptr;
     decltype(&TessBaseAPIInit2) init = nullptr;
     decltype(&TessBaseAPIGetLoadedLanguagesAsVector) loadedLanguages = nullptr;
+    decltype(&TessBaseAPISetPageSegMode) setPageSegMode = nullptr;
     decltype(&TessBaseAPISetImage) setImage = nullptr;
     decltype(&TessBaseAPISetSourceResolution) setResolution = nullptr;
     decltype(&TessBaseAPIRecognize) recognize = nullptr;
     decltype(&TessBaseAPIGetUTF8Text) text = nullptr;
+    decltype(&TessBaseAPIMeanTextConf) confidence = nullptr;
     decltype(&TessBaseAPIClear) clear = nullptr;
     decltype(&TessMonitorCreate) createMonitor = nullptr;
     decltype(&TessMonitorDelete) deleteMonitor = nullptr;
@@ -47,11 +56,12 @@ struct Tesseract
             bind(deleteTextArray, "TessDeleteTextArray") && bind(create, "TessBaseAPICreate") &&
             bind(destroy, "TessBaseAPIDelete") && bind(init, "TessBaseAPIInit2") &&
             bind(loadedLanguages, "TessBaseAPIGetLoadedLanguagesAsVector") &&
+            bind(setPageSegMode, "TessBaseAPISetPageSegMode") &&
             bind(setImage, "TessBaseAPISetImage") &&
             bind(setResolution, "TessBaseAPISetSourceResolution") &&
             bind(recognize, "TessBaseAPIRecognize") && bind(text, "TessBaseAPIGetUTF8Text") &&
-            bind(clear, "TessBaseAPIClear") && bind(createMonitor, "TessMonitorCreate") &&
-            bind(deleteMonitor, "TessMonitorDelete") &&
+            bind(confidence, "TessBaseAPIMeanTextConf") && bind(clear, "TessBaseAPIClear") &&
+            bind(createMonitor, "TessMonitorCreate") && bind(deleteMonitor, "TessMonitorDelete") &&
             bind(setCancelFunc, "TessMonitorSetCancelFunc") &&
             bind(setCancelThis, "TessMonitorSetCancelThis");
         bind(setMaxActiveLevels, "omp_set_max_active_levels");
@@ -78,12 +88,31 @@ bool stopRequested(void* flag, int)
     return static_cast<const std::atomic_bool*>(flag)->load();
 }
 
-std::optional<QString> readBand(TessBaseAPI* api, const QImage& band, int ppi,
-                                const std::atomic_bool* cancelled)
+// An engine for one thread, reading a block of lines at a time; null when it cannot load.
+TessBaseAPI* createApi(const QByteArray& languages)
+{
+    const Tesseract& t = tesseract();
+    TessBaseAPI* api = t.create();
+    if (t.init(api, nullptr, languages.constData(), tesseract::OEM_LSTM_ONLY) != 0) {
+        t.destroy(api);
+        return nullptr;
+    }
+    t.setPageSegMode(api, tesseract::PSM_SINGLE_BLOCK);
+    return api;
+}
+
+struct Reading
+{
+    QString text;
+    int confidence = 0; // 0 to 100
+};
+
+std::optional<Reading> readImage(TessBaseAPI* api, const QImage& block, int ppi,
+                                 const std::atomic_bool* cancelled)
 {
     const Tesseract& t = tesseract();
     if (t.setMaxActiveLevels) t.setMaxActiveLevels(0); // for this thread's regions
-    t.setImage(api, band.constBits(), band.width(), band.height(), 1, int(band.bytesPerLine()));
+    t.setImage(api, block.constBits(), block.width(), block.height(), 1, int(block.bytesPerLine()));
     t.setResolution(api, ppi);
     ETEXT_DESC* monitor = t.createMonitor();
     if (cancelled) {
@@ -93,19 +122,46 @@ std::optional<QString> readBand(TessBaseAPI* api, const QImage& band, int ppi,
     const bool recognised = t.recognize(api, monitor) == 0;
     t.deleteMonitor(monitor);
     char* text = recognised ? t.text(api) : nullptr;
+    const int confidence = recognised ? t.confidence(api) : 0;
     t.clear(api);
     if (!text) return std::nullopt;
-    const QString read = QString::fromUtf8(text);
+    const Reading read{QString::fromUtf8(text), confidence};
     t.deleteText(text);
     return read;
+}
+
+// A block the engine is unsure of, as a line of Chinese taken for Latin letters, is read once
+// more at another size, and the surer reading kept.
+std::optional<QString> readBlock(TessBaseAPI* api, const LocalOcrLayout& layout, OcrBlock block,
+                                 const std::atomic_bool* cancelled)
+{
+    QImage prepared = layout.prepared(block);
+    if (prepared.isNull()) return std::nullopt;
+    const std::optional<Reading> first =
+        readImage(api, prepared, int(kScreenPpi * block.scale), cancelled);
+    if (!first || first->confidence >= kSureConfidence || block.sharp)
+        return first ? std::optional(first->text) : std::nullopt;
+    block.scale *= kRetryScale;
+    prepared = layout.prepared(block);
+    const std::optional<Reading> second =
+        prepared.isNull() ? std::nullopt
+                          : readImage(api, prepared, int(kScreenPpi * block.scale), cancelled);
+    return second && second->confidence > first->confidence ? second->text : first->text;
 }
 
 } // namespace
 
 struct LocalOcrEngine::State
 {
-    TessBaseAPI* api = nullptr;
+    QByteArray languages;
+    std::vector<TessBaseAPI*> apis; // the first thread's, then the helpers', loaded when needed
     QString error;
+
+    TessBaseAPI* api(size_t thread)
+    {
+        if (!apis[thread]) apis[thread] = createApi(languages);
+        return apis[thread];
+    }
 };
 
 LocalOcrEngine::LocalOcrEngine(const QString& languages) : m_state(std::make_unique<State>())
@@ -115,19 +171,20 @@ LocalOcrEngine::LocalOcrEngine(const QString& languages) : m_state(std::make_uni
         m_state->error = t.error;
         return;
     }
-    const QByteArray list = languageList(languages).toLatin1();
-    m_state->api = t.create();
-    if (t.init(m_state->api, nullptr, list.constData(), tesseract::OEM_LSTM_ONLY) != 0)
+    m_state->languages = languageList(languages).toLatin1();
+    m_state->apis.resize(kThreads, nullptr);
+    if (!m_state->api(0))
         m_state->error =
             QStringLiteral("Tesseract cannot load the languages \"%1\". Install their data "
                            "(Debian: tesseract-ocr-eng, tesseract-ocr-chi-sim, …) or change the "
                            "language list in the provider's model field in Settings → AI.")
-                .arg(QString::fromLatin1(list));
+                .arg(QString::fromLatin1(m_state->languages));
 }
 
 LocalOcrEngine::~LocalOcrEngine()
 {
-    if (m_state->api) tesseract().destroy(m_state->api);
+    for (TessBaseAPI* api : m_state->apis)
+        if (api) tesseract().destroy(api);
 }
 
 QString LocalOcrEngine::loadError() const
@@ -140,7 +197,7 @@ QString LocalOcrEngine::description() const
     if (!m_state->error.isEmpty()) return m_state->error;
     const Tesseract& t = tesseract();
     QStringList names;
-    if (char** loaded = t.loadedLanguages(m_state->api)) {
+    if (char** loaded = t.loadedLanguages(m_state->apis[0])) {
         for (char** name = loaded; *name; ++name)
             names << QString::fromUtf8(*name);
         t.deleteTextArray(loaded);
@@ -152,17 +209,37 @@ QString LocalOcrEngine::description() const
 LocalOcrResult LocalOcrEngine::recognize(const QImage& image, const std::atomic_bool* cancelled)
 {
     if (!m_state->error.isEmpty()) return {QString(), m_state->error};
-    const QList<QImage> bands = prepareBands(image);
-    if (bands.isEmpty()) return {QString(), QStringLiteral("The image is empty or too large.")};
-    const int ppi = int(kScreenPpi * readingScale(image.size()));
-    QStringList texts;
-    for (const QImage& band : bands) {
-        const std::optional<QString> text = readBand(m_state->api, band, ppi, cancelled);
-        if (cancelled && cancelled->load()) return {QString(), QStringLiteral("OCR cancelled")};
-        if (!text) return {QString(), QStringLiteral("Tesseract could not read the image.")};
-        texts << *text;
+    if (image.isNull()) return {QString(), QStringLiteral("The image is empty or too large.")};
+    const LocalOcrLayout layout(image);
+    const QList<OcrBlock>& blocks = layout.blocks();
+    QList<std::optional<QString>> texts(blocks.size());
+    std::atomic_int next = 0;
+    std::atomic_bool failed = false;
+    // Each thread takes the next block until none is left, with an engine of its own.
+    const auto work = [&](size_t thread) {
+        TessBaseAPI* api = m_state->api(thread);
+        for (int i = 0; api && (i = next++) < blocks.size();) {
+            if (failed || (cancelled && cancelled->load())) return;
+            texts[i] = readBlock(api, layout, blocks[i], cancelled);
+            if (!texts[i]) failed = true;
+        }
+    };
+    std::vector<std::unique_ptr<QThread>> helpers;
+    for (size_t thread = 1; thread < size_t(kThreads) && thread < size_t(blocks.size()); ++thread) {
+        helpers.emplace_back(QThread::create(work, thread));
+        helpers.back()->start();
     }
-    return {tidy(texts.join(QLatin1Char('\n'))), QString()};
+    work(0);
+    for (const auto& helper : helpers)
+        helper->wait();
+    if (cancelled && cancelled->load()) return {QString(), QStringLiteral("OCR cancelled")};
+    if (failed) return {QString(), QStringLiteral("Tesseract could not read the image.")};
+    QString text;
+    for (int i = 0; i < blocks.size(); ++i) {
+        if (i > 0) text += blocks[i].joinsPrevious ? QLatin1Char(' ') : QLatin1Char('\n');
+        text += texts[i]->trimmed();
+    }
+    return {tidy(text), QString()};
 }
 
 } // namespace zelmor::service::ocr

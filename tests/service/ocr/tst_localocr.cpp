@@ -1,3 +1,4 @@
+#include "OcrCorpus.h"
 #include "TestMain.h"
 
 #include "service/ai/AiApiService.h"
@@ -13,7 +14,6 @@
 #include <QTcpSocket>
 
 #include <algorithm>
-#include <numeric>
 
 using namespace zelmor;
 using service::ocr::LocalOcrEngine;
@@ -48,32 +48,6 @@ QImage render(const QStringList& lines, const QString& family, int pixelSize, bo
     return image;
 }
 
-// Lines without blank ones, blanks collapsed; Chinese has no blanks at all.
-QString normalized(const QString& text, bool chinese)
-{
-    QStringList lines;
-    for (const QString& line : text.split(QLatin1Char('\n'))) {
-        QString l = line.simplified();
-        if (chinese) l.remove(QLatin1Char(' '));
-        if (!l.isEmpty()) lines << l;
-    }
-    return lines.join(QLatin1Char('\n'));
-}
-
-double errorRate(const QString& truth, const QString& read)
-{
-    QList<int> previous(read.size() + 1), current(read.size() + 1);
-    std::iota(previous.begin(), previous.end(), 0);
-    for (int i = 1; i <= truth.size(); ++i) {
-        current[0] = i;
-        for (int j = 1; j <= read.size(); ++j)
-            current[j] = std::min({previous[j] + 1, current[j - 1] + 1,
-                                   previous[j - 1] + (truth[i - 1] == read[j - 1] ? 0 : 1)});
-        std::swap(previous, current);
-    }
-    return double(previous[read.size()]) / std::max<qsizetype>(1, truth.size());
-}
-
 } // namespace
 
 // Text recognition on this machine. Run by ctest in a network namespace of its own, where one
@@ -83,6 +57,15 @@ class TestLocalOcr : public QObject
     Q_OBJECT
 
     std::unique_ptr<LocalOcrEngine> m_engine;
+
+    void checkErrorRate(const QImage& image, const QString& truth, double limit)
+    {
+        const service::ocr::LocalOcrResult result = m_engine->recognize(image);
+        QCOMPARE(result.error, QString());
+        const double rate = testing::characterErrorRate(truth, result.text);
+        qInfo("CER %.2f%%", rate * 100);
+        QVERIFY2(rate < limit, qPrintable(result.text));
+    }
 
 private Q_SLOTS:
     void initTestCase()
@@ -144,14 +127,27 @@ private Q_SLOTS:
         QFETCH(bool, dark);
         QFETCH(int, lineStep);
         QFETCH(double, limit);
-        const bool chinese = lines == kChinese;
-        const service::ocr::LocalOcrResult result =
-            m_engine->recognize(render(lines, family, pixelSize, dark, lineStep));
-        QCOMPARE(result.error, QString());
-        const QString read = normalized(result.text, chinese);
-        const double rate = errorRate(normalized(lines.join('\n'), chinese), read);
-        qInfo("CER %.2f%%", rate * 100);
-        QVERIFY2(rate < limit, qPrintable(read));
+        checkErrorRate(render(lines, family, pixelSize, dark, lineStep), lines.join('\n'), limit);
+    }
+
+    // Windows of real programs: borders, icons, bitmap fonts and Chinese interface text. The
+    // benchmark reads the rest of the corpus.
+    void realProgram_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<double>("limit");
+        QTest::newRow("text box with borders") << QStringLiteral("xmessage") << 0.06;
+        QTest::newRow("buttons with icons") << QStringLiteral("qt-dialog") << 0.04;
+        QTest::newRow("bitmap terminal") << QStringLiteral("xterm-9x15-dark") << 0.015;
+        QTest::newRow("Chinese beside an icon") << QStringLiteral("gtk-cjk") << 0.05;
+        QTest::newRow("Chinese bitmap font") << QStringLiteral("qt-wqy-12px") << 0.15;
+    }
+    void realProgram()
+    {
+        QFETCH(QString, name);
+        QFETCH(double, limit);
+        checkErrorRate(QImage(testing::ocrCorpusDir() + '/' + name + ".png"),
+                       testing::ocrCorpusText(name), limit);
     }
 
     // A job that needs a language model says at once what to configure instead. (The ocr tool

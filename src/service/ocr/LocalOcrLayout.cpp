@@ -1,0 +1,308 @@
+// Finding the lines of text in a screenshot and preparing each for the engine.
+
+#include "LocalOcrLayout.h"
+
+#include <QPainter>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace zelmor::service::ocr {
+
+namespace {
+
+// Grey levels this much darker than the background are ink.
+constexpr int kInkContrast = 48;
+// The engine reads letters best when their median height, between the x-height and the
+// capital height, is about this many pixels; smaller text is enlarged, up to four times. Where
+// the letters are pieces, as in Chinese, the height of the line tells their size.
+constexpr double kTargetHeight = 28;
+constexpr double kLineShare = 0.7;
+constexpr double kMaxScale = 4;
+constexpr double kMaxSharpScale = 2;
+// One prepared block, with the engine's own copies, stays within a few tens of MiB.
+constexpr double kMaxPixels = 4.0 * 1000 * 1000;
+// Text that touches the edge of a crop is read better with a margin.
+constexpr int kMargin = 12;
+// Lines and box borders are at most this thick.
+constexpr int kRuleThickness = 3;
+// Icons are at least this tall; the colours of their pixels span at least this many levels.
+constexpr int kMinIconHeight = 12;
+constexpr int kColourful = 24;
+// Blank columns this many letter heights wide part columns of text.
+constexpr double kColumnGap = 2.5;
+
+int backgroundGrey(const QImage& grey)
+{
+    std::array<qint64, 256> histogram{};
+    for (int y = 0; y < grey.height(); ++y) {
+        const uchar* line = grey.constScanLine(y);
+        for (int x = 0; x < grey.width(); ++x)
+            ++histogram[line[x]];
+    }
+    return int(std::max_element(histogram.begin(), histogram.end()) - histogram.begin());
+}
+
+// Where `ink` has blank runs of at least `gap` between `from` and `to`, the spans between them.
+QList<std::pair<int, int>> spans(const QList<int>& ink, int gap)
+{
+    QList<std::pair<int, int>> result;
+    int start = -1, blank = 0;
+    for (int i = 0; i < ink.size(); ++i) {
+        if (ink[i] > 0) {
+            if (start < 0 || blank >= gap) {
+                if (start >= 0) result.append({start, i - blank});
+                start = i;
+            }
+            blank = 0;
+        } else {
+            ++blank;
+        }
+    }
+    if (start >= 0) result.append({start, int(ink.size()) - blank});
+    return result;
+}
+
+} // namespace
+
+LocalOcrLayout::LocalOcrLayout(const QImage& image)
+    : m_grey(image.convertToFormat(QImage::Format_Grayscale8))
+{
+    if (m_grey.isNull()) return;
+    const int background = backgroundGrey(m_grey);
+    if (background < 128) m_grey.invertPixels();
+    const int light = std::max(background, 255 - background);
+    const int threshold = light - kInkContrast;
+    m_ink = QImage(m_grey.size(), QImage::Format_Grayscale8);
+    for (int y = 0; y < m_grey.height(); ++y) {
+        const uchar* grey = m_grey.constScanLine(y);
+        uchar* ink = m_ink.scanLine(y);
+        for (int x = 0; x < m_grey.width(); ++x)
+            ink[x] = grey[x] < threshold ? 1 : 0;
+    }
+    findComponents(image.convertToFormat(QImage::Format_RGB32));
+    int darkest = light;
+    for (const Component& c : m_components)
+        darkest = std::min(darkest, c.darkest);
+    m_faint = (light + darkest) / 2;
+    eraseNonText();
+    QList<QRect> lines;
+    cut(m_grey.rect(), lines);
+    groupLines(lines);
+}
+
+// The connected shapes of ink, eight-connected, with how many of their pixels are coloured.
+void LocalOcrLayout::findComponents(const QImage& colour)
+{
+    const int w = m_ink.width(), h = m_ink.height();
+    m_labels.assign(size_t(w) * h, -1);
+    QList<QPoint> stack;
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            if (!m_ink.constScanLine(y)[x] || m_labels[size_t(y) * w + x] >= 0) continue;
+            const int label = int(m_components.size());
+            Component component{QRect(x, y, 1, 1), 0, 0, 255};
+            stack = {QPoint(x, y)};
+            m_labels[size_t(y) * w + x] = label;
+            while (!stack.isEmpty()) {
+                const QPoint p = stack.takeLast();
+                ++component.pixels;
+                component.darkest =
+                    std::min<int>(component.darkest, m_grey.constScanLine(p.y())[p.x()]);
+                const QRgb rgb = reinterpret_cast<const QRgb*>(colour.constScanLine(p.y()))[p.x()];
+                const int r = qRed(rgb), g = qGreen(rgb), b = qBlue(rgb);
+                component.coloured += std::max({r, g, b}) - std::min({r, g, b}) >= kColourful;
+                component.rect |= QRect(p, QSize(1, 1));
+                for (int dy = -1; dy <= 1; ++dy)
+                    for (int dx = -1; dx <= 1; ++dx) {
+                        const int nx = p.x() + dx, ny = p.y() + dy;
+                        if (nx < 0 || ny < 0 || nx >= w || ny >= h) continue;
+                        int& n = m_labels[size_t(ny) * w + nx];
+                        if (n >= 0 || !m_ink.constScanLine(ny)[nx]) continue;
+                        n = label;
+                        stack.append(QPoint(nx, ny));
+                    }
+            }
+            m_components.append(component);
+        }
+}
+
+// The median height of the letter-like shapes centred in `within`: between the x-height and
+// the capital height of its text.
+int LocalOcrLayout::typicalHeight(const QRect& within, const Component* except) const
+{
+    QList<int> heights;
+    for (const Component& c : m_components) {
+        const QRect& r = c.rect;
+        if (&c != except && r.height() >= 4 && r.width() <= 3 * r.height() + 2 &&
+            within.contains(r.center()))
+            heights.append(r.height());
+    }
+    if (heights.isEmpty()) return std::max(1, within.height());
+    std::nth_element(heights.begin(), heights.begin() + heights.size() / 2, heights.end());
+    return heights[heights.size() / 2];
+}
+
+// Ruling lines, box borders, icons and block cursors, which the engine reads as "|", "_", stray
+// letters or a lost line. Each is judged by the text around it.
+LocalOcrLayout::Verdict LocalOcrLayout::judge(const Component& c) const
+{
+    const QRect& r = c.rect;
+    const bool thin = r.width() <= kRuleThickness || r.height() <= kRuleThickness;
+    const bool large =
+        r.height() >= kMinIconHeight && r.width() >= r.height() / 2 && r.width() <= 2 * r.height();
+    const bool solid = c.pixels >= 0.9 * r.width() * r.height();
+    const bool hollow = r.width() >= kMinIconHeight && r.height() >= kMinIconHeight &&
+                        c.pixels <= 2 * kRuleThickness * (r.width() + r.height()) &&
+                        c.pixels < 0.35 * r.width() * r.height();
+    const bool faint = c.darkest > m_faint; // shading, such as a glass icon's
+    if (!thin && !large && !solid && !hollow && !faint) return Verdict::Text;
+    const int margin = std::max(r.height(), kMinIconHeight);
+    const int text = typicalHeight(r.adjusted(-margin, -margin, margin, margin), &c);
+    const bool rule = (r.height() <= kRuleThickness && r.width() >= 3 * text) ||
+                      (r.width() <= 2 && r.height() >= 1.5 * text);
+    const bool frame = hollow && r.width() >= 2 * text && r.height() >= 1.5 * text;
+    // Coloured, or a ring around a symbol, as the information sign.
+    const bool icon = large && r.height() >= 1.2 * text &&
+                      (c.coloured * 3 >= c.pixels || (hollow && r.height() <= 3 * text));
+    const bool cursor = solid && r.height() >= 0.8 * text && r.height() <= 2.5 * text &&
+                        r.width() >= 0.4 * r.height() && r.width() <= 1.2 * r.height();
+    if (icon) return Verdict::Icon;
+    return rule || frame || cursor || faint ? Verdict::Line : Verdict::Text;
+}
+
+void LocalOcrLayout::eraseNonText()
+{
+    const int w = m_grey.width();
+    QList<std::pair<int, bool>> erased; // with all ink within its bounds, as an icon's
+    for (int label = 0; label < m_components.size(); ++label) {
+        const Verdict verdict = judge(m_components[label]);
+        if (verdict != Verdict::Text) erased.append({label, verdict == Verdict::Icon});
+    }
+    for (const auto& [label, whole] : erased) {
+        const QRect& r = m_components[label].rect;
+        for (int y = r.top(); y <= r.bottom(); ++y) {
+            uchar* grey = m_grey.scanLine(y);
+            uchar* ink = m_ink.scanLine(y);
+            for (int x = r.left(); x <= r.right(); ++x)
+                if (whole || m_labels[size_t(y) * w + x] == label) {
+                    grey[x] = 255;
+                    ink[x] = 0;
+                }
+        }
+    }
+}
+
+// Lines at least `height` tall, so that the dot of an "i" is not a line of its own.
+int LocalOcrLayout::lineCount(const QRect& rect, int height) const
+{
+    QList<int> rows(rect.height());
+    for (int y = rect.top(); y <= rect.bottom(); ++y) {
+        const uchar* ink = m_ink.constScanLine(y);
+        rows[y - rect.top()] = int(std::count(ink + rect.left(), ink + rect.right() + 1, 1));
+    }
+    const QList<std::pair<int, int>> lines = spans(rows, 1);
+    return int(std::count_if(lines.begin(), lines.end(), [height](const std::pair<int, int>& line) {
+        return line.second - line.first >= height;
+    }));
+}
+
+// Cuts at blank rows into lines, and lines at wide blank columns into pieces, recursively.
+void LocalOcrLayout::cut(const QRect& rect, QList<QRect>& lines) const
+{
+    QList<int> rows(rect.height()), columns(rect.width());
+    for (int y = rect.top(); y <= rect.bottom(); ++y) {
+        const uchar* ink = m_ink.constScanLine(y);
+        for (int x = rect.left(); x <= rect.right(); ++x)
+            if (ink[x]) {
+                ++rows[y - rect.top()];
+                ++columns[x - rect.left()];
+            }
+    }
+    const QList<std::pair<int, int>> bands = spans(rows, 1);
+    if (bands.size() > 1) {
+        for (const auto& [top, bottom] : bands)
+            cut(QRect(rect.left(), rect.top() + top, rect.width(), bottom - top), lines);
+        return;
+    }
+    if (bands.isEmpty()) return;
+    const QRect band(rect.left(), rect.top() + bands[0].first, rect.width(),
+                     bands[0].second - bands[0].first);
+    // Wide gaps part columns; narrow ones, as between an icon and the lines beside it, only
+    // where a piece holds several lines: words of one line are read better together.
+    const int height = typicalHeight(band);
+    QList<std::pair<int, int>> pieces = spans(columns, std::max(6, int(kColumnGap * height)));
+    if (pieces.size() == 1) {
+        const QList<std::pair<int, int>> narrow = spans(columns, std::max(4, height));
+        if (std::any_of(narrow.begin(), narrow.end(), [&](const std::pair<int, int>& piece) {
+                return lineCount(QRect(rect.left() + piece.first, band.top(),
+                                       piece.second - piece.first, band.height()),
+                                 height) > 1;
+            }))
+            pieces = narrow;
+    }
+    if (pieces.size() > 1) {
+        for (const auto& [left, right] : pieces)
+            cut(QRect(rect.left() + left, band.top(), right - left, band.height()), lines);
+        return;
+    }
+    lines.append(QRect(rect.left() + pieces[0].first, band.top(),
+                       pieces[0].second - pieces[0].first, band.height()));
+}
+
+void LocalOcrLayout::groupLines(const QList<QRect>& lines)
+{
+    for (const QRect& line : lines) {
+        OcrBlock block;
+        block.rect = line;
+        block.sharp = isSharp(line);
+        const double estimate = std::max<double>(typicalHeight(line), kLineShare * line.height());
+        const double scale = std::clamp(kTargetHeight / estimate, 1.0, kMaxScale);
+        // Bitmap fonts are enlarged less, by whole pixels: more makes their dots commas.
+        block.scale = block.sharp ? std::clamp(std::round(scale), 1.0, kMaxSharpScale) : scale;
+        const double pixels = double(line.width()) * line.height() * block.scale * block.scale;
+        if (pixels > kMaxPixels) block.scale *= std::sqrt(kMaxPixels / pixels);
+        block.joinsPrevious = !m_blocks.isEmpty() &&
+                              m_blocks.last().rect.bottom() >= line.center().y() &&
+                              m_blocks.last().rect.top() <= line.center().y();
+        m_blocks.append(block);
+    }
+}
+
+// Bitmap fonts have next to no grey between the background and the ink.
+bool LocalOcrLayout::isSharp(const QRect& rect) const
+{
+    int ink = 0, between = 0;
+    for (int y = rect.top(); y <= rect.bottom(); ++y) {
+        const uchar* grey = m_grey.constScanLine(y);
+        for (int x = rect.left(); x <= rect.right(); ++x) {
+            ink += grey[x] < 128;
+            between += grey[x] >= 64 && grey[x] < 192;
+        }
+    }
+    return between * 10 < ink;
+}
+
+qint64 LocalOcrLayout::largestBlockPixels(const QSize& size)
+{
+    return qint64(
+        std::min(kMaxPixels, double(size.width()) * size.height() * kMaxScale * kMaxScale));
+}
+
+QImage LocalOcrLayout::prepared(const OcrBlock& block) const
+{
+    QImage grey = m_grey.copy(block.rect);
+    if (backgroundGrey(grey) < 128) grey.invertPixels();
+    const QSize size(std::max(1, int(std::lround(grey.width() * block.scale))),
+                     std::max(1, int(std::lround(grey.height() * block.scale))));
+    QImage out(size + QSize(2 * kMargin, 2 * kMargin), QImage::Format_Grayscale8);
+    if (out.isNull()) return {};
+    out.fill(255);
+    const QImage scaled = grey.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    for (int y = 0; y < scaled.height(); ++y)
+        std::copy_n(scaled.constScanLine(y), scaled.width(), out.scanLine(y + kMargin) + kMargin);
+    return out;
+}
+
+} // namespace zelmor::service::ocr

@@ -72,6 +72,11 @@ if (process.argv[4] === "kwin") {
   await until(() => target.lines.length, "the window shown");
   const { client, call } = await connect();
   try {
+    await check("on KWin list_windows tells the window's place and focus_window finds it", async () => {
+      const mine = fields(await call("list_windows")).windows.find((w) => w.title === "Zelmor tool target");
+      assert.ok(mine.width >= 300 && mine.height >= 200, JSON.stringify(mine));
+      fields(await call("focus_window", { title: "tool target" }));
+    });
     await check("on KWin type_text and send_hotkey reach the focused window", async () => {
       fields(await call("type_text", { text: "Hello, KWin!" }));
       await target.saw("text Hello, KWin!");

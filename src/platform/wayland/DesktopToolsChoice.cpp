@@ -74,10 +74,13 @@ WindowRecord foregroundWindow()
     return onWayland() ? wayland::foregroundWindow() : x11::foregroundWindow();
 }
 
-// No Wayland compositor tells where windows are, nor which program made them.
+// The focused window first, where the compositor tells windows' places at all (KWin).
 WindowHandle windowAt(Point point)
 {
-    return onWayland() ? 0 : x11::windowAt(point);
+    if (!onWayland()) return x11::windowAt(point);
+    for (const WindowRecord& w : wayland::listTopLevelWindows())
+        if (w.frameKnown && !w.minimized && w.frame.contains(point)) return w.handle;
+    return 0;
 }
 
 std::string windowProcessName(WindowHandle window)

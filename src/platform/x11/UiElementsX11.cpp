@@ -229,7 +229,9 @@ std::optional<Rect> extentsOf(AtspiAccessible* a)
     g_object_unref(window);
     if (!origin || origin->x != 0 || origin->y != 0) return rect;
     for (const WindowRecord& w : listTopLevelWindows())
-        if (w.frameKnown && title && w.title == *title)
+        // A frame with decorations around the window would put the places off by their size.
+        if (w.frameKnown && title && w.title == *title && w.frame.width == origin->width &&
+            w.frame.height == origin->height)
             return Rect{rect->x + w.frame.x, rect->y + w.frame.y, rect->width, rect->height};
     return std::nullopt;
 }

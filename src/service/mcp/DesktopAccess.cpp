@@ -63,8 +63,8 @@ std::optional<McpToolResult> windowsUnavailable()
     if (platform::windowManagementAvailable()) return std::nullopt;
     return mcpToolError(
         QStringLiteral("this desktop (%1) lets no other program list or manage its windows: its "
-                       "compositor lacks the wlr-foreign-toplevel-management protocol "
-                       "(zwlr_foreign_toplevel_manager_v1)")
+                       "compositor offers neither the wlr-foreign-toplevel-management protocol "
+                       "(zwlr_foreign_toplevel_manager_v1) nor Plasma's window management")
             .arg(desktop()));
 }
 

@@ -30,6 +30,8 @@ constexpr int kRuleThickness = 3;
 // Icons are at least this tall; the colours of their pixels span at least this many levels.
 constexpr int kMinIconHeight = 12;
 constexpr int kColourful = 24;
+// The dots of a colon in a bitmap font are at most this far apart.
+constexpr int kColonGap = 6;
 // Blank columns this many letter heights wide part columns of text.
 constexpr double kColumnGap = 2.5;
 
@@ -87,6 +89,7 @@ LocalOcrLayout::LocalOcrLayout(const QImage& image)
         darkest = std::min(darkest, c.darkest);
     m_faint = (light + darkest) / 2;
     eraseNonText();
+    squareDots();
     QList<QRect> lines;
     cut(m_grey.rect(), lines);
     groupLines(lines);
@@ -190,6 +193,30 @@ void LocalOcrLayout::eraseNonText()
                     grey[x] = 255;
                     ink[x] = 0;
                 }
+        }
+    }
+}
+
+// Some bitmap fonts draw the full stop as a small cross that reaches below the baseline, which
+// the engine reads as a comma once enlarged; a square on the baseline it reads as a full stop.
+void LocalOcrLayout::squareDots()
+{
+    for (const Component& c : std::as_const(m_components)) {
+        const QRect& r = c.rect;
+        if (r.width() != 3 || r.height() != 3 || c.pixels != 5) continue;
+        const int x = r.left(), y = r.top();
+        const auto ink = [this](int px, int py) { return m_ink.constScanLine(py)[px] != 0; };
+        if (!ink(x + 1, y) || !ink(x, y + 1) || !ink(x + 2, y + 1) || !ink(x + 1, y + 2)) continue;
+        bool colon = false; // a dot of a colon or semicolon
+        for (int py = std::max(0, y - kColonGap);
+             py < std::min(m_ink.height(), y + 3 + kColonGap) && !colon; ++py)
+            colon = (py < y || py > y + 2) && (ink(x, py) || ink(x + 1, py) || ink(x + 2, py));
+        if (colon) continue;
+        for (int dx = 0; dx < 3; ++dx) {
+            m_grey.scanLine(y)[x + dx] = m_grey.scanLine(y + 1)[x + dx] = uchar(c.darkest);
+            m_grey.scanLine(y + 2)[x + dx] = 255;
+            m_ink.scanLine(y)[x + dx] = m_ink.scanLine(y + 1)[x + dx] = 1;
+            m_ink.scanLine(y + 2)[x + dx] = 0;
         }
     }
 }

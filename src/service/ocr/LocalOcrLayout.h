@@ -45,6 +45,7 @@ private:
     enum class Verdict { Text, Line, Icon };
     Verdict judge(const Component& component) const;
     void eraseNonText();
+    void squareDots();
     int lineCount(const QRect& rect, int height) const;
     void cut(const QRect& rect, QList<QRect>& lines) const;
     void groupLines(const QList<QRect>& lines);

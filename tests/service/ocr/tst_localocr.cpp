@@ -139,6 +139,7 @@ private Q_SLOTS:
         QTest::newRow("text box with borders") << QStringLiteral("xmessage") << 0.06;
         QTest::newRow("buttons with icons") << QStringLiteral("qt-dialog") << 0.04;
         QTest::newRow("bitmap terminal") << QStringLiteral("xterm-9x15-dark") << 0.015;
+        QTest::newRow("bitmap full stops") << QStringLiteral("xterm-fixed-light") << 0.04;
         QTest::newRow("Chinese beside an icon") << QStringLiteral("gtk-cjk") << 0.05;
         QTest::newRow("Chinese bitmap font") << QStringLiteral("qt-wqy-12px") << 0.15;
     }

@@ -168,7 +168,7 @@ LocalOcrLayout::Verdict LocalOcrLayout::judge(const Component& c) const
     const bool frame = hollow && r.width() >= 2 * text && r.height() >= 1.5 * text;
     // Coloured, or a ring around a symbol, as the information sign.
     const bool icon = large && r.height() >= 1.2 * text &&
-                      (c.coloured * 3 >= c.pixels || (hollow && r.height() <= 3 * text));
+                      (c.coloured * 3 >= c.pixels || (hollow && r.height() <= 4 * text));
     const bool cursor = solid && r.height() >= 0.8 * text && r.height() <= 2.5 * text &&
                         r.width() >= 0.4 * r.height() && r.width() <= 1.2 * r.height();
     if (icon) return Verdict::Icon;

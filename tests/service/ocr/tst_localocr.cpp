@@ -141,6 +141,7 @@ private Q_SLOTS:
         QTest::newRow("bitmap terminal") << QStringLiteral("xterm-9x15-dark") << 0.015;
         QTest::newRow("bitmap full stops") << QStringLiteral("xterm-fixed-light") << 0.04;
         QTest::newRow("Chinese beside an icon") << QStringLiteral("gtk-cjk") << 0.05;
+        QTest::newRow("Chinese beside a ringed icon") << QStringLiteral("qt-cjk-16px") << 0.08;
         QTest::newRow("Chinese bitmap font") << QStringLiteral("qt-wqy-12px") << 0.15;
     }
     void realProgram()

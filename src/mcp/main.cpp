@@ -43,8 +43,10 @@ bool findDisplay()
         display = platform::displayReachable(&server);
     if (!display) qputenv("QT_QPA_PLATFORM", "offscreen");
     // A Wayland desktop without an X server: Qt looks for one unless the session type says
-    // otherwise, which a console client's environment may not.
-    else if (server == platform::DisplayServer::Wayland && qgetenv("QT_QPA_PLATFORM").isEmpty())
+    // otherwise, which a console client's environment may not, and it stops the process when
+    // a platform asked for (xcb, say, meant for other programs) finds no display.
+    else if (server == platform::DisplayServer::Wayland &&
+             !qgetenv("QT_QPA_PLATFORM").startsWith("wayland"))
         qputenv("QT_QPA_PLATFORM", "wayland");
     return display;
 }

@@ -4,7 +4,7 @@
 # picture of the region.
 #   tests/wayland/check-hotkeys.sh BIN_DIR DRAG_HELPER SETTINGS_CHECK
 set -euo pipefail
-bin=$1 drag=$2 settings=$3
+bin=$1 press=$2 settings=$3
 . "$(dirname "$0")/session-lib.sh"
 
 QT_QPA_PLATFORM=wayland "$settings" -silent >&2 || fail "the hotkey settings on sway"

@@ -6,7 +6,7 @@
 # a recording, which one picture at a time cannot feed, says so without asking the portal.
 #   tests/wayland/check-kwin.sh BIN_DIR KEYS_HELPER
 set -euo pipefail
-bin=$1 keys=$2
+bin=$1 press=$2
 export QT_QPA_PLATFORM=wayland
 log=$XDG_DATA_HOME/Zelmor/Zelmor/zelmor.log asked=$XDG_RUNTIME_DIR/screenshot-calls
 fail() { echo "not ok - $*" >&2; tail -3 "$log" >&2; exit 1; }
@@ -30,7 +30,7 @@ echo "ok - the GlobalShortcuts portal binds the region hotkey F6, named as the s
 grep -q "member=Screenshot" "$asked" && fail "zelmor asked the Screenshot portal at start"
 echo "ok - zelmor asks the Screenshot portal for nothing before a capture"
 
-"$keys" 64 # F6
+"$press" keys 0x75 # F6
 wait_for 450 "grep -q '\[capture\] failed' '$log'" || fail "F6 ended in no capture"
 grep -q "member=Screenshot" "$asked" || fail "F6 did not ask the Screenshot portal"
 grep -q "\[capture\] failed: The desktop's screenshot portal" "$log" || fail "no reason given"

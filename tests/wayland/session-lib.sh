@@ -1,5 +1,5 @@
 # Helpers of the Wayland checks, sourced by them inside scripts/wayland-session.sh. They use
-# `bin`, the programs' folder, and `drag`, the virtual pointer's program.
+# `bin`, the programs' folder, and `press`, the program that plays the mouse and keyboard.
 
 fail() { echo "not ok - $*" >&2; exit 1; }
 
@@ -39,7 +39,7 @@ show_photograph() {
 # Once the region overlay shows, a drag on it and Return; `shot` is the picture saved.
 drag_region_and_save() {
   await eval 'swaymsg -t get_tree | grep -q "\"name\": \"Zelmor capture\""' || true
-  "$drag" 300 200 700 400 1920 1080
+  "$press" drag 300 200 700 400
   # The seat has a keyboard only once wtype made one; the wait lets the overlay learn of it.
   wtype -s 300 -k Return
   await saved || true

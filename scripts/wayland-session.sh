@@ -8,7 +8,9 @@
 # when the command ends, fails or times out.
 #   scripts/wayland-session.sh [--timeout SECONDS] [--kwin] COMMAND [ARGS...]
 # The command sees WAYLAND_DISPLAY, Xwayland's DISPLAY and XDG_SESSION_TYPE=wayland; Qt picks
-# its platform plugin from QT_QPA_PLATFORM as the command sets it.
+# its platform plugin from QT_QPA_PLATFORM as the command sets it inside; the caller's, meant
+# for the caller's display (the X test session's xcb), stays out, as the portals' backends,
+# Qt programs too, would fail with it.
 set -u
 
 limit=1500
@@ -57,7 +59,7 @@ if [ -z "${ZELMOR_WAYLAND_INNER:-}" ]; then
   home=$base/home
   # --reset-env drops the caller's environment; what the command needs is passed on here.
   "${as_user[@]}" env -i PATH="$PATH" LANG="${LANG:-C.UTF-8}" ${LC_ALL:+LC_ALL=$LC_ALL} \
-    ${ZELMOR_BIN_DIR:+ZELMOR_BIN_DIR=$ZELMOR_BIN_DIR} ${QT_QPA_PLATFORM:+QT_QPA_PLATFORM=$QT_QPA_PLATFORM} \
+    ${ZELMOR_BIN_DIR:+ZELMOR_BIN_DIR=$ZELMOR_BIN_DIR} \
     HOME="$home" XDG_CONFIG_HOME="$home/config" XDG_DATA_HOME="$home/data" \
     XDG_CACHE_HOME="$home/cache" XDG_RUNTIME_DIR="$base/run" TMPDIR="$base/tmp" \
     ZELMOR_WAYLAND_INNER=1 dbus-run-session -- "$here/wayland-session.sh" --timeout "$limit" $kwin "$@"

@@ -115,16 +115,17 @@ bool portalOffers(const QString& interface)
     const auto found = known.constFind(interface);
     if (found != known.cend()) return *found;
     QDBusConnection bus = QDBusConnection::sessionBus();
-    bool offered = false;
-    if (QCoreApplication::instance() && bus.isConnected()) {
-        QDBusMessage get = QDBusMessage::createMethodCall(
-            kPortalService, kPortalPath, QStringLiteral("org.freedesktop.DBus.Properties"),
-            QStringLiteral("Get"));
-        get.setArguments({interface, QStringLiteral("version")});
-        // The first call may start the portal, which takes a moment.
-        offered = bus.call(get, QDBus::Block, 10000).type() == QDBusMessage::ReplyMessage;
-    }
-    known.insert(interface, offered);
+    if (!QCoreApplication::instance() || !bus.isConnected()) return false;
+    QDBusMessage get = QDBusMessage::createMethodCall(
+        kPortalService, kPortalPath, QStringLiteral("org.freedesktop.DBus.Properties"),
+        QStringLiteral("Get"));
+    get.setArguments({interface, QStringLiteral("version")});
+    // The first call may start the portal, which takes a moment, and longer on a busy machine;
+    // a portal that did not answer in time is asked again next time.
+    const QDBusMessage reply = bus.call(get, QDBus::Block, 25000);
+    const bool offered = reply.type() == QDBusMessage::ReplyMessage;
+    if (offered || reply.errorName() != QLatin1String("org.freedesktop.DBus.Error.NoReply"))
+        known.insert(interface, offered);
     return offered;
 }
 

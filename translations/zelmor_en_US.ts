@@ -2285,6 +2285,16 @@ See the documentation for details.</translation>
         <translation>Hotkeys take effect immediately after editing.</translation>
     </message>
     <message>
+        <source>The desktop took these keys when Zelmor first offered them; change them later in the desktop&apos;s shortcut settings, under Zelmor.</source>
+        <comment>settings.hotkeys.portalHint</comment>
+        <translation>The desktop took these keys when Zelmor first offered them; change them later in the desktop&apos;s shortcut settings, under Zelmor.</translation>
+    </message>
+    <message>
+        <source>Global keyboard shortcuts, bound by the desktop.</source>
+        <comment>settings.hotkeys.page.descDesktop</comment>
+        <translation>Global keyboard shortcuts, bound by the desktop.</translation>
+    </message>
+    <message>
         <source>Capture</source>
         <comment>settings.capture.page.title</comment>
         <translation>Capture</translation>
@@ -2616,6 +2626,11 @@ See the documentation for details.</translation>
         <source>Current global hotkeys. Remap them in Settings → Hotkeys.</source>
         <comment>shortcutSheet.hint</comment>
         <translation>Current global hotkeys. Remap them in Settings → Hotkeys.</translation>
+    </message>
+    <message>
+        <source>The keys Zelmor offers the desktop, which binds them; Settings → Hotkeys shows how.</source>
+        <comment>shortcutSheet.hintDesktop</comment>
+        <translation>The keys Zelmor offers the desktop, which binds them; Settings → Hotkeys shows how.</translation>
     </message>
     <message>
         <source>Action</source>

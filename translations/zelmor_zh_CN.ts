@@ -2280,6 +2280,16 @@
         <translation>快捷键修改后立即生效。</translation>
     </message>
     <message>
+        <source>The desktop took these keys when Zelmor first offered them; change them later in the desktop&apos;s shortcut settings, under Zelmor.</source>
+        <comment>settings.hotkeys.portalHint</comment>
+        <translation>桌面已在 Zelmor 首次提供这些快捷键时接管它们；以后请在桌面的快捷键设置中（Zelmor 分组下）修改。</translation>
+    </message>
+    <message>
+        <source>Global keyboard shortcuts, bound by the desktop.</source>
+        <comment>settings.hotkeys.page.descDesktop</comment>
+        <translation>全局快捷键，由桌面绑定。</translation>
+    </message>
+    <message>
         <source>Capture</source>
         <comment>settings.capture.page.title</comment>
         <translation>截图</translation>
@@ -2616,6 +2626,11 @@
         <source>Current global hotkeys. Remap them in Settings → Hotkeys.</source>
         <comment>shortcutSheet.hint</comment>
         <translation>当前的全局快捷键。可在「设置 → 快捷键」中修改。</translation>
+    </message>
+    <message>
+        <source>The keys Zelmor offers the desktop, which binds them; Settings → Hotkeys shows how.</source>
+        <comment>shortcutSheet.hintDesktop</comment>
+        <translation>Zelmor 提供给桌面的快捷键，由桌面绑定；设置 → 快捷键 中有绑定方法。</translation>
     </message>
     <message>
         <source>Action</source>

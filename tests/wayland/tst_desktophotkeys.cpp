@@ -9,9 +9,12 @@
 #include "widget/TrayMenu.h"
 #include "widget/settings/DesktopHotkeys.h"
 #include "widget/settings/SettingsDialog.h"
+#include "widget/settings/ShortcutSheetDialog.h"
 
+#include <QLabel>
 #include <QPlainTextEdit>
 #include <QProcess>
+#include <QRegularExpression>
 
 using namespace zelmor;
 
@@ -33,6 +36,11 @@ private Q_SLOTS:
         auto* lines = panel.findChild<QPlainTextEdit*>(QStringLiteral("desktopBindings"));
         QVERIFY(lines);
         QVERIFY(lines->toPlainText().startsWith(QStringLiteral("bindsym --no-repeat F6 exec ")));
+        widget::ShortcutSheetDialog sheet; // nor says a key works at once
+        for (QWidget* shown : std::initializer_list<QWidget*>{&panel, &sheet})
+            for (QLabel* label : shown->findChildren<QLabel*>())
+                QVERIFY2(!label->text().contains(QRegularExpression("immediately|^Current global")),
+                         qPrintable(label->text()));
     }
 
     void swayTakesTheLines_data()

@@ -202,10 +202,14 @@ QWidget* SettingsPages::hotkeys()
         {"pinFromClipboard", tr("Pin from clipboard:", "settings.hotkeys.pinFromClipboard")},
         {"history", tr("History panel:", "settings.hotkeys.history")},
         {"shortcutSheet", tr("Shortcut sheet:", "settings.hotkeys.shortcutSheet")}};
-    const Page page = makePage(
-        tr("Hotkeys", "settings.hotkeys.page.title"),
-        tr("Global keyboard shortcuts. Edits apply immediately.", "settings.hotkeys.page.desc"));
-    const bool desktopBinds = platform::hotkeyBinder() == platform::HotkeyBinder::Desktop;
+    const platform::HotkeyBinder binder = platform::hotkeyBinder();
+    const bool desktopBinds = binder == platform::HotkeyBinder::Desktop;
+    const Page page = makePage(tr("Hotkeys", "settings.hotkeys.page.title"),
+                               binder == platform::HotkeyBinder::Program
+                                   ? tr("Global keyboard shortcuts. Edits apply immediately.",
+                                        "settings.hotkeys.page.desc")
+                                   : tr("Global keyboard shortcuts, bound by the desktop.",
+                                        "settings.hotkeys.page.descDesktop"));
     if (desktopBinds) {
         Hotkeys all;
         for (HotkeyLabel hotkey : capture + tools)
@@ -241,11 +245,17 @@ QWidget* SettingsPages::hotkeys()
             tr("Specialized capture modes, pin toggles, and shortcut utility panels.",
                "settings.hotkeys.tools.desc"),
             3, tools);
-    // Where the desktop binds the keys, an edit takes effect when the desktop takes it up.
+    // Where the desktop binds the keys, an edit takes effect when the desktop takes it up; a
+    // desktop that took them through its portal keeps its own copy of them from then on.
     if (!desktopBinds) {
         auto* hint = new QLabel(
-            tr("Hotkeys take effect immediately after editing.", "settings.hotkeys.hint"));
+            binder == platform::HotkeyBinder::Program
+                ? tr("Hotkeys take effect immediately after editing.", "settings.hotkeys.hint")
+                : tr("The desktop took these keys when Zelmor first offered them; change them "
+                     "later in the desktop's shortcut settings, under Zelmor.",
+                     "settings.hotkeys.portalHint"));
         hint->setObjectName(QStringLiteral("fieldHint"));
+        hint->setWordWrap(true);
         page.body->addWidget(hint);
     }
     page.body->addStretch(1);

@@ -1,6 +1,7 @@
 #include "ShortcutSheetDialog.h"
 
 #include "core/ConfigManager.h"
+#include "platform/Hotkeys.h"
 #include "widget/FollowLanguage.h"
 
 #include <QDialogButtonBox>
@@ -184,8 +185,13 @@ ShortcutSheetDialog::ShortcutSheetDialog(QWidget* parent) : QDialog(parent)
     layout->addLayout(tables);
     followLanguage(this, [this, hint, titles] {
         setWindowTitle(tr("Zelmor — Shortcut cheat sheet", "shortcutSheet.title"));
-        hint->setText(
-            tr("Current global hotkeys. Remap them in Settings → Hotkeys.", "shortcutSheet.hint"));
+        // Where the desktop binds the keys, the table shows the keys offered to it.
+        hint->setText(platform::hotkeyBinder() == platform::HotkeyBinder::Program
+                          ? tr("Current global hotkeys. Remap them in Settings → Hotkeys.",
+                               "shortcutSheet.hint")
+                          : tr("The keys Zelmor offers the desktop, which binds them; Settings → "
+                               "Hotkeys shows how.",
+                               "shortcutSheet.hintDesktop"));
         titles[0]->setText(tr("Global hotkeys", "shortcutSheet.global.title"));
         titles[1]->setText(tr("In the capture overlay", "shortcutSheet.overlay.title"));
         for (int row = 0; row < int(std::size(kRows)); ++row)

@@ -49,7 +49,8 @@ cp "$build/bin/zelmor-win-probe.exe" "$app/"
 cat >"$work/checks.sh" <<CHECKS
 set -euo pipefail
 # Made with the display at hand: a prefix made without one reads the screen as black.
-wineboot -i >/dev/null 2>&1
+wineboot -i >"$work/wineboot.log" 2>&1 ||
+  { echo "not ok - wineboot -i failed (\$?):" >&2; tail -20 "$work/wineboot.log" >&2; exit 1; }
 node "$root/tests/mcp/sdk_wine.mjs" "$app/zelmor-mcp.exe" "$linux_build/tests/zelmor-test-window" \
   "$app/zelmor-win-probe.exe"
 pictures=\$WINEPREFIX/drive_c/users/\$(id -un)/Pictures/Zelmor

@@ -153,8 +153,7 @@ void ActionManager::connectHistory()
 // only over its own windows, the whole desktop, which the overlay spreads over every output.
 QPixmap ActionManager::regionPicture(QRect* place) const
 {
-    if (platform::displayServer() == platform::DisplayServer::Wayland)
-        return m_captureService->grabScreens();
+    if (platform::desktopPlacesWindows()) return m_captureService->grabScreens();
     QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
     if (!screen) screen = QGuiApplication::primaryScreen();
     if (!screen) return {};
@@ -499,7 +498,7 @@ void ActionManager::captureWindow()
 {
     const service::capture::WindowInfo window = service::capture::foregroundWindow();
     // Where the desktop tells no window's place (Wayland), the user shows it on the overlay.
-    if (window.rect.isNull() && platform::displayServer() == platform::DisplayServer::Wayland) {
+    if (window.rect.isNull() && platform::desktopPlacesWindows()) {
         openRegionOverlay(tr("Drag over the window to capture", "overlay.hint.window"));
         return;
     }

@@ -9,6 +9,14 @@ enum class DisplayServer { Usual, Wayland };
 void setDisplayServer(DisplayServer server);
 DisplayServer displayServer();
 
+// Where the desktop places every window and tells a program where the pointer is only over the
+// program's own windows (Wayland): an overlay covers outputs as full-screen windows, and nothing
+// is put at a place of the program's choosing.
+inline bool desktopPlacesWindows()
+{
+    return displayServer() == DisplayServer::Wayland;
+}
+
 // True when the display this process was started for accepts a connection: the usual one, or
 // on Linux a Wayland compositor, which `server` then names when no X server answers. A process
 // started by a console client may have none at all.

@@ -168,7 +168,7 @@ RecordRegionFrame::RecordRegionFrame(const QRect& region, QWidget* parent)
 
 void RecordRegionFrame::setVisible(bool visible)
 {
-    QWidget::setVisible(visible && platform::displayServer() != platform::DisplayServer::Wayland);
+    QWidget::setVisible(visible && !platform::desktopPlacesWindows());
 }
 
 void RecordRegionFrame::paintEvent(QPaintEvent*)

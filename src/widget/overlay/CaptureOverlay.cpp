@@ -118,7 +118,7 @@ void CaptureOverlay::warmUpPainting()
 void CaptureOverlay::load(const QPixmap& frozen, const QRect& geometry)
 {
     const bool wholeDesktop = geometry.isNull() || geometry.isEmpty();
-    if (wholeDesktop && platform::displayServer() == platform::DisplayServer::Wayland)
+    if (wholeDesktop && platform::desktopPlacesWindows())
         spreadOverScreens(frozen);
     else
         loadPart(frozen, wholeDesktop ? unitedScreens() : geometry);
@@ -130,8 +130,7 @@ void CaptureOverlay::loadPart(const QPixmap& frozen, const QRect& geometry)
     m_frozenImage = frozen.toImage().convertToFormat(QImage::Format_RGB32);
     setGeometry(geometry);
     // A Wayland compositor places windows itself; full screen is how a window covers an output.
-    if (platform::displayServer() == platform::DisplayServer::Wayland)
-        setWindowState(windowState() | Qt::WindowFullScreen);
+    if (platform::desktopPlacesWindows()) setWindowState(windowState() | Qt::WindowFullScreen);
     collectWindowRects();
 }
 

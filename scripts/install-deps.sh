@@ -26,7 +26,7 @@ packages=("$@")
   fonts-dejavu-core fonts-liberation2 fonts-noto-cjk fonts-noto-color-emoji at-spi2-core dbus dbus-x11 xvfb xauth x11-utils openbox trayer
   xdotool xclip xdg-utils xcompmgr
   # the Wayland test session: headless sway with Xwayland, Qt's Wayland plugin, a reference grab
-  sway swaybg xwayland grim wtype wl-clipboard wayland-utils qt6-wayland weston
+  sway swaybg xwayland grim wtype wl-clipboard wayland-utils qt6-wayland weston zenity
   # programs of other makers that the scroll capture is checked on: a pager and a GTK text view
   xterm less zenity
   # independent GIF readers for the encoder tests, and the benchmark's reference encoder

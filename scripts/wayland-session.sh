@@ -26,7 +26,7 @@ done
 here=$(cd "$(dirname "$0")" && pwd)
 
 # The packages of the session, installed on demand like the Windows check's.
-"$here/install-deps.sh" sway swaybg weston xwayland grim wtype wl-clipboard wayland-utils qt6-wayland dbus \
+"$here/install-deps.sh" sway swaybg weston xwayland grim wtype wl-clipboard wayland-utils qt6-wayland dbus zenity \
   ffmpeg python-matplotlib-data
 # The portal of wlroots for the Screenshot portal check; PipeWire, which it needs to start.
 "$here/install-deps.sh" xdg-desktop-portal-wlr pipewire wireplumber

@@ -157,6 +157,23 @@ try {
     const rgb = execFileSync("ffmpeg", ["-v", "error", "-i", shot.path, "-f", "rawvideo", "-pix_fmt", "rgb24", "-"]);
     assert.deepEqual([rgb.length, ...new Set(rgb.toString("hex").match(/.{6}/g))], [4800, "ff8000"]);
   });
+  await check("in a GTK entry send_hotkey edits what type_text typed", async () => {
+    // GTK finds a key's bindings through the keymap, where Qt reads the key's keysym alone.
+    const zenity = spawn("zenity", ["--entry", "--title", "Zelmor GTK target"], { env: { ...env, GDK_BACKEND: "wayland" } });
+    let answer = "";
+    zenity.stdout.on("data", (chunk) => answer += chunk);
+    try {
+      const shown = async () => fields(await call("list_windows")).windows.some((w) => w.title === "Zelmor GTK target");
+      for (let i = 0; i < 100 && !(await shown()); i++) await sleep(100);
+      for (const [tool, args] of [["focus_window", { title: "Zelmor GTK target" }], ["type_text", { text: "old" }], ["send_hotkey", { hotkey: "ctrl+a" }], ["type_text", { text: "hellox" }],
+        ["send_hotkey", { hotkey: "BackSpace" }], ["send_hotkey", { hotkey: "Left" }], ["type_text", { text: "X" }], ["send_hotkey", { hotkey: "Return" }]])
+        fields(await call(tool, args));
+      await until(() => answer.endsWith("\n"), "zenity's answer");
+      assert.equal(answer, "hellXo\n");
+    } finally {
+      zenity.kill();
+    }
+  });
 } finally {
   await client.close();
 }

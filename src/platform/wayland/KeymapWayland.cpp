@@ -10,6 +10,10 @@ namespace zelmor::platform::wayland {
 namespace {
 
 constexpr int kFirstKeycode = 9; // evdev code 1
+// A key of no symbols that ends every map: GTK 3 looks a keysym's keys up below the map's
+// highest keycode only, and missed its last key, whose bindings (BackSpace, ctrl+a) then
+// never acted.
+constexpr const char* kEndKey = "  <LAST> = 255;\n";
 
 struct Modifier
 {
@@ -84,7 +88,7 @@ std::string TypingKeymap::text() const
     }
     const std::string text = "xkb_keymap {\nxkb_keycodes \"zelmor\" {\n  minimum = 8;\n"
                              "  maximum = 255;\n" +
-                             codes +
+                             codes + kEndKey +
                              "};\nxkb_types \"zelmor\" { include \"complete\" };\n"
                              "xkb_compatibility \"zelmor\" { include \"complete\" };\n"
                              "xkb_symbols \"zelmor\" {\n" +

@@ -12,8 +12,8 @@ namespace zelmor::platform::wayland {
 class TypingKeymap
 {
 public:
-    // Keycodes 9 to 255, as far as every client's keyboard library reaches.
-    static constexpr std::size_t kMaxKeys = 247;
+    // Keycodes 9 to 254, as far as every client's keyboard library reaches; 255 ends the map.
+    static constexpr std::size_t kMaxKeys = 246;
 
     // The key that types the keysym, added when the map has room; 0 when it has none.
     std::uint32_t keyFor(std::uint32_t keysym);

@@ -6,6 +6,7 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
+#include <QUrl>
 
 #include <algorithm>
 
@@ -19,6 +20,7 @@ using platform::ClipboardFormat;
 const char* const kTextTypes[] = {"text/plain;charset=utf-8", "text/plain", "UTF8_STRING", "TEXT",
                                   "STRING"};
 const char* const kImageType = "image/png";
+const char* const kUriListType = "text/uri-list";
 
 bool direct()
 {
@@ -56,6 +58,20 @@ void setClipboardImage(const QImage& image)
     if (direct() && platform::setClipboardContent({{kImageType, imageToPng(image).toStdString()}}))
         return;
     QGuiApplication::clipboard()->setImage(image, QClipboard::Clipboard);
+}
+
+void setClipboardFiles(const QStringList& paths)
+{
+    QList<QUrl> urls;
+    QByteArray uriList;
+    for (const QString& path : paths) {
+        urls.append(QUrl::fromLocalFile(path));
+        uriList += urls.last().toEncoded() + "\r\n";
+    }
+    if (direct() && platform::setClipboardContent({{kUriListType, uriList.toStdString()}})) return;
+    auto* data = new QMimeData;
+    data->setUrls(urls);
+    QGuiApplication::clipboard()->setMimeData(data, QClipboard::Clipboard);
 }
 
 std::optional<QString> clipboardText()

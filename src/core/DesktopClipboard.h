@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -17,6 +18,8 @@ bool clipboardWithoutFocus();
 
 void setClipboardText(const QString& text);
 void setClipboardImage(const QImage& image);
+// The files themselves, as a file manager copies them: they paste as files, not as their content.
+void setClipboardFiles(const QStringList& paths);
 
 // Nullopt when the clipboard holds no text.
 std::optional<QString> clipboardText();

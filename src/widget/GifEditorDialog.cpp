@@ -3,13 +3,13 @@
 #include "ControlName.h"
 #include "FrameListModel.h"
 #include "MainWindow.h"
+#include "core/DesktopClipboard.h"
 #include "core/Toast.h"
 #include "manager/ThemeManager.h"
 #include "service/history/HistoryService.h"
 #include "service/record/GifEncoder.h"
 
 #include <QApplication>
-#include <QClipboard>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QFutureWatcher>
@@ -18,13 +18,11 @@
 #include <QLabel>
 #include <QListView>
 #include <QMessageBox>
-#include <QMimeData>
 #include <QPushButton>
 #include <QSlider>
 #include <QSpinBox>
 #include <QThreadPool>
 #include <QTimer>
-#include <QUrl>
 #include <QVBoxLayout>
 #include <QtConcurrent>
 
@@ -599,9 +597,7 @@ void GifEditorDialog::finishExport(const QString& target)
     service::history::HistoryService::instance().insert(thumbnail, target,
                                                         core::HistoryCategory::Recording);
     // The file rather than the picture, so that it pastes as an animated GIF.
-    auto* mime = new QMimeData;
-    mime->setUrls({QUrl::fromLocalFile(target)});
-    QApplication::clipboard()->setMimeData(mime);
+    core::setClipboardFiles({target});
     core::notifyUser(
         tr("GIF 导出成功", "record.gif.saved"),
         tr("已合成导出高清晰 GIF 并自动记入历史记录:\n%1", "record.gif.savedBody").arg(target),

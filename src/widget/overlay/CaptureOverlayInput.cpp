@@ -7,8 +7,8 @@
 #include "OverlayGeometry.h"
 #include "OverlayPanels.h"
 #include "OverlayTools.h"
+#include "core/DesktopClipboard.h"
 
-#include <QClipboard>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QScreen>
@@ -333,7 +333,7 @@ void CaptureOverlay::copyColourUnderPointer()
 {
     const QString text = colourText(m_frozenImage, m_mousePos, m_hexColor);
     if (text.isEmpty()) return;
-    QGuiApplication::clipboard()->setText(text, QClipboard::Clipboard);
+    core::setClipboardText(text);
     m_copiedColorText = text;
     refreshSidePanel();
     QTimer::singleShot(900, this, [this] {

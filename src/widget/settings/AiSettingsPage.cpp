@@ -1,13 +1,12 @@
 #include "AiSettingsPage.h"
 
+#include "core/DesktopClipboard.h"
 #include "core/Toast.h"
 #include "service/ai/AiApiService.h"
 #include "service/ai/AiProviderService.h"
 #include "widget/ControlName.h"
 
 #include <QAction>
-#include <QApplication>
-#include <QClipboard>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -398,14 +397,14 @@ void AiSettingsPage::share()
     if (m_currentId <= 0) return;
     const QString text = providers().exportJson(m_currentId);
     if (text.isEmpty()) return;
-    QApplication::clipboard()->setText(text);
+    core::setClipboardText(text);
     QMessageBox::information(
         this, tr("Share"), tr("Provider config copied to clipboard.", "settings.ai.share.copied"));
 }
 
 void AiSettingsPage::pasteImport()
 {
-    const QString text = QApplication::clipboard()->text();
+    const QString text = core::clipboardText().value_or(QString());
     if (text.trimmed().isEmpty()) {
         QMessageBox::warning(this, tr("Paste import"),
                              tr("Clipboard is empty.", "settings.ai.pasteImport.empty"));

@@ -30,10 +30,11 @@ here=$(cd "$(dirname "$0")" && pwd)
   ffmpeg python-matplotlib-data
 # The portal of wlroots for the Screenshot portal check; PipeWire, which it needs to start.
 "$here/install-deps.sh" xdg-desktop-portal-wlr pipewire wireplumber
-# KWin and KDE's portal; the portal's dialogs are QML, and PipeWire carries screen casts.
+# KWin and KDE's portal; the portal's dialogs are QML, some of it Plasma's own (in
+# plasma-workspace), and PipeWire carries screen casts. The checks show a picture with ffplay.
 [ -z "$kwin" ] || "$here/install-deps.sh" kwin-wayland xdg-desktop-portal xdg-desktop-portal-kde \
   qml-module-org-kde-kirigami2 qml-module-qtquick-layouts qml-module-qtquick-controls2 \
-  pipewire wireplumber
+  plasma-workspace qml-module-org-kde-pipewire pipewire wireplumber
 
 if [ -z "${ZELMOR_WAYLAND_INNER:-}" ]; then
   base=$(mktemp -d /tmp/zelmor-wlsession.XXXXXX)

@@ -5,9 +5,11 @@
 #include "../../Pixels.h"
 #include "PortalRequest.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
+#include <QStandardPaths>
 #include <QUrl>
 
 #include <atomic>
@@ -48,6 +50,8 @@ PortalAnswer answerOf(PortalOutcome outcome)
 
 QImage askForPicture()
 {
+    // KDE's portal saves the picture into the Pictures folder and fails where there is none.
+    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::PicturesLocation));
     const PortalReply reply =
         callPortal(kScreenshot, QStringLiteral("Screenshot"),
                    {QString(), QVariantMap{{QStringLiteral("interactive"), false},

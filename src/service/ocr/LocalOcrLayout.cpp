@@ -30,6 +30,17 @@ constexpr int kRuleThickness = 3;
 // Icons are at least this tall; the colours of their pixels span at least this many levels.
 constexpr int kMinIconHeight = 12;
 constexpr int kColourful = 24;
+constexpr double kOneHueShare = 0.5;
+// A ring has none of its pixels within this share of its size from its centre.
+constexpr double kRingHole = 0.25;
+// Shades this much darker than the background belong to a picture's outline; a picture is
+// shaded, with less than this share of ink; a shape filling this share of its bounds is a
+// panel or a button's face.
+constexpr int kShadeContrast = 8;
+constexpr double kShadedInkShare = 0.25;
+constexpr double kFilledShare = 0.85;
+// Shapes that thin within their bounds are outlines, such as a button's frame, not letters.
+constexpr double kOutlineShare = 0.15;
 // The dots of a colon in a bitmap font are at most this far apart.
 constexpr int kColonGap = 6;
 // Blank columns this many letter heights wide part columns of text.
@@ -43,6 +54,20 @@ int backgroundGrey(const QImage& grey)
         for (int x = 0; x < grey.width(); ++x)
             ++histogram[line[x]];
     }
+    return int(std::max_element(histogram.begin(), histogram.end()) - histogram.begin());
+}
+
+// The grey around `rect`, where a line's background shows even when its letters fill it; the
+// grey within where nothing is around.
+int surroundingGrey(const QImage& grey, const QRect& rect)
+{
+    std::array<qint64, 256> histogram{};
+    const QRect frame = rect.adjusted(-1, -1, 1, 1);
+    for (int y = std::max(0, frame.top()); y <= std::min(grey.height() - 1, frame.bottom()); ++y)
+        for (int x = std::max(0, frame.left()); x <= std::min(grey.width() - 1, frame.right()); ++x)
+            if (!rect.contains(x, y)) ++histogram[grey.constScanLine(y)[x]];
+    if (*std::max_element(histogram.begin(), histogram.end()) == 0)
+        return backgroundGrey(grey.copy(rect));
     return int(std::max_element(histogram.begin(), histogram.end()) - histogram.begin());
 }
 
@@ -83,6 +108,7 @@ LocalOcrLayout::LocalOcrLayout(const QImage& image)
         for (int x = 0; x < m_grey.width(); ++x)
             ink[x] = grey[x] < threshold ? 1 : 0;
     }
+    eraseShadedIcons(light);
     findComponents(image.convertToFormat(QImage::Format_RGB32));
     int darkest = light;
     for (const Component& c : m_components)
@@ -98,36 +124,83 @@ LocalOcrLayout::LocalOcrLayout(const QImage& image)
 // The connected shapes of ink, eight-connected, with how many of their pixels are coloured.
 void LocalOcrLayout::findComponents(const QImage& colour)
 {
+    const auto isInk = [this](int x, int y) { return m_ink.constScanLine(y)[x] != 0; };
+    label(isInk, [&](int label, int x, int y) {
+        if (label == m_components.size()) m_components.append({QRect(x, y, 1, 1), 0, 0, 255});
+        Component& component = m_components[label];
+        ++component.pixels;
+        component.rect |= QRect(x, y, 1, 1);
+        component.darkest = std::min<int>(component.darkest, m_grey.constScanLine(y)[x]);
+        const QRgb rgb = reinterpret_cast<const QRgb*>(colour.constScanLine(y))[x];
+        const int r = qRed(rgb), g = qGreen(rgb), b = qBlue(rgb);
+        if (std::max({r, g, b}) - std::min({r, g, b}) < kColourful) return;
+        ++component.coloured;
+        const double hueX = r - (g + b) / 2.0, hueY = (g - b) * std::sqrt(3.0) / 2;
+        component.hueX += hueX;
+        component.hueY += hueY;
+        component.chroma += std::hypot(hueX, hueY);
+    });
+}
+
+// Shaded pictures, such as a glass light bulb, whose outline is too faint to be ink but whose
+// darker parts the engine reads as letters. Taken at a low contrast, a picture is one shape
+// with little ink in it; a word is mostly ink, and a button's face fills its bounds.
+void LocalOcrLayout::eraseShadedIcons(int light)
+{
+    struct Shape
+    {
+        QRect rect;
+        int pixels = 0;
+        int ink = 0;
+    };
+    QList<Shape> shapes;
+    const int threshold = light - kShadeContrast;
+    const auto isShade = [&](int x, int y) { return m_grey.constScanLine(y)[x] < threshold; };
+    label(isShade, [&](int label, int x, int y) {
+        if (label == shapes.size()) shapes.append({QRect(x, y, 1, 1)});
+        Shape& shape = shapes[label];
+        ++shape.pixels;
+        shape.ink += m_ink.constScanLine(y)[x];
+        shape.rect |= QRect(x, y, 1, 1);
+    });
+    for (const Shape& shape : std::as_const(shapes)) {
+        const QRect& r = shape.rect;
+        if (r.height() < kMinIconHeight || r.width() < r.height() / 2 ||
+            r.width() > 2 * r.height() || shape.pixels >= kFilledShare * r.width() * r.height() ||
+            shape.ink >= kShadedInkShare * shape.pixels)
+            continue;
+        for (int y = r.top(); y <= r.bottom(); ++y) {
+            std::fill_n(m_grey.scanLine(y) + r.left(), r.width(), uchar(255));
+            std::fill_n(m_ink.scanLine(y) + r.left(), r.width(), uchar(0));
+        }
+    }
+}
+
+template <typename Inside, typename Visit> void LocalOcrLayout::label(Inside inside, Visit visit)
+{
     const int w = m_ink.width(), h = m_ink.height();
     m_labels.assign(size_t(w) * h, -1);
     QList<QPoint> stack;
+    int count = 0;
     for (int y = 0; y < h; ++y)
         for (int x = 0; x < w; ++x) {
-            if (!m_ink.constScanLine(y)[x] || m_labels[size_t(y) * w + x] >= 0) continue;
-            const int label = int(m_components.size());
-            Component component{QRect(x, y, 1, 1), 0, 0, 255};
+            if (m_labels[size_t(y) * w + x] >= 0 || !inside(x, y)) continue;
+            const int label = count++;
             stack = {QPoint(x, y)};
             m_labels[size_t(y) * w + x] = label;
             while (!stack.isEmpty()) {
                 const QPoint p = stack.takeLast();
-                ++component.pixels;
-                component.darkest =
-                    std::min<int>(component.darkest, m_grey.constScanLine(p.y())[p.x()]);
-                const QRgb rgb = reinterpret_cast<const QRgb*>(colour.constScanLine(p.y()))[p.x()];
-                const int r = qRed(rgb), g = qGreen(rgb), b = qBlue(rgb);
-                component.coloured += std::max({r, g, b}) - std::min({r, g, b}) >= kColourful;
-                component.rect |= QRect(p, QSize(1, 1));
+                visit(label, p.x(), p.y());
                 for (int dy = -1; dy <= 1; ++dy)
                     for (int dx = -1; dx <= 1; ++dx) {
                         const int nx = p.x() + dx, ny = p.y() + dy;
                         if (nx < 0 || ny < 0 || nx >= w || ny >= h) continue;
                         int& n = m_labels[size_t(ny) * w + nx];
-                        if (n >= 0 || !m_ink.constScanLine(ny)[nx]) continue;
+                        if (n >= 0 || !inside(nx, ny)) continue;
                         n = label;
                         stack.append(QPoint(nx, ny));
                     }
             }
-            m_components.append(component);
         }
 }
 
@@ -135,13 +208,17 @@ void LocalOcrLayout::findComponents(const QImage& colour)
 // the capital height of its text.
 int LocalOcrLayout::typicalHeight(const QRect& within, const Component* except) const
 {
-    QList<int> heights;
+    // Strokes as thin as a button's side count only where there is nothing else, as in "ll".
+    QList<int> heights, strokes;
     for (const Component& c : m_components) {
         const QRect& r = c.rect;
-        if (&c != except && r.height() >= 4 && r.width() <= 3 * r.height() + 2 &&
+        const bool outline = r.width() >= kMinIconHeight && r.height() >= kMinIconHeight &&
+                             c.pixels < kOutlineShare * r.width() * r.height();
+        if (&c != except && r.height() >= 4 && r.width() <= 3 * r.height() + 2 && !outline &&
             within.contains(r.center()))
-            heights.append(r.height());
+            (r.width() <= 2 ? strokes : heights).append(r.height());
     }
+    if (heights.isEmpty()) heights = strokes;
     if (heights.isEmpty()) return std::max(1, within.height());
     std::nth_element(heights.begin(), heights.begin() + heights.size() / 2, heights.end());
     return heights[heights.size() / 2];
@@ -149,8 +226,9 @@ int LocalOcrLayout::typicalHeight(const QRect& within, const Component* except) 
 
 // Ruling lines, box borders, icons and block cursors, which the engine reads as "|", "_", stray
 // letters or a lost line. Each is judged by the text around it.
-LocalOcrLayout::Verdict LocalOcrLayout::judge(const Component& c) const
+LocalOcrLayout::Verdict LocalOcrLayout::judge(int label) const
 {
+    const Component& c = m_components[label];
     const QRect& r = c.rect;
     const bool thin = r.width() <= kRuleThickness || r.height() <= kRuleThickness;
     const bool large =
@@ -166,13 +244,31 @@ LocalOcrLayout::Verdict LocalOcrLayout::judge(const Component& c) const
     const bool rule = (r.height() <= kRuleThickness && r.width() >= 3 * text) ||
                       (r.width() <= 2 && r.height() >= 1.5 * text);
     const bool frame = hollow && r.width() >= 2 * text && r.height() >= 1.5 * text;
-    // Coloured, or a ring around a symbol, as the information sign.
-    const bool icon = large && r.height() >= 1.2 * text &&
-                      (c.coloured * 3 >= c.pixels || (hollow && r.height() <= 4 * text));
+    // Coloured in one hue, or a ring around a symbol, as the information sign. Letters drawn
+    // with coloured edges, for screens' subpixels, have hues all around.
+    const bool oneHue =
+        c.coloured * 3 >= c.pixels && std::hypot(c.hueX, c.hueY) >= kOneHueShare * c.chroma;
+    const bool icon = large && r.height() >= 1.1 * text &&
+                      (oneHue || (hollow && r.height() <= 4 * text && isRing(label)));
     const bool cursor = solid && r.height() >= 0.8 * text && r.height() <= 2.5 * text &&
                         r.width() >= 0.4 * r.height() && r.width() <= 1.2 * r.height();
     if (icon) return Verdict::Icon;
     return rule || frame || cursor || faint ? Verdict::Line : Verdict::Text;
+}
+
+// A ring leaves the middle of its bounds empty; a sparse Chinese character, as "文", crosses it.
+bool LocalOcrLayout::isRing(int label) const
+{
+    const QRect& r = m_components[label].rect;
+    const double cx = r.left() + (r.width() - 1) / 2.0, cy = r.top() + (r.height() - 1) / 2.0;
+    for (int y = r.top(); y <= r.bottom(); ++y)
+        for (int x = r.left(); x <= r.right(); ++x) {
+            const double dx = (x - cx) / r.width(), dy = (y - cy) / r.height();
+            if (m_labels[size_t(y) * m_grey.width() + x] == label &&
+                dx * dx + dy * dy < kRingHole * kRingHole)
+                return false;
+        }
+    return true;
 }
 
 void LocalOcrLayout::eraseNonText()
@@ -180,7 +276,7 @@ void LocalOcrLayout::eraseNonText()
     const int w = m_grey.width();
     QList<std::pair<int, bool>> erased; // with all ink within its bounds, as an icon's
     for (int label = 0; label < m_components.size(); ++label) {
-        const Verdict verdict = judge(m_components[label]);
+        const Verdict verdict = judge(label);
         if (verdict != Verdict::Text) erased.append({label, verdict == Verdict::Icon});
     }
     for (const auto& [label, whole] : erased) {
@@ -320,7 +416,7 @@ qint64 LocalOcrLayout::largestBlockPixels(const QSize& size)
 QImage LocalOcrLayout::prepared(const OcrBlock& block) const
 {
     QImage grey = m_grey.copy(block.rect);
-    if (backgroundGrey(grey) < 128) grey.invertPixels();
+    if (surroundingGrey(m_grey, block.rect) < 128) grey.invertPixels();
     const QSize size(std::max(1, int(std::lround(grey.width() * block.scale))),
                      std::max(1, int(std::lround(grey.height() * block.scale))));
     QImage out(size + QSize(2 * kMargin, 2 * kMargin), QImage::Format_Grayscale8);

@@ -37,13 +37,21 @@ private:
         QRect rect;
         int pixels = 0;
         int coloured = 0;
+        // The sum of the coloured pixels' hues as vectors as long as their chroma, and of
+        // their chroma: near alike where they share a hue.
+        double hueX = 0, hueY = 0, chroma = 0;
         int darkest = 255;
     };
 
+    // Numbers the eight-connected shapes of the pixels `inside` in m_labels and calls
+    // `visit(label, x, y)` for each of their pixels, the first pixel of a shape first.
+    template <typename Inside, typename Visit> void label(Inside inside, Visit visit);
+    void eraseShadedIcons(int light);
     void findComponents(const QImage& colour);
     int typicalHeight(const QRect& within, const Component* except = nullptr) const;
     enum class Verdict { Text, Line, Icon };
-    Verdict judge(const Component& component) const;
+    Verdict judge(int label) const;
+    bool isRing(int label) const;
     void eraseNonText();
     void squareDots();
     int lineCount(const QRect& rect, int height) const;

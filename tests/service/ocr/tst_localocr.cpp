@@ -137,12 +137,16 @@ private Q_SLOTS:
         QTest::addColumn<QString>("name");
         QTest::addColumn<double>("limit");
         QTest::newRow("text box with borders") << QStringLiteral("xmessage") << 0.06;
-        QTest::newRow("buttons with icons") << QStringLiteral("qt-dialog") << 0.04;
+        QTest::newRow("buttons with icons") << QStringLiteral("qt-dialog") << 0.02;
+        QTest::newRow("shaded icon beside a heading") << QStringLiteral("heading-40px") << 0.02;
         QTest::newRow("bitmap terminal") << QStringLiteral("xterm-9x15-dark") << 0.015;
         QTest::newRow("bitmap full stops") << QStringLiteral("xterm-fixed-light") << 0.04;
         QTest::newRow("Chinese beside an icon") << QStringLiteral("gtk-cjk") << 0.05;
-        QTest::newRow("Chinese beside a ringed icon") << QStringLiteral("qt-cjk-16px") << 0.08;
-        QTest::newRow("Chinese bitmap font") << QStringLiteral("qt-wqy-12px") << 0.15;
+        QTest::newRow("Chinese beside a ringed icon") << QStringLiteral("qt-cjk-16px") << 0.02;
+        QTest::newRow("Chinese, buttons filled by their text")
+            << QStringLiteral("qt-cjk-12px") << 0.02;
+        QTest::newRow("Chinese of few strokes") << QStringLiteral("xterm-cjk-mono") << 0.02;
+        QTest::newRow("Chinese bitmap font") << QStringLiteral("qt-wqy-12px") << 0.05;
     }
     void realProgram()
     {

@@ -182,13 +182,31 @@ void CaptureOverlay::showEvent(QShowEvent* event)
     if (m_shownBefore) return;
     m_shownBefore = true;
     for (const QPointer<CaptureOverlay>& part : std::as_const(m_parts))
-        if (part) part->show();
+        if (part) {
+            part->show();
+            part->repaintAtOutputScale(kGrabTries);
+        }
+    repaintAtOutputScale(kGrabTries);
     QTimer::singleShot(0, this, [this] {
         raise();
         activateWindow();
         setFocus();
         takeKeyboard(kGrabTries);
     });
+}
+
+// A Wayland window learns its output's scale only once the compositor has put it there, after
+// the first frame; the widget, which took the scale from its screen beforehand, would not paint
+// again, and the output kept a frame of the wrong scale.
+void CaptureOverlay::repaintAtOutputScale(int triesLeft)
+{
+    QWindow* window = windowHandle();
+    if (!window || !platform::desktopPlacesWindows() || triesLeft <= 0) return;
+    if (window->isExposed() && window->devicePixelRatio() == devicePixelRatioF()) {
+        update();
+        return;
+    }
+    QTimer::singleShot(25, this, [this, triesLeft] { repaintAtOutputScale(triesLeft - 1); });
 }
 
 // On X11 the grab fails until the window is viewable, which can take a moment after show().

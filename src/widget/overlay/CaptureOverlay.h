@@ -99,6 +99,7 @@ private:
     void collectWindowRects();
     void collectSnapRects();
     void takeKeyboard(int triesLeft);
+    void repaintAtOutputScale(int triesLeft);
     void beginSelection(const QPoint& pos);
     void changeSelection(const QRect& rect);
     void completeSelection(bool refreshSidePanel);

@@ -6,7 +6,7 @@
 # root runs the session and the command as the user zelmor-wl (made when missing), with a
 # temporary HOME; any other user runs it as itself. Everything started here is torn down
 # when the command ends, fails or times out.
-#   scripts/wayland-session.sh [--timeout SECONDS] [--kwin] COMMAND [ARGS...]
+#   scripts/wayland-session.sh [--timeout SECONDS] [--kwin | --kwin-checked] COMMAND [ARGS...]
 # The command sees WAYLAND_DISPLAY, Xwayland's DISPLAY and XDG_SESSION_TYPE=wayland; Qt picks
 # its platform plugin from QT_QPA_PLATFORM as the command sets it inside; the caller's, meant
 # for the caller's display (the X test session's xcb), stays out, as the portals' backends,
@@ -18,7 +18,7 @@ kwin=
 while [ $# -gt 0 ]; do
   case "$1" in
     --timeout) limit=$2; shift 2 ;;
-    --kwin) kwin=--kwin; shift ;;
+    --kwin|--kwin-checked) kwin=$1; shift ;;
     *) break ;;
   esac
 done
@@ -81,8 +81,12 @@ if [ -n "$kwin" ]; then
   mkdir "$XDG_RUNTIME_DIR/kwin"
   cp /usr/bin/kwin_wayland "$XDG_RUNTIME_DIR/kwin/kwin_wayland"
   log=$XDG_RUNTIME_DIR/kwin.log
-  # Without its permission checks KWin offers the checks its fake input interface.
-  KWIN_WAYLAND_NO_PERMISSION_CHECKS=1 "$XDG_RUNTIME_DIR/kwin/kwin_wayland" --virtual --width 1920 --height 1080 --socket wayland-kde \
+  # Without its permission checks KWin offers the checks its fake input interface; with
+  # --kwin-checked it keeps them, as Plasma does, and offers it only to the programs whose
+  # desktop files ask for it, such as the portal's backend.
+  checks=(env KWIN_WAYLAND_NO_PERMISSION_CHECKS=1)
+  [ "$kwin" = --kwin ] || checks=(env)
+  "${checks[@]}" "$XDG_RUNTIME_DIR/kwin/kwin_wayland" --virtual --width 1920 --height 1080 --socket wayland-kde \
     >"$log" 2>&1 &
   pids+=($!)
   for _ in $(seq 300); do

@@ -51,10 +51,19 @@ bool typeText(const std::u16string& text, int delayMs = 5,
               const std::function<bool()>& stop = nullptr);
 
 // What keeps synthetic input of one device from reaching the desktop: no display, no
-// injection extension (XTest), or a Wayland compositor that offers no virtual device of that
-// kind to its clients.
+// injection extension (XTest), a Wayland compositor that offers no virtual device of that
+// kind to its clients nor a RemoteDesktop portal, or a portal that the user refused, left
+// unanswered, or that failed. Asking may show the portal's dialog and wait for the user.
 enum class InputDevice { Keyboard, Pointer };
-enum class InputBlocker { None, NoDisplay, NoInjection, NoVirtualDevice };
+enum class InputBlocker {
+    None,
+    NoDisplay,
+    NoInjection,
+    NoVirtualDevice,
+    PortalRefused,
+    PortalNoAnswer,
+    PortalFailed
+};
 InputBlocker inputBlocker(InputDevice device);
 
 // False while the clipboard cannot be read: Windows opens it, which fails while another

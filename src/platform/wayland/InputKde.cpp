@@ -140,6 +140,11 @@ bool sendKeys(WaylandConnection& c, const std::vector<KeyEvent>& events)
     return c.roundtrip();
 }
 
+bool layoutTypes(WaylandConnection& c, std::uint32_t keysym)
+{
+    return keyTyping(seatKeymap(c), keysym).has_value();
+}
+
 bool typeText(WaylandConnection& c, const std::vector<std::uint32_t>& keysyms, int delayMs,
               const std::function<bool()>& stop)
 {

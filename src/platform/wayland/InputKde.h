@@ -15,6 +15,8 @@ bool moveTo(WaylandConnection& c, Point logical);
 bool sendMouseButtons(WaylandConnection& c, const std::vector<ButtonEvent>& events);
 bool sendMouseWheel(WaylandConnection& c, int notches, bool horizontal);
 bool sendKeys(WaylandConnection& c, const std::vector<KeyEvent>& events);
+// The desktop's layout has a key for the keysym, plain or with Shift.
+bool layoutTypes(WaylandConnection& c, std::uint32_t keysym);
 // False when a character had no key.
 bool typeText(WaylandConnection& c, const std::vector<std::uint32_t>& keysyms, int delayMs,
               const std::function<bool()>& stop);

@@ -1,11 +1,13 @@
 // Synthetic input on a Wayland desktop through a virtual keyboard and a virtual pointer of
-// this process (wlroots compositors); no compositor lets a client move or read its pointer.
+// this process (wlroots compositors), KWin's fake input, or the RemoteDesktop portal; no
+// compositor lets a client read its pointer.
 
 #include "../x11/KeyboardX11.h"
 #include "DesktopToolsWayland.h"
 #include "InputKde.h"
 #include "KeymapWayland.h"
 #include "WaylandConnection.h"
+#include "portal/RemoteDesktopPortal.h"
 #include "virtual-keyboard-unstable-v1-client-protocol.h"
 #include "wlr-virtual-pointer-unstable-v1-client-protocol.h"
 
@@ -177,15 +179,87 @@ std::optional<LogicalPlace> logicalPlace(const WaylandConnection& c, Point p)
                         Point{layout.x, layout.y}};
 }
 
-// KWin offers its own fake input device instead of the virtual ones.
+// Which way input goes. The virtual devices of wlroots compositors need nobody's leave. KWin
+// offers its fake input only to the programs it trusts, so where it is offered it is granted,
+// and it asks nobody either. Elsewhere the RemoteDesktop portal, whose dialog the user answers
+// once.
+enum class Route { Virtual, Kde, Portal };
+
+Route keyboardRoute(const WaylandConnection& c)
+{
+    if (c.virtualKeyboards() && c.seat()) return Route::Virtual;
+    return c.kdeFakeInput() ? Route::Kde : Route::Portal;
+}
+
+Route pointerRoute(const WaylandConnection& c)
+{
+    if (c.virtualPointers()) return Route::Virtual;
+    return c.kdeFakeInput() ? Route::Kde : Route::Portal;
+}
+
 bool kdeKeyboard(const WaylandConnection& c)
 {
-    return !(c.virtualKeyboards() && c.seat()) && c.kdeFakeInput();
+    return keyboardRoute(c) == Route::Kde;
 }
 
 bool kdePointer(const WaylandConnection& c)
 {
-    return !c.virtualPointers() && c.kdeFakeInput();
+    return pointerRoute(c) == Route::Kde;
+}
+
+InputBlocker portalBlocker()
+{
+    switch (remote::access()) {
+    case remote::Access::Granted:
+        return InputBlocker::None;
+    case remote::Access::NoPortal:
+        return InputBlocker::NoVirtualDevice;
+    case remote::Access::Refused:
+        return InputBlocker::PortalRefused;
+    case remote::Access::NoAnswer:
+        return InputBlocker::PortalNoAnswer;
+    case remote::Access::Failed:
+        break;
+    }
+    return InputBlocker::PortalFailed;
+}
+
+// The portal's calls wait on D-Bus, and at first on the user: never under the mutex.
+bool throughPortal(bool keyboard)
+{
+    WaylandConnection* c = WaylandConnection::shared();
+    if (!c) return false;
+    std::lock_guard<std::mutex> lock(c->mutex);
+    return (keyboard ? keyboardRoute(*c) : pointerRoute(*c)) == Route::Portal;
+}
+
+bool portalKeys(const std::vector<KeyEvent>& events)
+{
+    bool sent = true;
+    for (const KeyEvent& e : events)
+        if (const std::uint32_t k = x11::keysymForVirtualKey(e.virtualKey))
+            sent = remote::keysym(k, e.down) && sent;
+    return sent;
+}
+
+// The portal turns a keysym into a key of the desktop's layout, and silently drops one that
+// has none: such characters are left out here, and the call answers false.
+bool portalText(WaylandConnection& c, const std::vector<std::uint32_t>& keysyms, int delayMs,
+                const std::function<bool()>& stop)
+{
+    bool all = true;
+    for (std::size_t i = 0; i < keysyms.size() && !(stop && stop()); ++i) {
+        {
+            std::lock_guard<std::mutex> lock(c.mutex);
+            if (!kde::layoutTypes(c, keysyms[i])) {
+                all = false;
+                continue;
+            }
+        }
+        if (!remote::keysym(keysyms[i], true) || !remote::keysym(keysyms[i], false)) return false;
+        pause(delayMs);
+    }
+    return all;
 }
 
 } // namespace
@@ -194,18 +268,24 @@ InputBlocker inputBlocker(InputDevice device)
 {
     WaylandConnection* c = WaylandConnection::shared();
     if (!c) return InputBlocker::NoDisplay;
-    const bool offered = device == InputDevice::Keyboard
-                             ? (c->virtualKeyboards() && c->seat()) || kdeKeyboard(*c)
-                             : c->virtualPointers() || kdePointer(*c);
-    return offered ? InputBlocker::None : InputBlocker::NoVirtualDevice;
+    return throughPortal(device == InputDevice::Keyboard) ? portalBlocker() : InputBlocker::None;
 }
 
 bool setCursorPosition(Point position)
 {
     WaylandConnection* c = WaylandConnection::shared();
     if (!c) return false;
-    std::lock_guard<std::mutex> lock(c->mutex);
+    const bool portal = throughPortal(false);
+    std::unique_lock<std::mutex> lock(c->mutex);
     const std::optional<LogicalPlace> place = logicalPlace(*c, position);
+    if (place && portal) {
+        lock.unlock();
+        if (!remote::moveTo({place->origin.x + int(place->x), place->origin.y + int(place->y)}))
+            return false;
+        lock.lock();
+        devices.cursor = position;
+        return true;
+    }
     if (place && kdePointer(*c)) {
         devices.cursor = position;
         return kde::moveTo(*c,
@@ -231,6 +311,12 @@ bool sendMouseButtons(const std::vector<ButtonEvent>& events)
 {
     WaylandConnection* c = WaylandConnection::shared();
     if (!c) return false;
+    if (throughPortal(false)) {
+        bool sent = true;
+        for (const ButtonEvent& e : events)
+            sent = remote::button(buttonCode(e.button), e.down) && sent;
+        return sent;
+    }
     std::lock_guard<std::mutex> lock(c->mutex);
     if (kdePointer(*c)) return kde::sendMouseButtons(*c, events);
     if (!pointer(*c)) return false;
@@ -247,11 +333,12 @@ bool sendMouseWheel(int delta, bool horizontal)
 {
     WaylandConnection* c = WaylandConnection::shared();
     if (!c) return false;
-    std::lock_guard<std::mutex> lock(c->mutex);
     // Whole notches, as on X; Wayland's vertical axis grows downwards, ours upwards.
     int notches = (std::abs(delta) + 60) / 120;
     if (delta != 0 && notches == 0) notches = 1;
     const int sign = (delta > 0) == horizontal ? 1 : -1;
+    if (throughPortal(false)) return remote::wheel(sign * notches, horizontal);
+    std::lock_guard<std::mutex> lock(c->mutex);
     if (kdePointer(*c)) return kde::sendMouseWheel(*c, sign * notches, horizontal);
     if (!pointer(*c)) return false;
     const std::uint32_t axis =
@@ -274,6 +361,7 @@ bool sendKeys(const std::vector<KeyEvent>& events)
 {
     WaylandConnection* c = WaylandConnection::shared();
     if (!c) return false;
+    if (throughPortal(true)) return portalKeys(events);
     std::lock_guard<std::mutex> lock(c->mutex);
     if (kdeKeyboard(*c)) return kde::sendKeys(*c, events);
     if (!keyboard(*c)) return false;
@@ -306,8 +394,6 @@ bool typeText(const std::u16string& text, int delayMs, const std::function<bool(
 {
     WaylandConnection* c = WaylandConnection::shared();
     if (!c) return false;
-    std::lock_guard<std::mutex> lock(c->mutex);
-    if (!kdeKeyboard(*c) && !keyboard(*c)) return false;
     std::vector<std::uint32_t> keysyms;
     for (std::size_t i = 0; i < text.size(); ++i) {
         char32_t ch = text[i];
@@ -316,6 +402,9 @@ bool typeText(const std::u16string& text, int delayMs, const std::function<bool(
             ch = 0x10000 + ((ch - 0xD800) << 10) + (text[++i] - 0xDC00);
         if (const std::uint32_t k = x11::keysymForCharacter(ch)) keysyms.push_back(k);
     }
+    if (throughPortal(true)) return portalText(*c, keysyms, delayMs, stop);
+    std::lock_guard<std::mutex> lock(c->mutex);
+    if (!kdeKeyboard(*c) && !keyboard(*c)) return false;
     if (kdeKeyboard(*c)) return kde::typeText(*c, keysyms, delayMs, stop);
     // A keymap per run of text whose characters fit into one.
     std::size_t start = 0;

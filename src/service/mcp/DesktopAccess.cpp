@@ -15,6 +15,13 @@ QString desktop()
     return named.isEmpty() ? QStringLiteral("Wayland") : named;
 }
 
+McpToolResult portalError(const QString& why)
+{
+    return mcpToolError(QStringLiteral("this desktop (%1) takes input only through its "
+                                       "RemoteDesktop portal, and %2: input was not sent")
+                            .arg(desktop(), why));
+}
+
 std::optional<McpToolResult> inputUnavailable(platform::InputDevice device, const char* what,
                                               const char* protocol)
 {
@@ -27,11 +34,18 @@ std::optional<McpToolResult> inputUnavailable(platform::InputDevice device, cons
         return mcpToolError(
             QStringLiteral("the X server lacks the XTest extension: input cannot be sent"));
     case platform::InputBlocker::NoVirtualDevice:
+        return mcpToolError(QStringLiteral("this desktop (%1) offers no %2: its compositor lacks "
+                                           "the %3 protocol and no RemoteDesktop portal is there, "
+                                           "so input cannot be sent")
+                                .arg(desktop(), QLatin1String(what), QLatin1String(protocol)));
+    case platform::InputBlocker::PortalRefused:
+        return portalError(QStringLiteral("the user refused it in the portal's dialog"));
+    case platform::InputBlocker::PortalNoAnswer:
+        return portalError(QStringLiteral("nobody answered the portal's dialog in time"));
+    case platform::InputBlocker::PortalFailed:
         break;
     }
-    return mcpToolError(QStringLiteral("this desktop (%1) offers no %2: its compositor lacks the "
-                                       "%3 protocol, so input cannot be sent")
-                            .arg(desktop(), QLatin1String(what), QLatin1String(protocol)));
+    return portalError(QStringLiteral("the portal could not start a remote desktop session"));
 }
 
 } // namespace

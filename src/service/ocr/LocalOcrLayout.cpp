@@ -33,6 +33,9 @@ constexpr int kColourful = 24;
 constexpr double kOneHueShare = 0.5;
 // A ring has none of its pixels within this share of its size from its centre.
 constexpr double kRingHole = 0.25;
+constexpr double kRoundness = 1.15;
+// Narrow shapes this many letter heights tall are bars.
+constexpr double kBarHeight = 2.5;
 // Shades this much darker than the background belong to a picture's outline; a picture is
 // shaded, with less than this share of ink; a shape filling this share of its bounds is a
 // panel or a button's face.
@@ -238,11 +241,14 @@ LocalOcrLayout::Verdict LocalOcrLayout::judge(int label) const
                         c.pixels <= 2 * kRuleThickness * (r.width() + r.height()) &&
                         c.pixels < 0.35 * r.width() * r.height();
     const bool faint = c.darkest > m_faint; // shading, such as a glass icon's
-    if (!thin && !large && !solid && !hollow && !faint) return Verdict::Text;
+    const bool tall = r.height() >= kMinIconHeight && r.height() > 2 * r.width();
+    if (!thin && !large && !solid && !hollow && !faint && !tall) return Verdict::Text;
     const int margin = std::max(r.height(), kMinIconHeight);
     const int text = typicalHeight(r.adjusted(-margin, -margin, margin, margin), &c);
+    // A scroll bar, stippled or not, is far taller than any letter.
     const bool rule = (r.height() <= kRuleThickness && r.width() >= 3 * text) ||
-                      (r.width() <= 2 && r.height() >= 1.5 * text);
+                      (r.width() <= 2 && r.height() >= 1.5 * text) ||
+                      (tall && r.height() >= kBarHeight * text);
     const bool frame = hollow && r.width() >= 2 * text && r.height() >= 1.5 * text;
     // Coloured in one hue, or a ring around a symbol, as the information sign. Letters drawn
     // with coloured edges, for screens' subpixels, have hues all around.
@@ -256,10 +262,13 @@ LocalOcrLayout::Verdict LocalOcrLayout::judge(int label) const
     return rule || frame || cursor || faint ? Verdict::Line : Verdict::Text;
 }
 
-// A ring leaves the middle of its bounds empty; a sparse Chinese character, as "文", crosses it.
+// A ring is round and leaves the middle of its bounds empty; a sparse Chinese character, as
+// "文", crosses it, and a rounded button, as "(OK)", is wider than tall.
 bool LocalOcrLayout::isRing(int label) const
 {
     const QRect& r = m_components[label].rect;
+    if (std::max(r.width(), r.height()) > kRoundness * std::min(r.width(), r.height()))
+        return false;
     const double cx = r.left() + (r.width() - 1) / 2.0, cy = r.top() + (r.height() - 1) / 2.0;
     for (int y = r.top(); y <= r.bottom(); ++y)
         for (int x = r.left(); x <= r.right(); ++x) {
@@ -293,22 +302,28 @@ void LocalOcrLayout::eraseNonText()
     }
 }
 
-// Some bitmap fonts draw the full stop as a small cross that reaches below the baseline, which
-// the engine reads as a comma once enlarged; a square on the baseline it reads as a full stop.
+// Some bitmap fonts draw the full stop as a small cross, three or four pixels wide, that
+// reaches below the baseline, which the engine reads as a comma once enlarged; a square on the
+// baseline it reads as a full stop.
 void LocalOcrLayout::squareDots()
 {
+    const auto ink = [this](int px, int py) { return m_ink.constScanLine(py)[px] != 0; };
     for (const Component& c : std::as_const(m_components)) {
         const QRect& r = c.rect;
-        if (r.width() != 3 || r.height() != 3 || c.pixels != 5) continue;
-        const int x = r.left(), y = r.top();
-        const auto ink = [this](int px, int py) { return m_ink.constScanLine(py)[px] != 0; };
-        if (!ink(x + 1, y) || !ink(x, y + 1) || !ink(x + 2, y + 1) || !ink(x + 1, y + 2)) continue;
+        const int x = r.left(), y = r.top(), w = r.width();
+        if ((w != 3 && w != 4) || r.height() != 3 || c.pixels != 3 * w - 4) continue;
+        bool cross = true; // all but the corners
+        for (int dy = 0; dy < 3; ++dy)
+            for (int dx = 0; dx < w; ++dx)
+                cross &= ink(x + dx, y + dy) != ((dx == 0 || dx == w - 1) && dy != 1);
+        if (!cross) continue;
         bool colon = false; // a dot of a colon or semicolon
         for (int py = std::max(0, y - kColonGap);
              py < std::min(m_ink.height(), y + 3 + kColonGap) && !colon; ++py)
-            colon = (py < y || py > y + 2) && (ink(x, py) || ink(x + 1, py) || ink(x + 2, py));
+            for (int dx = 0; dx < w && !colon; ++dx)
+                colon = (py < y || py > y + 2) && ink(x + dx, py);
         if (colon) continue;
-        for (int dx = 0; dx < 3; ++dx) {
+        for (int dx = 0; dx < w; ++dx) {
             m_grey.scanLine(y)[x + dx] = m_grey.scanLine(y + 1)[x + dx] = uchar(c.darkest);
             m_grey.scanLine(y + 2)[x + dx] = 255;
             m_ink.scanLine(y)[x + dx] = m_ink.scanLine(y + 1)[x + dx] = 1;

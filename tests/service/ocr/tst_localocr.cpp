@@ -136,7 +136,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<double>("limit");
-        QTest::newRow("text box with borders") << QStringLiteral("xmessage") << 0.06;
+        QTest::newRow("text box with borders, bold bitmap font")
+            << QStringLiteral("xmessage") << 0.02;
         QTest::newRow("buttons with icons") << QStringLiteral("qt-dialog") << 0.02;
         QTest::newRow("shaded icon beside a heading") << QStringLiteral("heading-40px") << 0.02;
         QTest::newRow("bitmap terminal") << QStringLiteral("xterm-9x15-dark") << 0.015;

@@ -244,9 +244,4 @@ bool keysym(std::uint32_t keysym, bool down)
     return notify("NotifyKeyboardKeysym", {int(keysym), down ? kPressed : kReleased});
 }
 
-bool keycode(std::uint32_t evdevKey, bool down)
-{
-    return notify("NotifyKeyboardKeycode", {int(evdevKey), down ? kPressed : kReleased});
-}
-
 } // namespace zelmor::platform::wayland::remote

@@ -21,6 +21,5 @@ bool moveTo(Point logical);
 bool button(std::uint32_t evdevButton, bool down);
 bool wheel(int notches, bool horizontal);
 bool keysym(std::uint32_t keysym, bool down);
-bool keycode(std::uint32_t evdevKey, bool down);
 
 } // namespace zelmor::platform::wayland::remote

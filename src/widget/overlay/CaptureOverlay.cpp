@@ -197,7 +197,8 @@ void CaptureOverlay::showEvent(QShowEvent* event)
 
 // A Wayland window learns its output's scale only once the compositor has put it there, after
 // the first frame; the widget, which took the scale from its screen beforehand, would not paint
-// again, and the output kept a frame of the wrong scale.
+// again, so that output kept a frame of the wrong scale, and sway then went on showing the
+// desktop instead of the overlay on an output of another scale.
 void CaptureOverlay::repaintAtOutputScale(int triesLeft)
 {
     QWindow* window = windowHandle();

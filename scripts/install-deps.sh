@@ -16,6 +16,8 @@ packages=("$@")
   libxkbcommon-dev libatspi2.0-dev
   # the Wayland backend: the client library and wayland-scanner for the protocol code
   libwayland-dev libwayland-bin wayland-protocols
+  # the screen's stream from the desktop's ScreenCast portal (KDE, GNOME)
+  libpipewire-0.3-dev
   # recorded frames are kept compressed with zstd
   libzstd-dev
   # local text recognition: the engine's header to build, the engine and its languages to run

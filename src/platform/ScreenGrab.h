@@ -48,6 +48,8 @@ PortalAnswer lastPortalAnswer();
 
 // True where every grab asks the desktop for one picture (its screenshot portal, which may ask
 // the user): enough for a capture, not for the frames of a recording or a scroll capture.
+// Where the desktop streams the screen instead (its ScreenCast portal, which asks the user the
+// first time), that stream is opened here and false returned; it closes once unused.
 bool grabsAreSinglePictures();
 
 // Copies a physical desktop rectangle into 32-bit pixels 0xffRRGGBB, row by row, into

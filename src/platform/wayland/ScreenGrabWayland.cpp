@@ -4,6 +4,7 @@
 
 #include "ScreenGrabWayland.h"
 #include "../Pixels.h"
+#include "ScreenStream.h"
 #include "WaylandConnection.h"
 #include "portal/ScreenshotPortal.h"
 
@@ -217,7 +218,11 @@ bool grabDesktopRect(const Rect& rect, std::uint32_t* dest, int destStride, Grab
     WaylandConnection* c = WaylandConnection::shared();
     if (!c || rect.isEmpty() || !dest || destStride < rect.width) return false;
     if (method == GrabMethod::Portal || !c->screencopy() || !c->shm()) {
-        if (method == GrabMethod::SharedMemory || !screenshotPortalAvailable()) return false;
+        if (method == GrabMethod::SharedMemory) return false;
+        // An open stream of the screen (a recording's) serves at once, asking nobody.
+        if (method != GrabMethod::Portal && grabFromScreenStream(rect, dest, destStride))
+            return true;
+        if (!screenshotPortalAvailable()) return false;
         Rect desktop;
         for (const MonitorInfo& m : listMonitors())
             desktop = united(desktop, m.rect);

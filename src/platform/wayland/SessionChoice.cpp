@@ -6,6 +6,7 @@
 #include "../x11/ScreenGrabX11.h"
 #include "../x11/SessionX11.h"
 #include "ScreenGrabWayland.h"
+#include "ScreenStream.h"
 #include "portal/ScreenshotPortal.h"
 
 #include <wayland-client.h>
@@ -80,7 +81,8 @@ GrabBlocker screenGrabBlocker()
 
 bool grabsAreSinglePictures()
 {
-    return onWayland() && !wayland::screencopyAvailable() && wayland::screenshotPortalAvailable();
+    return onWayland() && !wayland::screencopyAvailable() && wayland::screenshotPortalAvailable() &&
+           !wayland::openScreenStream();
 }
 
 PortalAnswer lastPortalAnswer()

@@ -30,6 +30,9 @@ QString LocalOcrEngine::tidy(QString text)
         QStringLiteral("(?<=[\\x{3000}-\\x{303F}\\x{4E00}-\\x{9FFF}\\x{FF00}-\\x{FFEF}]) +"
                        "(?=[\\x{3000}-\\x{303F}\\x{4E00}-\\x{9FFF}\\x{FF00}-\\x{FFEF}])"));
     static const QRegularExpression trailingBlanks(QStringLiteral("[ \\t]+(?=\\n|$)"));
+    // It reads the two hyphens before a long command-line option as one long dash.
+    static const QRegularExpression optionDash(QStringLiteral("(?<!\\S)\\x{2014}(?=[A-Za-z])"));
+    text.replace(optionDash, QStringLiteral("--"));
     text.remove(cjkGap);
     text.remove(trailingBlanks);
     return text.trimmed();

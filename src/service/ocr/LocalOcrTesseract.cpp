@@ -139,7 +139,7 @@ std::optional<QString> readBlock(TessBaseAPI* api, const LocalOcrLayout& layout,
     if (prepared.isNull()) return std::nullopt;
     const std::optional<Reading> first =
         readImage(api, prepared, int(kScreenPpi * block.scale), cancelled);
-    if (!first || first->confidence >= kSureConfidence || block.sharp)
+    if (!first || first->confidence >= kSureConfidence)
         return first ? std::optional(first->text) : std::nullopt;
     block.scale *= kRetryScale;
     prepared = layout.prepared(block);

@@ -11,6 +11,7 @@
 #include <QTimer>
 
 #include <atomic>
+#include <mutex>
 
 namespace zelmor::platform::wayland {
 
@@ -57,10 +58,21 @@ QString requestPath(const QDBusConnection& bus, const QString& token)
 
 } // namespace
 
+// Qt's shared session connection holds incoming messages back until the main event loop has
+// turned once; a tool call that runs before that waited out every answer of the portal.
+QDBusConnection portalBus()
+{
+    static const QString name = QStringLiteral("zelmor-portal");
+    static std::once_flag connected;
+    std::call_once(connected,
+                   [] { QDBusConnection::connectToBus(QDBusConnection::SessionBus, name); });
+    return QDBusConnection(name);
+}
+
 PortalReply callPortal(const QString& interface, const QString& method, QVariantList arguments,
                        int timeoutMs)
 {
-    QDBusConnection bus = QDBusConnection::sessionBus();
+    QDBusConnection bus = portalBus();
     if (!QCoreApplication::instance() || !bus.isConnected() || arguments.isEmpty()) return {};
     static std::atomic<int> serial{0};
     const QString token = QStringLiteral("zelmor%1").arg(++serial);
@@ -114,7 +126,7 @@ bool portalOffers(const QString& interface)
     QMutexLocker lock(&mutex);
     const auto found = known.constFind(interface);
     if (found != known.cend()) return *found;
-    QDBusConnection bus = QDBusConnection::sessionBus();
+    QDBusConnection bus = portalBus();
     if (!QCoreApplication::instance() || !bus.isConnected()) return false;
     QDBusMessage get = QDBusMessage::createMethodCall(
         kPortalService, kPortalPath, QStringLiteral("org.freedesktop.DBus.Properties"),

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusConnection>
 #include <QString>
 #include <QVariantList>
 #include <QVariantMap>
@@ -25,6 +26,10 @@ struct PortalReply
 // gets the request's handle token) and waits for the answer, running a local event loop.
 PortalReply callPortal(const QString& interface, const QString& method, QVariantList arguments,
                        int timeoutMs);
+
+// The connection every portal call and signal goes through: a session and its signals belong
+// to the connection that made it.
+QDBusConnection portalBus();
 
 // The portal offers `interface` (read once per interface and process).
 bool portalOffers(const QString& interface);

@@ -121,11 +121,10 @@ Access accessOf(PortalOutcome outcome)
 
 void closeSession(const QString& path)
 {
-    QDBusConnection::sessionBus().call(
-        QDBusMessage::createMethodCall(kPortalService, path,
-                                       QStringLiteral("org.freedesktop.portal.Session"),
-                                       QStringLiteral("Close")),
-        QDBus::NoBlock);
+    portalBus().call(QDBusMessage::createMethodCall(
+                         kPortalService, path, QStringLiteral("org.freedesktop.portal.Session"),
+                         QStringLiteral("Close")),
+                     QDBus::NoBlock);
 }
 
 // A step that asks nobody and goes unanswered failed.
@@ -180,8 +179,7 @@ bool notify(const char* method, QVariantList arguments)
     QDBusMessage call = QDBusMessage::createMethodCall(kPortalService, kPortalPath, kRemoteDesktop,
                                                        QLatin1String(method));
     call.setArguments(arguments);
-    const QDBusMessage reply =
-        QDBusConnection::sessionBus().call(call, QDBus::Block, kStepTimeoutMs);
+    const QDBusMessage reply = portalBus().call(call, QDBus::Block, kStepTimeoutMs);
     if (reply.type() == QDBusMessage::ReplyMessage) return true;
     session.clear();
     return false;
@@ -199,8 +197,7 @@ Access access()
     std::lock_guard<std::recursive_mutex> lock(mutex);
     if (!session.isEmpty()) return Access::Granted;
     if (!offered()) return Access::NoPortal;
-    // A backend that has just started may not know the screens yet, and fails the session;
-    // and the answer to the first request of a process sometimes never reaches it.
+    // A backend that has just started may not know the screens yet, and fails the session.
     const Access first = start();
     if (first != Access::Failed) return first;
     QThread::msleep(kRetryPauseMs);

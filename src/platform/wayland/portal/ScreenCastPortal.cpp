@@ -62,7 +62,7 @@ uint cursorMode()
         kPortalService, kPortalPath, QStringLiteral("org.freedesktop.DBus.Properties"),
         QStringLiteral("Get"));
     get.setArguments({kScreenCast, QStringLiteral("AvailableCursorModes")});
-    const QDBusMessage reply = QDBusConnection::sessionBus().call(get, QDBus::Block, 5000);
+    const QDBusMessage reply = portalBus().call(get, QDBus::Block, 5000);
     const uint modes = reply.arguments().value(0).value<QDBusVariant>().variant().toUInt();
     return modes & kCursorHidden || !(modes & kCursorEmbedded) ? kCursorHidden : kCursorEmbedded;
 }
@@ -134,7 +134,7 @@ PortalOutcome startSession(ScreenCastGrant* grant)
     QDBusMessage open = QDBusMessage::createMethodCall(kPortalService, kPortalPath, kScreenCast,
                                                        QStringLiteral("OpenPipeWireRemote"));
     open.setArguments({QVariant::fromValue(session), QVariantMap()});
-    const QDBusMessage remote = QDBusConnection::sessionBus().call(open, QDBus::Block, 10000);
+    const QDBusMessage remote = portalBus().call(open, QDBus::Block, 10000);
     const auto fd = remote.arguments().value(0).value<QDBusUnixFileDescriptor>();
     grant->remote = fd.isValid() ? ::dup(fd.fileDescriptor()) : -1;
     return grant->remote >= 0 ? PortalOutcome::Granted : PortalOutcome::Failed;
@@ -161,11 +161,10 @@ bool openScreenCast(ScreenCastGrant* grant)
 void closeScreenCast()
 {
     if (sessionPath.isEmpty()) return;
-    QDBusConnection::sessionBus().call(
-        QDBusMessage::createMethodCall(kPortalService, sessionPath,
-                                       QStringLiteral("org.freedesktop.portal.Session"),
-                                       QStringLiteral("Close")),
-        QDBus::NoBlock);
+    portalBus().call(QDBusMessage::createMethodCall(
+                         kPortalService, sessionPath,
+                         QStringLiteral("org.freedesktop.portal.Session"), QStringLiteral("Close")),
+                     QDBus::NoBlock);
     sessionPath.clear();
 }
 

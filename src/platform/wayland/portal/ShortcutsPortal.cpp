@@ -152,7 +152,7 @@ private:
         m_session = reply.results.value(QStringLiteral("session_handle")).toString();
         if (reply.outcome != PortalOutcome::Granted || m_session.isEmpty()) return false;
         if (!m_listening)
-            m_listening = QDBusConnection::sessionBus().connect(
+            m_listening = portalBus().connect(
                 kPortalService, kPortalPath, kShortcuts, QStringLiteral("Activated"), this,
                 SLOT(activated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
         return true;
@@ -172,7 +172,7 @@ private:
     void closeSession()
     {
         if (m_session.isEmpty()) return;
-        QDBusConnection::sessionBus().call(
+        portalBus().call(
             QDBusMessage::createMethodCall(kPortalService, m_session,
                                            QStringLiteral("org.freedesktop.portal.Session"),
                                            QStringLiteral("Close")),

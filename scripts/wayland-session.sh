@@ -58,6 +58,13 @@ if [ -z "${ZELMOR_WAYLAND_INNER:-}" ]; then
   fi
   chmod 700 "$base/home" "$base/run" "$base/tmp"
   home=$base/home
+  # Plasma's notification service waits a minute for a shell that never comes here, holding the
+  # session open; a stand-in that ends at once makes the portal give up on notifying.
+  services=$home/data/dbus-1/services
+  mkdir -p "$services"
+  printf '[D-BUS Service]\nName=org.freedesktop.Notifications\nExec=/bin/false\n' \
+    >"$services/org.freedesktop.Notifications.service"
+  [ -z "${user:-}" ] || chown -R "$user:" "$home/data"
   # --reset-env drops the caller's environment; what the command needs is passed on here.
   "${as_user[@]}" env -i PATH="$PATH" LANG="${LANG:-C.UTF-8}" ${LC_ALL:+LC_ALL=$LC_ALL} \
     ${ZELMOR_BIN_DIR:+ZELMOR_BIN_DIR=$ZELMOR_BIN_DIR} \

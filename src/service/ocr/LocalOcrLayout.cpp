@@ -94,6 +94,41 @@ QList<std::pair<int, int>> spans(const QList<int>& ink, int gap)
     return result;
 }
 
+// A 3x3 blur weighting the middle row and column `centre` times as much as the corners.
+QImage blurred(const QImage& grey, int centre)
+{
+    QImage out = grey;
+    const int w = grey.width(), h = grey.height();
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            int sum = 0, weight = 0;
+            for (int dy = -1; dy <= 1; ++dy)
+                for (int dx = -1; dx <= 1; ++dx) {
+                    const int k = (dx ? 1 : centre) * (dy ? 1 : centre);
+                    sum += k * grey.constScanLine(
+                                   std::clamp(y + dy, 0, h - 1))[std::clamp(x + dx, 0, w - 1)];
+                    weight += k;
+                }
+            out.scanLine(y)[x] = uchar(sum / weight);
+        }
+    return out;
+}
+
+// A bitmap font enlarged by whole pixels and then rounded off, which the engine reads better
+// than the same enlarged smoothly.
+QImage enlargedSharp(const QImage& grey, const QSize& size, OcrBlock::Softness softness)
+{
+    const int whole = std::max(1, std::min(size.width() / std::max(1, grey.width()),
+                                           size.height() / std::max(1, grey.height())));
+    QImage out = grey.scaled(grey.size() * whole, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+    if (softness == OcrBlock::Softness::Light)
+        out = blurred(out, 2);
+    else
+        out = blurred(blurred(out, 1), 1);
+    return out.size() == size ? out
+                              : out.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
 } // namespace
 
 LocalOcrLayout::LocalOcrLayout(const QImage& image)
@@ -437,7 +472,9 @@ QImage LocalOcrLayout::prepared(const OcrBlock& block) const
     QImage out(size + QSize(2 * kMargin, 2 * kMargin), QImage::Format_Grayscale8);
     if (out.isNull()) return {};
     out.fill(255);
-    const QImage scaled = grey.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    const QImage scaled = block.sharp
+                              ? enlargedSharp(grey, size, block.softness)
+                              : grey.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     for (int y = 0; y < scaled.height(); ++y)
         std::copy_n(scaled.constScanLine(y), scaled.width(), out.scanLine(y + kMargin) + kMargin);
     return out;

@@ -13,8 +13,11 @@ struct OcrBlock
 {
     QRect rect;
     double scale = 1;
-    bool sharp = false;         // a bitmap font: enlarged by whole pixels, without smoothing
+    bool sharp = false;         // a bitmap font: enlarged by whole pixels, then blurred
     bool joinsPrevious = false; // on the same line as the block before it
+    // How much a sharp block is blurred once enlarged: bitmap letters read best with their
+    // steps rounded off, lightly, or for the finest fonts, as "w" with a short middle, more.
+    enum class Softness { Light, Strong } softness = Softness::Light;
 };
 
 // The text of a screenshot as the engine reads it best: on a light background, without ruling

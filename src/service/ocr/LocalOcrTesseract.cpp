@@ -22,6 +22,9 @@ constexpr double kScreenPpi = 96;
 // Below this mean confidence a block is read again, this many times as large.
 constexpr int kSureConfidence = 80;
 constexpr double kRetryScale = 1.5;
+// A bitmap font still unsure at the larger size is read once more, blurred more; that reading
+// counts only when this sure, as on a barely readable prompt it turns symbols into others.
+constexpr int kSofterConfidence = 50;
 
 struct Tesseract
 {
@@ -130,23 +133,33 @@ std::optional<Reading> readImage(TessBaseAPI* api, const QImage& block, int ppi,
     return read;
 }
 
+std::optional<Reading> readPrepared(TessBaseAPI* api, const LocalOcrLayout& layout,
+                                    const OcrBlock& block, const std::atomic_bool* cancelled)
+{
+    const QImage prepared = layout.prepared(block);
+    if (prepared.isNull()) return std::nullopt;
+    return readImage(api, prepared, int(kScreenPpi * block.scale), cancelled);
+}
+
 // A block the engine is unsure of, as a line of Chinese taken for Latin letters, is read once
 // more at another size, and the surer reading kept.
-std::optional<QString> readBlock(TessBaseAPI* api, const LocalOcrLayout& layout, OcrBlock block,
-                                 const std::atomic_bool* cancelled)
+std::optional<QString> readBlock(TessBaseAPI* api, const LocalOcrLayout& layout,
+                                 const OcrBlock& block, const std::atomic_bool* cancelled)
 {
-    QImage prepared = layout.prepared(block);
-    if (prepared.isNull()) return std::nullopt;
-    const std::optional<Reading> first =
-        readImage(api, prepared, int(kScreenPpi * block.scale), cancelled);
-    if (!first || first->confidence >= kSureConfidence)
-        return first ? std::optional(first->text) : std::nullopt;
-    block.scale *= kRetryScale;
-    prepared = layout.prepared(block);
-    const std::optional<Reading> second =
-        prepared.isNull() ? std::nullopt
-                          : readImage(api, prepared, int(kScreenPpi * block.scale), cancelled);
-    return second && second->confidence > first->confidence ? second->text : first->text;
+    std::optional<Reading> best = readPrepared(api, layout, block, cancelled);
+    if (!best) return std::nullopt;
+    const auto keepSurer = [&](const OcrBlock& other, int atLeast) {
+        const std::optional<Reading> reading = readPrepared(api, layout, other, cancelled);
+        if (reading && reading->confidence > best->confidence && reading->confidence >= atLeast)
+            best = reading;
+    };
+    OcrBlock larger = block;
+    larger.scale *= kRetryScale;
+    if (best->confidence < kSureConfidence) keepSurer(larger, 0);
+    OcrBlock softer = block;
+    softer.softness = OcrBlock::Softness::Strong;
+    if (block.sharp && best->confidence < kSureConfidence) keepSurer(softer, kSofterConfidence);
+    return best->text;
 }
 
 } // namespace

@@ -143,7 +143,8 @@ private Q_SLOTS:
         QTest::newRow("bitmap terminal") << QStringLiteral("xterm-9x15-dark") << 0.015;
         QTest::newRow("manual page: bold headings, long options")
             << QStringLiteral("man-ls") << 0.02;
-        QTest::newRow("bitmap full stops") << QStringLiteral("xterm-fixed-light") << 0.04;
+        QTest::newRow("smallest bitmap font: full stops, w")
+            << QStringLiteral("xterm-fixed-light") << 0.02;
         QTest::newRow("Chinese beside an icon") << QStringLiteral("gtk-cjk") << 0.05;
         QTest::newRow("Chinese beside a ringed icon") << QStringLiteral("qt-cjk-16px") << 0.02;
         QTest::newRow("Chinese, buttons filled by their text")

@@ -34,6 +34,7 @@ void placeAtTopCentre(QWidget* strip)
     const QScreen* primary = QGuiApplication::primaryScreen();
     if (!primary) return;
     const QRect g = primary->availableGeometry();
+    strip->adjustSize(); // its width, before it was ever shown
     strip->move(g.center().x() - strip->width() / 2, g.top() + 12);
 }
 

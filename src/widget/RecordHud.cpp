@@ -1,6 +1,7 @@
 #include "RecordHud.h"
 
 #include "FollowLanguage.h"
+#include "StripSurface.h"
 #include "Translucency.h"
 #include "platform/Session.h"
 
@@ -51,6 +52,7 @@ Qt::WindowFlags recordOverlayFlags()
 RecordHud::RecordHud(QWidget* parent) : QWidget(parent, recordOverlayFlags())
 {
     setAttribute(Qt::WA_TranslucentBackground);
+    m_surface = new StripSurface(this);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setFocusPolicy(Qt::NoFocus);
     setAccessibleName(tr("Recording", "record.hud.name"));
@@ -146,6 +148,12 @@ void RecordHud::setKeyChips(const QStringList& labels)
     // Longer names give way at the oldest end.
     m_keysLabel->setText(m_keysLabel->fontMetrics().elidedText(
         chips.join(QLatin1Char(' ')), Qt::ElideLeft, m_keysLabel->width()));
+}
+
+void RecordHud::setVisible(bool visible)
+{
+    if (m_surface->setShown(visible)) return;
+    QWidget::setVisible(visible);
 }
 
 void RecordHud::paintEvent(QPaintEvent*)

@@ -8,6 +8,8 @@ class QPushButton;
 
 namespace zelmor::widget {
 
+class StripSurface;
+
 // The strip that stands over a recording: elapsed time, pause, stop, cancel and the keys just
 // pressed. It never takes the focus from the program being recorded.
 class RecordHud : public QWidget
@@ -15,6 +17,8 @@ class RecordHud : public QWidget
     Q_OBJECT
 public:
     explicit RecordHud(QWidget* parent = nullptr);
+    // On Wayland the strip shows where it stands through the desktop's own layer.
+    void setVisible(bool visible) override;
 
 public slots:
     void setElapsed(int secs);
@@ -32,6 +36,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    StripSurface* m_surface = nullptr;
     QLabel* m_timeLabel = nullptr;
     QLabel* m_timeLeftLabel = nullptr;
     QPushButton* m_pauseButton = nullptr;

@@ -2,6 +2,7 @@
 
 #include "FollowLanguage.h"
 #include "RecordHud.h"
+#include "StripSurface.h"
 #include "Translucency.h"
 
 #include <QHBoxLayout>
@@ -15,6 +16,7 @@ namespace zelmor::widget {
 ScrollHud::ScrollHud(QWidget* parent) : QWidget(parent, recordOverlayFlags())
 {
     setAttribute(Qt::WA_TranslucentBackground);
+    m_surface = new StripSurface(this);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setFocusPolicy(Qt::NoFocus);
     setAccessibleName(tr("Scroll capture", "record.scroll.saved"));
@@ -101,6 +103,12 @@ void ScrollHud::setSaving(bool saving)
     m_cancelButton->setEnabled(!saving);
     setCursor(saving ? Qt::BusyCursor : Qt::ArrowCursor);
     m_heightLabel->setText(labelText());
+}
+
+void ScrollHud::setVisible(bool visible)
+{
+    if (m_surface->setShown(visible)) return;
+    QWidget::setVisible(visible);
 }
 
 void ScrollHud::paintEvent(QPaintEvent*)

@@ -7,12 +7,16 @@ class QPushButton;
 
 namespace zelmor::widget {
 
+class StripSurface;
+
 // The strip that stands over a scroll capture: the height stitched so far, stop and cancel.
 class ScrollHud : public QWidget
 {
     Q_OBJECT
 public:
     explicit ScrollHud(QWidget* parent = nullptr);
+    // On Wayland the strip shows where it stands through the desktop's own layer.
+    void setVisible(bool visible) override;
 
 public slots:
     void setStitchedHeight(int px);
@@ -29,6 +33,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    StripSurface* m_surface = nullptr;
     static QString heightText(int px);
     static QString savingText();
     static QString tooFastText();

@@ -26,8 +26,12 @@ bool StripSurface::setShown(bool shown)
     if (!shown) {
         const bool wasShown = m_surface != nullptr;
         m_repaintTimer.stop();
-        delete m_notifier;
-        m_notifier = nullptr;
+        if (m_notifier) {
+            // It may be the one whose signal runs now.
+            m_notifier->setEnabled(false);
+            m_notifier->deleteLater();
+            m_notifier = nullptr;
+        }
         m_surface.reset();
         m_shown = QImage();
         return wasShown;

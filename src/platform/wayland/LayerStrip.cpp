@@ -129,6 +129,13 @@ LayerStrip::~LayerStrip()
     dropBuffers();
     if (m_layer) zwlr_layer_surface_v1_destroy(m_layer);
     if (m_surface) wl_surface_destroy(m_surface);
+    if (m_pointer) wl_pointer_destroy(m_pointer);
+    if (m_seat) wl_seat_destroy(m_seat);
+    if (m_output) wl_output_destroy(m_output);
+    if (m_layerShell) zwlr_layer_shell_v1_destroy(m_layerShell);
+    if (m_shm) wl_shm_destroy(m_shm);
+    if (m_compositor) wl_compositor_destroy(m_compositor);
+    wl_registry_destroy(m_registry);
     wl_display_disconnect(m_display);
 }
 

@@ -21,6 +21,9 @@ await eval 'swaymsg -t get_tree | grep -q "\"name\": \"Zelmor capture\""' || tru
 "$press" drag 600 500 1100 800
 # The overlay's Start button, at the right end of the bar under the region.
 "$press" drag 988 828 988 828
+# The darkened overlay would pass for the strip.
+await eval '! swaymsg -t get_tree | grep -q "\"name\": \"Zelmor capture\""' ||
+  fail "the overlay stayed after Start"
 await eval '[ "$(grab "$top")" != "$desk_top" ]' ||
   fail "no recording strip at the top edge"
 [ "$(grab "$region")" = "$desk_region" ] || fail "the recording strip stands in the recorded region"

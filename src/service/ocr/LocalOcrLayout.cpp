@@ -48,6 +48,10 @@ constexpr double kOutlineShare = 0.15;
 constexpr int kColonGap = 6;
 // Blank columns this many letter heights wide part columns of text.
 constexpr double kColumnGap = 2.5;
+// Square characters, as Chinese, at least this many one under another are vertical text.
+constexpr int kMinStacked = 3;
+constexpr double kSquareness = 1.25;
+constexpr int kMinCharacterHeight = 8;
 
 int backgroundGrey(const QImage& grey)
 {
@@ -127,6 +131,20 @@ QImage enlargedSharp(const QImage& grey, const QSize& size, OcrBlock::Softness s
         out = blurred(blurred(out, 1), 1);
     return out.size() == size ? out
                               : out.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
+bool isSquareCharacter(const QRect& r)
+{
+    return r.height() >= kMinCharacterHeight && r.width() * kSquareness >= r.height() &&
+           r.width() <= kSquareness * r.height();
+}
+
+// Whether `below` is the next character of a column whose last one is `above`.
+bool continuesColumn(const QRect& above, const QRect& below)
+{
+    return isSquareCharacter(above) && isSquareCharacter(below) && below.top() > above.bottom() &&
+           below.top() - above.bottom() <= above.height() &&
+           std::abs(below.center().x() - above.center().x()) <= above.width() / 2;
 }
 
 } // namespace
@@ -426,11 +444,29 @@ void LocalOcrLayout::cut(const QRect& rect, QList<QRect>& lines) const
 
 void LocalOcrLayout::groupLines(const QList<QRect>& lines)
 {
-    for (const QRect& line : lines) {
+    for (int i = 0; i < lines.size(); ++i) {
+        // Characters one under another, read each alone, come out as other characters.
         OcrBlock block;
+        int last = i;
+        while (last + 1 < lines.size() && continuesColumn(lines[last], lines[last + 1]))
+            ++last;
+        if (last + 1 - i >= kMinStacked)
+            block.stacked = lines.mid(i, last + 1 - i);
+        else
+            last = i;
+        QRect line = lines[i];
+        int height = line.height();
+        for (const QRect& character : std::as_const(block.stacked)) {
+            line |= character;
+            height = std::max(height, character.height());
+        }
+        i = last;
         block.rect = line;
         block.sharp = isSharp(line);
-        const double estimate = std::max<double>(typicalHeight(line), kLineShare * line.height());
+        const double estimate =
+            block.stacked.isEmpty()
+                ? std::max<double>(typicalHeight(line), kLineShare * line.height())
+                : kLineShare * height;
         const double scale = std::clamp(kTargetHeight / estimate, 1.0, kMaxScale);
         // Bitmap fonts are enlarged less, by whole pixels: more makes their dots commas.
         block.scale = block.sharp ? std::clamp(std::round(scale), 1.0, kMaxSharpScale) : scale;
@@ -463,9 +499,29 @@ qint64 LocalOcrLayout::largestBlockPixels(const QSize& size)
         std::min(kMaxPixels, double(size.width()) * size.height() * kMaxScale * kMaxScale));
 }
 
+// The characters of a column in a row, a quarter of their height apart, on their background.
+QImage LocalOcrLayout::sideBySide(const QList<QRect>& characters) const
+{
+    int width = 0, height = 0;
+    for (const QRect& character : characters) {
+        width += character.width();
+        height = std::max(height, character.height());
+    }
+    const int gap = height / 4;
+    QImage row(width + gap * int(characters.size() - 1), height, QImage::Format_Grayscale8);
+    row.fill(surroundingGrey(m_grey, characters.first()));
+    QPainter painter(&row);
+    int x = 0;
+    for (const QRect& character : characters) {
+        painter.drawImage(x, (height - character.height()) / 2, m_grey.copy(character));
+        x += character.width() + gap;
+    }
+    return row;
+}
+
 QImage LocalOcrLayout::prepared(const OcrBlock& block) const
 {
-    QImage grey = m_grey.copy(block.rect);
+    QImage grey = block.stacked.isEmpty() ? m_grey.copy(block.rect) : sideBySide(block.stacked);
     if (surroundingGrey(m_grey, block.rect) < 128) grey.invertPixels();
     const QSize size(std::max(1, int(std::lround(grey.width() * block.scale))),
                      std::max(1, int(std::lround(grey.height() * block.scale))));

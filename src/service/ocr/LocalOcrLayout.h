@@ -15,6 +15,7 @@ struct OcrBlock
     double scale = 1;
     bool sharp = false;         // a bitmap font: enlarged by whole pixels, then blurred
     bool joinsPrevious = false; // on the same line as the block before it
+    QList<QRect> stacked;       // characters written one under another, read side by side
     // How much a sharp block is blurred once enlarged: bitmap letters read best with their
     // steps rounded off, lightly, or for the finest fonts, as "w" with a short middle, more.
     enum class Softness { Light, Strong } softness = Softness::Light;
@@ -60,6 +61,7 @@ private:
     int lineCount(const QRect& rect, int height) const;
     void cut(const QRect& rect, QList<QRect>& lines) const;
     void groupLines(const QList<QRect>& lines);
+    QImage sideBySide(const QList<QRect>& characters) const;
     bool isSharp(const QRect& rect) const;
 
     QImage m_grey;

@@ -105,3 +105,9 @@ done
 "$work/qtdialog" 'WenQuanYi Bitmap Song' 12 提示 "$work/cjk.txt" &
 grab $! qtdialog qt-wqy-12px
 { cat "$work/cjk.txt"; echo OK Cancel; } >"$here/qt-wqy-12px.txt"
+
+# A title written top to bottom, one character a line.
+printf '%s\n' 保 存 截 图 到 输 出 文 件 夹 >"$work/vertical.txt"
+"$work/qtdialog" 'Noto Sans CJK SC' 16 提示 "$work/vertical.txt" &
+grab $! qtdialog qt-cjk-vertical
+printf '%s\n' 保存截图到输出文件夹 'OK Cancel' >"$here/qt-cjk-vertical.txt"

@@ -151,6 +151,7 @@ private Q_SLOTS:
             << QStringLiteral("qt-cjk-12px") << 0.02;
         QTest::newRow("Chinese of few strokes") << QStringLiteral("xterm-cjk-mono") << 0.02;
         QTest::newRow("Chinese bitmap font") << QStringLiteral("qt-wqy-12px") << 0.05;
+        QTest::newRow("Chinese top to bottom") << QStringLiteral("qt-cjk-vertical") << 0.02;
     }
     void realProgram()
     {

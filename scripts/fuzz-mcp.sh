@@ -19,7 +19,7 @@ fuzzer() {
   clang++ -std=c++17 -g -O1 -fPIC -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=undefined \
     -I src $(pkg-config --cflags $qt_modules) "$@" \
     "$build/src/libzelmor_lib.a" "$build/src/platform/libzelmor_platform.a" \
-    $(pkg-config --libs $qt_modules libzstd xcb xcb-randr xcb-shm xcb-keysyms xcb-xkb xcb-xtest xcb-record xcb-xfixes xkbcommon atspi-2 gobject-2.0 glib-2.0 wayland-client) \
+    $(pkg-config --libs $qt_modules libzstd xcb xcb-randr xcb-shm xcb-keysyms xcb-xkb xcb-xtest xcb-record xcb-xfixes xkbcommon atspi-2 gobject-2.0 glib-2.0 wayland-client libpipewire-0.3) \
     -o "$work/$name"
 }
 fuzzer mcp-fuzz tests/fuzz/mcp_message_fuzzer.cpp src/service/mcp/McpServer.cpp \

@@ -6,6 +6,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install-deps.sh
+# The Wayland sessions' packages too, so that no check installs them while others run.
+scripts/wayland-session.sh --install
 # The official MCP client that drives zelmor-mcp in the protocol tests; again only when
 # the lock file changed.
 if [ ! -f tests/mcp/node_modules/.package-lock.json ] ||

@@ -7,6 +7,7 @@
 # temporary HOME; any other user runs it as itself. Everything started here is torn down
 # when the command ends, fails or times out.
 #   scripts/wayland-session.sh [--timeout SECONDS] [--kwin | --kwin-checked] COMMAND [ARGS...]
+#   scripts/wayland-session.sh --install   (installs the packages of both sessions, and ends)
 # The command sees WAYLAND_DISPLAY, Xwayland's DISPLAY and XDG_SESSION_TYPE=wayland; Qt picks
 # its platform plugin from QT_QPA_PLATFORM as the command sets it inside; the caller's, meant
 # for the caller's display (the X test session's xcb), stays out, as the portals' backends,
@@ -15,14 +16,16 @@ set -u
 
 limit=1500
 kwin=
+install_only=
 while [ $# -gt 0 ]; do
   case "$1" in
+    --install) install_only=1; kwin=--kwin; shift ;;
     --timeout) limit=$2; shift 2 ;;
     --kwin|--kwin-checked) kwin=$1; shift ;;
     *) break ;;
   esac
 done
-[ $# -gt 0 ] || { echo "usage: $0 [--timeout SECONDS] [--kwin] COMMAND [ARGS...]" >&2; exit 2; }
+[ $# -gt 0 ] || [ -n "$install_only" ] || { echo "usage: $0 [--timeout SECONDS] [--kwin] COMMAND [ARGS...]" >&2; exit 2; }
 here=$(cd "$(dirname "$0")" && pwd)
 
 # The packages of the session, installed on demand like the Windows check's.
@@ -35,6 +38,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 [ -z "$kwin" ] || "$here/install-deps.sh" kwin-wayland xdg-desktop-portal xdg-desktop-portal-kde \
   qml-module-org-kde-kirigami2 qml-module-qtquick-layouts qml-module-qtquick-controls2 \
   plasma-workspace qml-module-org-kde-pipewire pipewire wireplumber
+[ -z "$install_only" ] || exit 0
 
 if [ -z "${ZELMOR_WAYLAND_INNER:-}" ]; then
   base=$(mktemp -d /tmp/zelmor-wlsession.XXXXXX)

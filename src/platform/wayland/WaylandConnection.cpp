@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <mutex>
 #include <string_view>
 
 namespace zelmor::platform::wayland {
@@ -23,6 +24,8 @@ namespace {
 constexpr std::uint32_t kOutputVersion = 4;
 constexpr std::uint32_t kScreencopyVersion = 3;
 constexpr std::uint32_t kXdgOutputVersion = 3;
+// A busy compositor (software rendering on a loaded machine) takes seconds to answer.
+constexpr int kFirstAnswerMs = 10000;
 
 Output& outputOf(void* data)
 {
@@ -153,18 +156,23 @@ Rect Output::rect() const
 
 WaylandConnection* WaylandConnection::shared()
 {
-    static WaylandConnection* instance = []() -> WaylandConnection* {
+    // A compositor too busy to answer in time is asked again at the next call, instead of
+    // leaving the process without a connection for good.
+    static std::mutex creating;
+    static WaylandConnection* instance = nullptr;
+    std::lock_guard<std::mutex> lock(creating);
+    if (!instance) {
         wl_display* display = wl_display_connect(nullptr);
         if (!display) return nullptr;
-        auto* connection = new WaylandConnection(display);
+        instance = new WaylandConnection(display);
         // The globals, then what the outputs say of themselves.
-        if (!connection->roundtrip() || !connection->roundtrip()) {
-            delete connection;
+        if (!instance->roundtrip(kFirstAnswerMs) || !instance->roundtrip(kFirstAnswerMs)) {
+            delete instance;
+            instance = nullptr;
             return nullptr;
         }
-        return connection;
-    }();
-    if (instance && wl_display_get_error(instance->display()) != 0) return nullptr;
+    }
+    if (wl_display_get_error(instance->display()) != 0) return nullptr;
     return instance;
 }
 

@@ -95,7 +95,8 @@ void CapturePipeline::compressLoop()
             frame = m_toCompress.takeFirst();
             m_changed.wakeAll();
         }
-        if (m_memoryFull) continue;
+        // A grab that failed (a desktop that sent no picture in time) leaves no frame.
+        if (m_memoryFull || frame.image.isNull()) continue;
         QImage image = std::move(frame.image);
         if (image.size() != m_setup.outSize)
             image = image.scaled(m_setup.outSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);

@@ -4,10 +4,15 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
+#include <QDir>
 #include <QEventLoop>
+#include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QMutex>
 #include <QObject>
+#include <QSaveFile>
+#include <QStandardPaths>
 #include <QTimer>
 
 #include <atomic>
@@ -117,6 +122,33 @@ PortalReply callPortal(const QString& interface, const QString& method, QVariant
                                   : catcher.code == 1 ? PortalOutcome::Cancelled
                                                       : PortalOutcome::Failed;
     return {outcome, catcher.results};
+}
+
+namespace {
+
+QString tokenFile(const QString& name)
+{
+    return QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation) +
+           QLatin1Char('/') + name + QStringLiteral("-token");
+}
+
+} // namespace
+
+QString keptRestoreToken(const QString& name)
+{
+    QFile file(tokenFile(name));
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).trimmed() : QString();
+}
+
+void keepRestoreToken(const QString& name, const QString& token)
+{
+    if (token.isEmpty() || token == keptRestoreToken(name)) return;
+    QDir().mkpath(QFileInfo(tokenFile(name)).absolutePath());
+    QSaveFile file(tokenFile(name));
+    if (file.open(QIODevice::WriteOnly)) {
+        file.write(token.toUtf8());
+        file.commit();
+    }
 }
 
 bool portalOffers(const QString& interface)

@@ -31,6 +31,11 @@ PortalReply callPortal(const QString& interface, const QString& method, QVariant
 // to the connection that made it.
 QDBusConnection portalBus();
 
+// The restore token a portal gave for `name` ("screencast", say), so that the user is not asked
+// again at the next start; kept in the app's data folder.
+QString keptRestoreToken(const QString& name);
+void keepRestoreToken(const QString& name, const QString& token);
+
 // The portal offers `interface` (read once per interface and process).
 bool portalOffers(const QString& interface);
 

@@ -8,11 +8,6 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QSaveFile>
-#include <QStandardPaths>
 #include <QThread>
 
 #include <cstdlib>
@@ -44,29 +39,6 @@ struct Stream
 std::recursive_mutex mutex;
 QString session; // the session's object path; empty while there is none
 std::vector<Stream> streams;
-
-QString tokenFile()
-{
-    return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) +
-           QStringLiteral("/remote-desktop-token");
-}
-
-QString readToken()
-{
-    QFile file(tokenFile());
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).trimmed() : QString();
-}
-
-void keepToken(const QString& token)
-{
-    if (token.isEmpty() || token == readToken()) return;
-    QDir().mkpath(QFileInfo(tokenFile()).path());
-    QSaveFile file(tokenFile());
-    if (file.open(QIODevice::WriteOnly)) {
-        file.write(token.toUtf8());
-        file.commit();
-    }
-}
 
 std::pair<int, int> pairOf(const QVariant& value)
 {
@@ -146,7 +118,7 @@ Access start()
     const QDBusObjectPath handle(path);
     QVariantMap devices{{QStringLiteral("types"), kKeyboard | kPointer},
                         {QStringLiteral("persist_mode"), kPersistUntilRevoked}};
-    if (const QString token = readToken(); !token.isEmpty())
+    if (const QString token = keptRestoreToken(QStringLiteral("remote-desktop")); !token.isEmpty())
         devices.insert(QStringLiteral("restore_token"), token);
     reply = step(kRemoteDesktop, "SelectDevices", {QVariant::fromValue(handle), devices});
     // Without screen streams the pointer cannot be placed; the keyboard still works.
@@ -162,7 +134,8 @@ Access start()
         closeSession(path);
         return accessOf(reply.outcome);
     }
-    keepToken(reply.results.value(QStringLiteral("restore_token")).toString());
+    keepRestoreToken(QStringLiteral("remote-desktop"),
+                     reply.results.value(QStringLiteral("restore_token")).toString());
     session = path;
     streams = streamsOf(reply.results.value(QStringLiteral("streams")));
     return Access::Granted;

@@ -9,12 +9,7 @@
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusUnixFileDescriptor>
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QPoint>
-#include <QSaveFile>
-#include <QStandardPaths>
 #include <QThread>
 
 #include <unistd.h>
@@ -31,29 +26,6 @@ constexpr uint kCursorHidden = 1, kCursorEmbedded = 2;
 constexpr uint kPersistUntilRevoked = 2;
 
 QString sessionPath;
-
-QString tokenFile()
-{
-    return QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation) +
-           QStringLiteral("/screencast-token");
-}
-
-QString keptToken()
-{
-    QFile file(tokenFile());
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).trimmed() : QString();
-}
-
-void keepToken(const QString& token)
-{
-    if (token.isEmpty()) return;
-    QDir().mkpath(QFileInfo(tokenFile()).absolutePath());
-    QSaveFile file(tokenFile());
-    if (file.open(QIODevice::WriteOnly)) {
-        file.write(token.toUtf8());
-        file.commit();
-    }
-}
 
 // Grabs elsewhere carry no pointer; a portal that cannot leave it out draws it in.
 uint cursorMode()
@@ -118,7 +90,7 @@ PortalOutcome startSession(ScreenCastGrant* grant)
                         {QStringLiteral("multiple"), false},
                         {QStringLiteral("cursor_mode"), cursorMode()},
                         {QStringLiteral("persist_mode"), kPersistUntilRevoked}};
-    const QString token = keptToken();
+    const QString token = keptRestoreToken(QStringLiteral("screencast"));
     if (!token.isEmpty()) sources.insert(QStringLiteral("restore_token"), token);
     const PortalReply selected =
         callPortal(kScreenCast, QStringLiteral("SelectSources"),
@@ -130,7 +102,8 @@ PortalOutcome startSession(ScreenCastGrant* grant)
     if (started.outcome != PortalOutcome::Granted) return started.outcome;
     if (!readStream(started.results.value(QStringLiteral("streams")), grant))
         return PortalOutcome::Failed;
-    keepToken(started.results.value(QStringLiteral("restore_token")).toString());
+    keepRestoreToken(QStringLiteral("screencast"),
+                     started.results.value(QStringLiteral("restore_token")).toString());
     QDBusMessage open = QDBusMessage::createMethodCall(kPortalService, kPortalPath, kScreenCast,
                                                        QStringLiteral("OpenPipeWireRemote"));
     open.setArguments({QVariant::fromValue(session), QVariantMap()});

@@ -19,7 +19,6 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <cstring>
 #include <mutex>
 
 namespace zelmor::platform::wayland {
@@ -274,18 +273,9 @@ bool ScreenStream::copy(const Rect& rect, std::uint32_t* dest, int destStride)
     m_pictureCame.wait_for(lock, std::chrono::milliseconds(kFirstPictureMs),
                            [this] { return !m_picture.isNull() || m_broken; });
     if (m_picture.isNull()) return false;
-    fillBlack(dest, destStride, rect.width, rect.height);
-    const Rect inside = intersected(rect, m_area);
-    for (int row = 0; row < inside.height; ++row) {
-        const auto* in = reinterpret_cast<const std::uint32_t*>(
-                             m_picture.constScanLine(inside.y - m_area.y + row)) +
-                         (inside.x - m_area.x);
-        std::uint32_t* out =
-            dest + std::size_t(inside.y - rect.y + row) * destStride + (inside.x - rect.x);
-        // The fourth byte of a stream's pixel may be anything; grabs are opaque.
-        for (int x = 0; x < inside.width; ++x)
-            out[x] = in[x] | 0xff000000u;
-    }
+    // The fourth byte of a stream's pixel may be anything; the copy makes it opaque.
+    copyFromPicture(reinterpret_cast<const std::uint32_t*>(m_picture.constBits()),
+                    int(m_picture.bytesPerLine() / 4), m_area, rect, dest, destStride);
     return true;
 }
 

@@ -13,7 +13,6 @@
 #include <QUrl>
 
 #include <atomic>
-#include <cstring>
 #include <mutex>
 
 namespace zelmor::platform::wayland {
@@ -101,15 +100,8 @@ bool grabThroughScreenshotPortal(const Rect& rect, const Rect& desktop, std::uin
                                      Qt::SmoothTransformation);
     }
     if (picture.isNull()) return false;
-    fillBlack(dest, destStride, rect.width, rect.height);
-    const Rect inside = intersected(rect, desktop);
-    for (int row = 0; row < inside.height; ++row) {
-        const auto* in = reinterpret_cast<const std::uint32_t*>(
-                             picture.constScanLine(inside.y - desktop.y + row)) +
-                         (inside.x - desktop.x);
-        std::memcpy(dest + std::size_t(inside.y - rect.y + row) * destStride + (inside.x - rect.x),
-                    in, std::size_t(inside.width) * 4);
-    }
+    copyFromPicture(reinterpret_cast<const std::uint32_t*>(picture.constBits()),
+                    int(picture.bytesPerLine() / 4), desktop, rect, dest, destStride);
     return true;
 }
 
